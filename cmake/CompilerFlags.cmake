@@ -1,0 +1,17 @@
+# Flags of everything that is built here.
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
+    set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O2 -g")
+    add_compile_options(-Wall -Wextra -Wshadow=local)
+    # Nothing but the system's own DLLs has to be shipped beside ours.
+    add_link_options(-static)
+else()
+    add_compile_options(/W4 /utf-8)
+endif()
+
+# Windows 7 is the oldest system that hosts run on.
+add_compile_definitions(_WIN32_WINNT=0x0601 UNICODE _UNICODE NOMINMAX)

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "AdlModel.h"
+#include "AdlxModel.h"
+#include "DwmModel.h"
+#include "DxgiModel.h"
+#include "Node.h"
+#include "NvapiModel.h"
+#include "NvmlModel.h"
+#include "OpenClModel.h"
+#include "RegistryModel.h"
+#include "WmiModel.h"
+
+#include <optional>
+#include <string>
+
+namespace orvel::simulation {
+
+/// Where a machine takes an interface from.
+enum class Standing {
+    Missing,   // the machine has no such interface
+    Simulated, // the model answers
+    System,    // the computer's own stays in place
+};
+
+template <typename Model>
+struct Interface {
+    Standing standing = Standing::Missing;
+    Model model;
+};
+
+/// One simulated machine, as its file describes it.
+struct Machine {
+    std::optional<std::string> name;
+    Interface<DwmModel> dwm;
+    Interface<WmiModel> wmi;
+    Interface<RegistryModel> registry;
+    Interface<DxgiModel> dxgi;
+    Interface<OpenClModel> opencl;
+    Interface<NvapiModel> nvapi;
+    Interface<NvmlModel> nvml;
+    Interface<AdlModel> adl;
+    Interface<AdlxModel> adlx;
+};
+
+void ReadInto(const Node& node, Machine& target);
+
+} // namespace orvel::simulation

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Machine.h"
+
+#include <optional>
+#include <string>
+#include <windows.h>
+
+namespace orvel::simulation {
+
+/// Puts the machine's interface DLLs in place: loads the simulated ones that it has, lets the others not be found, and hides
+/// the functions it lacks. Takes the DLLs of the machine before it away. Returns what went wrong, if anything.
+std::optional<std::string> PutModulesInPlace(const Machine& machine);
+
+/// Gives up everything that PutModulesInPlace holds.
+void TakeModulesAway();
+
+/// Keeps opencl.dll in the process however often the product gives it back; called by each simulated OpenCL function.
+void KeepOpenClPinned();
+
+/// A function of the computer's own DLL in the system folder, or null; for a simulated DLL that had to stay loaded while
+/// the machine in place leaves its interface to the system.
+FARPROC SystemFunction(const wchar_t* dllName, const char* functionName);
+
+} // namespace orvel::simulation

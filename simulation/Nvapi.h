@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+namespace orvel::simulation {
+
+constexpr int32_t NVAPI_OK = 0;
+constexpr int32_t NVAPI_INVALID_ARGUMENT = -5;
+constexpr int32_t NVAPI_INCOMPATIBLE_STRUCT_VERSION = -9;
+constexpr int32_t NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE = -101;
+constexpr int32_t NVAPI_NOT_SUPPORTED = -104;
+
+/// Forgets what calls on the machine before left behind.
+void ResetNvapi();
+
+} // namespace orvel::simulation

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+namespace orvel::simulation {
+
+/// A published NVAPI function of one physical GPU, with the id that nvapi_QueryInterface knows it by.
+struct NvapiFunction {
+    uint32_t id;
+    const char* name;
+    void* function;
+};
+
+/// The simulated function of one GPU with this id, or null.
+const NvapiFunction* FindNvapiGpuFunction(uint32_t id);
+
+/// Forgets the last memory information that was handed out.
+void ResetNvapiMemoryInfo();
+
+} // namespace orvel::simulation

@@ -1,0 +1,117 @@
+#include "OrvelSimulation.h"
+
+#include "Adlx.h"
+#include "CurrentMachine.h"
+#include "MachineText.h"
+#include "ModuleSetup.h"
+#include "Nvapi.h"
+#include "Nvml.h"
+#include "Registry.h"
+#include "Text.h"
+#include "Trace.h"
+#include "Wmi.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+using namespace orvel::simulation;
+
+std::string& LastProblem()
+{
+    static auto* const problem = new std::string;
+    return *problem;
+}
+
+int Finish(int result, const std::string& text, const char** problem)
+{
+    LastProblem() = text;
+    if (problem != nullptr)
+        *problem = LastProblem().c_str();
+    return result;
+}
+
+/// Outlives the machine: the report can still be read when the machine is gone.
+nlohmann::json& MachineName()
+{
+    static auto* const name = new nlohmann::json;
+    return *name;
+}
+
+void ResetInterfaces()
+{
+    ClearTrace();
+    ResetNvapi();
+    ResetNvml();
+    ResetAdlx();
+}
+
+/// The order matters: the computer's own WMI, which some machines ask for their rows, may bring the computer's own dxgi.dll
+/// into the process, which must not come before the simulated one; and all of this may read the registry.
+std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& machine)
+{
+    SetCurrentMachine(machine);
+    MachineName() = machine->name ? nlohmann::json(*machine->name) : nlohmann::json();
+    ResetInterfaces();
+    if (auto problem = PutModulesInPlace(*machine))
+        return problem;
+    if (auto problem = PutWmiInPlace(*machine))
+        return problem;
+    return PutRegistryInPlace(*machine);
+}
+
+void TakeAway()
+{
+    TakeRegistryAway();
+    TakeWmiAway();
+    TakeModulesAway();
+    SetCurrentMachine(std::make_shared<const Machine>());
+}
+
+int Simulate(const std::string& text, const std::string& source, const char** problem)
+{
+    std::shared_ptr<const Machine> machine;
+    try {
+        machine = std::make_shared<const Machine>(ReadMachine(text));
+    } catch (const MachineError& error) {
+        return Finish(ORVEL_SIMULATION_WRONG_MACHINE, source + ": " + error.what(), problem);
+    }
+    TakeRegistryAway();
+    TakeWmiAway();
+    if (const auto failure = PutInPlace(machine)) {
+        TakeAway();
+        return Finish(ORVEL_SIMULATION_NOT_IN_PLACE, source + ": /: " + *failure, problem);
+    }
+    return Finish(ORVEL_SIMULATION_IN_PLACE, "", problem);
+}
+
+} // namespace
+
+int OrvelSimulateMachine(const char* path, const char** problem)
+{
+    std::ifstream file(std::filesystem::path(ToWide(path)), std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (!file)
+        return Finish(ORVEL_SIMULATION_WRONG_MACHINE, std::string(path) + ": /: the file cannot be read", problem);
+    return Simulate(text, path, problem);
+}
+
+int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem)
+{
+    return Simulate(json, sourceName, problem);
+}
+
+const char* OrvelSimulationReport(void)
+{
+    static auto* const report = new std::string;
+    const nlohmann::json content = {{"machine", MachineName()}, {"trace", TraceAsJson()}, {"live", LiveAsJson()}};
+    *report = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return report->c_str();
+}
+
+void OrvelEndSimulation(void)
+{
+    TakeAway();
+}

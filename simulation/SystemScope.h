@@ -1,0 +1,18 @@
+#pragma once
+
+namespace orvel::simulation {
+
+/// While it lives, calls of this thread reach the computer's own HKEY_LOCAL_MACHINE and DXGI. The computer's own WMI, which
+/// some machines ask for their rows, needs both: under Wine it runs inside this process.
+class SystemScope {
+public:
+    SystemScope();
+    SystemScope(const SystemScope&) = delete;
+    SystemScope& operator=(const SystemScope&) = delete;
+    ~SystemScope();
+
+    /// Whether one lives on this thread.
+    static bool IsActive();
+};
+
+} // namespace orvel::simulation

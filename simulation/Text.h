@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvel::simulation {
+
+/// UTF-8 to UTF-16; bytes that are no UTF-8 become replacement characters.
+std::wstring ToWide(std::string_view text);
+
+/// UTF-16 to UTF-8; halves of surrogate pairs become replacement characters.
+std::string ToUtf8(std::wstring_view text);
+
+/// The text in lower case, the same in every locale: two texts are equal "ignoring case" when their folded forms are.
+std::wstring FoldCase(std::wstring_view text);
+
+} // namespace orvel::simulation

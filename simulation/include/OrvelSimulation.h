@@ -1,0 +1,55 @@
+/*
+ * Simulated machines behind the platform's real interfaces.
+ *
+ * A host loads orvel-simulation.dll, puts a machine in place and only then loads the product (or calls it, when the product
+ * is in the process already). Everything the product asks of WMI, the registry, DXGI, the desktop window manager, OpenCL,
+ * NVAPI, NVML, ADL and ADLX is answered from the machine's JSON text.
+ *
+ * The simulated DLLs lie beside orvel-simulation.dll. All functions may be called many times, from one thread at a time; the
+ * product must not be inside an enumeration meanwhile. COM must be initialised on the thread that puts a machine in place,
+ * and must stay so until the simulation ends.
+ */
+#ifndef ORVEL_SIMULATION_H
+#define ORVEL_SIMULATION_H
+
+#ifdef ORVEL_SIMULATION_BUILD
+#define ORVEL_SIMULATION_API __declspec(dllexport)
+#else
+#define ORVEL_SIMULATION_API __declspec(dllimport)
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What OrvelSimulateMachine and OrvelSimulateMachineText return. */
+#define ORVEL_SIMULATION_IN_PLACE 0      /* the process is on that machine */
+#define ORVEL_SIMULATION_WRONG_MACHINE 1 /* the file or text cannot be read or is wrong; nothing was changed */
+#define ORVEL_SIMULATION_NOT_IN_PLACE 2  /* the machine is right, but could not be put in place; none is in place now */
+
+/*
+ * Puts the machine of a JSON file in place and takes the one before it away; trace and live counters start anew.
+ * path: UTF-8. problem (may be null): receives one line "FILE: JSON PATH: REASON", or "FILE: line L, column C: REASON" for
+ * broken JSON, or an empty text on success. The text belongs to the library and is valid until the next call.
+ */
+ORVEL_SIMULATION_API int OrvelSimulateMachine(const char* path, const char** problem);
+
+/* The same for a machine given as JSON text; sourceName stands for the file in the problem. */
+ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem);
+
+/*
+ * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "trace": [every platform
+ * call, in order], "live": {interface: objects and sessions that are still alive}}. It stays readable after
+ * OrvelEndSimulation. The text belongs to the library and is valid until the next call.
+ */
+ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
+
+/* Takes the machine away: the process sees the computer's own WMI, registry and libraries again, save for those simulated
+ * libraries that somebody else still holds. Without a machine in place it does nothing. */
+ORVEL_SIMULATION_API void OrvelEndSimulation(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,56 @@
+#include "GraphicCardEnumeration.h"
+
+#include <cstring>
+#include <exception>
+#include <memory>
+
+#include "enumeration/GraphicCardList.h"
+#include "system/Log.h"
+#include "vendors/amd/AMD.h"
+#include "vendors/intel/Intel.h"
+#include "vendors/nvidia/Nvidia.h"
+
+namespace orvel::shared::enumeration {
+
+GraphicCardEnumeration::GraphicCardEnumeration() : list(new GraphicCardList) {}
+
+GraphicCardEnumeration::~GraphicCardEnumeration()
+{
+    delete list;
+    list = nullptr;
+}
+
+// Intended: both objects refer to one list afterwards, and the target's own is abandoned.
+GraphicCardEnumeration& GraphicCardEnumeration::operator=(const GraphicCardEnumeration& other) = default;
+
+void GraphicCardEnumeration::QueryGraphicCards()
+{
+    // Intended: the order of creation is not the order of the run.
+    const std::shared_ptr<BaseGraphicCard> intel = std::make_shared<Intel>();
+    const std::shared_ptr<BaseGraphicCard> amd = std::make_shared<AMD>();
+    const std::shared_ptr<BaseGraphicCard> nvidia = std::make_shared<Nvidia>();
+    for (const auto& vendor : {intel, nvidia, amd}) {
+        try {
+            vendor->QueryInfo(*list);
+        } catch (const std::exception& error) {
+            PLOGE << "Unexpected error occurred: " << error.what();
+        }
+    }
+}
+
+std::size_t GraphicCardEnumeration::size() const
+{
+    return list->size();
+}
+
+GraphicCardInfo* GraphicCardEnumeration::get(int index) const
+{
+    return list->get(static_cast<std::size_t>(index)); // a negative index becomes one that is too large
+}
+
+void GraphicCardEnumeration::__autoclassinit2(std::size_t size)
+{
+    std::memset(static_cast<void*>(this), 0, size);
+}
+
+} // namespace orvel::shared::enumeration

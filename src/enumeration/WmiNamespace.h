@@ -1,0 +1,8 @@
+#pragma once
+
+namespace orvel::shared::enumeration {
+
+/// Where Windows keeps the classes that this library reads.
+inline constexpr wchar_t wmiNamespace[] = L"\\\\.\\root\\cimv2";
+
+} // namespace orvel::shared::enumeration

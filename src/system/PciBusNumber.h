@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace orvel::shared::enumeration {
+
+/// PCI bus number of an adapter, from the registry's Plug and Play keys; 0 when the adapter is not found there. The
+/// identifiers are texts of 4 hexadecimal digits, upper case as the registry has them.
+///
+/// The first device key whose first instance has a "LocationInformation" decides, so two equal adapters get the same number.
+/// Throws std::invalid_argument ("invalid stoi argument") when that text holds no location, and std::out_of_range ("stoi
+/// argument out of range") when its bus is too large a number.
+int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId);
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,62 @@
+#include "system/SharedMemory.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include <dxgi.h>
+#include <wrl/client.h>
+
+#include "system/NumberText.h"
+
+namespace orvel::shared::enumeration {
+
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+// Spelled out here because the import libraries of the compilers do not all carry it.
+constexpr GUID idxgiFactoryId = {0x7B7166EC, 0x21C7, 0x44AE, {0xB2, 0x1A, 0xC9, 0xAE, 0x32, 0x1A, 0xE3, 0x69}};
+
+std::vector<DXGI_ADAPTER_DESC> AdapterDescriptions(IDXGIFactory& factory)
+{
+    std::vector<DXGI_ADAPTER_DESC> descriptions;
+    for (UINT index = 0;; ++index) {
+        ComPtr<IDXGIAdapter> adapter;
+        if (factory.EnumAdapters(index, adapter.GetAddressOf()) == DXGI_ERROR_NOT_FOUND || !adapter) {
+            return descriptions;
+        }
+        DXGI_ADAPTER_DESC description{};
+        adapter->GetDesc(&description);
+        descriptions.push_back(description);
+    }
+}
+
+std::string WithoutHyphens(std::string text)
+{
+    std::erase(text, '-');
+    return text;
+}
+
+} // namespace
+
+std::string GetSharedMemorySize(const std::string& vendorId, const std::string& deviceId, const std::string& subsystemId)
+{
+    const auto vendor = static_cast<UINT>(ToInt(vendorId, 16));
+    const auto device = static_cast<UINT>(ToInt(deviceId, 16));
+    const UINT subsystem = ToUnsignedLong(WithoutHyphens(subsystemId), 16);
+
+    ComPtr<IDXGIFactory> factory;
+    if (FAILED(::CreateDXGIFactory(idxgiFactoryId, reinterpret_cast<void**>(factory.GetAddressOf()))) || !factory) {
+        return {};
+    }
+    const auto descriptions = AdapterDescriptions(*factory.Get());
+    const auto isThisAdapter = [&](const DXGI_ADAPTER_DESC& adapter) {
+        return adapter.VendorId == vendor && adapter.DeviceId == device && adapter.SubSysId == subsystem;
+    };
+    const auto adapter = std::find_if(descriptions.begin(), descriptions.end(), isThisAdapter);
+    const uint64_t bytes = adapter == descriptions.end() ? 0 : adapter->SharedSystemMemory;
+    return std::to_string(static_cast<int64_t>(bytes >> 30));
+}
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,80 @@
+#include "system/SystemMemory.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "WMIClient.h"
+#include "enumeration/WmiNamespace.h"
+#include "system/Log.h"
+#include "system/MemoryBandwidth.h"
+
+namespace orvel::shared::enumeration {
+
+namespace {
+
+constexpr uint32_t unknownMemoryType = 2;
+
+/// Runs a query on the memory modules; a failure is thrown as its status.
+void QueryModules(wmi::WMIClient& client, const wchar_t* wql)
+{
+    if (const long status = client.Query(wql); status != 0) {
+        throw status;
+    }
+}
+
+/// First value above 0 of an unsigned property of the modules; `otherwise` when there is none before a failed read.
+uint32_t FirstNonZero(wmi::WMIClient& modules, const wchar_t* property, uint32_t otherwise)
+{
+    while (modules.GetNext()) {
+        uint32_t value = 0;
+        if (modules.GetValue(property, value) != 0) {
+            break;
+        }
+        if (value > 0) {
+            return value;
+        }
+    }
+    return otherwise;
+}
+
+} // namespace
+
+uint32_t GetMemoryType()
+{
+    wmi::WMIClient client(wmiNamespace);
+    QueryModules(client, L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory");
+    return FirstNonZero(client, L"SMBIOSMemoryType", unknownMemoryType);
+}
+
+float GetMemorySpeed()
+{
+    wmi::WMIClient client(wmiNamespace);
+    QueryModules(client, L"SELECT Speed FROM Win32_PhysicalMemory");
+    float fastest = 0.0F;
+    float speed = 0.0F;
+    while (client.GetNext() && client.GetValue(L"Speed", speed) == 0) {
+        fastest = std::max(fastest, speed);
+    }
+    return fastest * 0.5F; // two transfers per clock
+}
+
+uint32_t GetTotalWidth()
+{
+    wmi::WMIClient client(wmiNamespace);
+    QueryModules(client, L"SELECT TotalWidth FROM Win32_PhysicalMemory");
+    return FirstNonZero(client, L"TotalWidth", 0);
+}
+
+float GetMemoryBandwidth()
+{
+    const float speed = GetMemorySpeed();
+    int32_t factor = 0;
+    try {
+        factor = TransferFactor(GetMemoryType());
+    } catch (const std::exception& error) {
+        PLOGE << "Error: " << error.what();
+    }
+    return MemoryBandwidth(speed, GetTotalWidth(), factor);
+}
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace orvel::shared::enumeration {
+
+/// UTF-16 text as UTF-8; "" when it is empty.
+std::string ToUtf8(const std::wstring& text);
+
+/// UTF-8 text as UTF-16, up to its first NUL.
+std::wstring ToUtf16(const std::string& text);
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,196 @@
+// One GPU's road: ADLX gives the object and its texts, the ADL adapter index leads to ADL's figures, the name to the rows of
+// WMI and to the OpenCL device, the identifiers to the registry and to DXGI.
+
+#include "vendors/amd/AMD.h"
+
+#include <cstdlib>
+
+#include "enumeration/StatusNames.h"
+#include "enumeration/WmiNamespace.h"
+#include "system/DisplayRegistry.h"
+#include "system/Log.h"
+#include "system/NumberText.h"
+#include "system/PciBusNumber.h"
+#include "system/PnpDeviceId.h"
+#include "system/SharedMemory.h"
+#include "system/SystemMemory.h"
+#include "system/TextEncoding.h"
+#include "vendors/amd/ADLXHelper.h"
+
+namespace orvel::shared::enumeration {
+
+namespace {
+
+// The steps of QueryInfo log under its name. Every line is an error, those of success included; that is intended.
+constexpr char queryInfo[] = "orvel::shared::enumeration::AMD::QueryInfo";
+
+/// Frees what ADL has taken from its allocation callback.
+void __stdcall FreeAdlMemory(void** buffer)
+{
+    if (buffer && *buffer) {
+        std::free(*buffer);
+        *buffer = nullptr;
+    }
+}
+
+/// A text of a GPU; "" when ADLX refuses it.
+std::string TextOf(IADLXGPU& gpu, ADLX_RESULT (__stdcall IADLXGPU::*read)(const char**))
+{
+    const char* text = nullptr;
+    const bool isTold = Succeeded((gpu.*read)(&text));
+    return isTold && text ? std::string(text) : std::string();
+}
+
+/// A number that a call of ADLX writes; 0 when it refuses.
+template <typename Number, typename Call>
+Number NumberOf(Call call)
+{
+    Number number = 0;
+    return Succeeded(call(&number)) ? number : 0;
+}
+
+} // namespace
+
+void AMD::QueryInfo(GraphicCardList& list)
+{
+    wmi::WMIClient client(wmiNamespace);
+    const OpenCLWrapper opencl;
+    ADLWrapper adl;
+    if (client.Query(L"SELECT SerialNumber FROM Win32_Bios") != 0) {
+        PLOGE << "Failed to get SerialNumber from Win32_Bios";
+        return;
+    }
+    Sources sources{client, opencl, adl, {}};
+    client.GetNext();
+    client.GetValue(L"SerialNumber", sources.SerialNumber); // stays empty where there is none
+
+    try {
+        if (InitializeAdlx(adl) && ReadGpus(sources, list) == Walk::QueryFailed) {
+            return; // Intended: ADLX stays loaded.
+        }
+    } catch (...) {
+        Adlx().Terminate(); // before the ADL context that it has borrowed goes
+        throw;
+    }
+    Adlx().Terminate();
+    adl.Destroy(); // Intended: the destructor does it again, and logs a second line.
+}
+
+bool AMD::InitializeAdlx(const ADLWrapper& adl) const
+{
+    if (adl.GetContext()) {
+        if (Succeeded(Adlx().InitializeWithCallerAdl(adl.GetContext(), &FreeAdlMemory))) {
+            ORVEL_LOG_AS(plog::error, queryInfo) << "ADLX initialized successfully";
+            return true;
+        }
+        ORVEL_LOG_AS(plog::error, queryInfo) << "ADLX initialization failed";
+    }
+    ORVEL_LOG_AS(plog::error, queryInfo) << "Failed to get 3DSettings services";
+    return false;
+}
+
+AMD::Walk AMD::ReadGpus(const Sources& sources, GraphicCardList& list) const
+{
+    AdlxPtr<IADLXGPUList> gpus;
+    IADLXSystem* system = Adlx().GetSystemServices();
+    if (!system || !Succeeded(system->GetGPUs(gpus.Receive())) || !gpus) {
+        return Walk::Finished;
+    }
+    for (uint32_t index = 0; index < gpus->Size(); ++index) { // the list may shrink on the way
+        AdlxPtr<IADLXGPU> gpu;
+        if (!Succeeded(gpus->At_GPUList(index, gpu.Receive())) || !gpu) {
+            continue;
+        }
+        if (ReadRows(ReadGpu(*gpu, sources), sources, list) == Walk::QueryFailed) {
+            return Walk::QueryFailed;
+        }
+    }
+    return Walk::Finished;
+}
+
+AMD::Gpu AMD::ReadGpu(IADLXGPU& gpu, const Sources& sources) const
+{
+    Gpu result;
+    GraphicCardProperties& card = result.Card;
+    card.Manufacturer = "AMD";
+    card.GraphicsCardSn = sources.SerialNumber;
+    result.VendorId = TextOf(gpu, &IADLXGPU::VendorId);
+    card.CardName = TextOf(gpu, &IADLXGPU::Name);
+    card.SubsystemId = SubsystemOf(TextOf(gpu, &IADLXGPU::PNPString));
+    card.DeviceId = TextOf(gpu, &IADLXGPU::DeviceId);
+    card.MemorySize = NumberOf<uint32_t>([&](uint32_t* mebibytes) { return gpu.TotalVRAM(mebibytes); });
+    IADLMapping* mapping = Adlx().GetAdlMapping();
+    const auto adapter = NumberOf<int32_t>(
+        [&](int32_t* index) { return mapping ? mapping->AdlAdapterIndexFromADLXGPU(&gpu, index) : ADLX_FAIL; });
+
+    AdlxPtr<IADLXPerformanceMonitoringServices> services;
+    const ADLX_RESULT hasServices = Adlx().GetSystemServices()->GetPerformanceMonitoringServices(services.Receive());
+    ReadAdl(sources.Adl, adapter, card);
+    if (Succeeded(hasServices) && services) {
+        sources.Adl.GetPixelFillRate(*services, gpu, adapter);
+    }
+    return result;
+}
+
+void AMD::ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& card) const
+{
+    card.Cores = adl.GetCores(adapter);
+    card.Shaders = adl.GetCores(adapter);
+    card.AmdCrossfire = adl.GetCrossfire(adapter);
+    card.PciLanes = adl.GetPciLanes(adapter);
+    card.EccStatus = adl.GetEccStatus(adapter);
+    card.EccSingleBitErrors = adl.GetEccSingleBitErrors(adapter);
+    card.EccDoubleBitErrors = adl.GetEccDoubleBitErrors(adapter);
+}
+
+AMD::Walk AMD::ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList& list) const
+{
+    // Intended: the name stands in the text as it is, so an apostrophe in it makes the query fail.
+    const std::wstring wql = L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_1002%' AND Name = '" +
+                             ToUtf16(gpu.Card.CardName) + L"'";
+    wmi::WMIClient& row = sources.Client;
+    if (row.Query(wql.c_str()) != 0) {
+        ORVEL_LOG_AS(plog::error, queryInfo) << "Failed to get Win32_VideoController fields from WMI";
+        return Walk::QueryFailed;
+    }
+    while (row.GetNext()) {
+        GraphicCardProperties card = gpu.Card;
+        ReadStatusAndDisplay(row, card);
+        ReadMachine(gpu, sources.OpenCl, card);
+        if (row.GetValue(L"DriverDate", card.DriverReleaseDate) != 0) {
+            ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
+        }
+        card.BiosVersion = GetBiosString(gpu.VendorId, card.DeviceId);
+        card.AdapterName = GetAdapterName(row);
+        card.AdapterRam = GetAdapterRam(row);
+        card.AdapterStatus = GetAdapterStatus(row);
+        list.Append(MakeRecord(card));
+    }
+    return Walk::Finished;
+}
+
+void AMD::ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const
+{
+    card.AvailabilityCode = GetAvailabilityCode(row);
+    card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
+    card.ConfigError = GetConfigError(row);
+    card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
+    card.UserConfig = GetUserConfig(row);
+    card.CurrentResolution = GetCurrentResolution(row);
+    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
+    card.DriverVersion = GetDriverVersion(row);
+    card.IsAeroEnabled = IsAeroEnabled();
+}
+
+// Intended: memory clock, type and bandwidth are those of the machine's memory.
+void AMD::ReadMachine(const Gpu& gpu, const OpenCLWrapper& opencl, GraphicCardProperties& card) const
+{
+    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(gpu.VendorId, card.DeviceId));
+    card.ChipName = opencl.GetDeviceInfoByName(card.CardName, CL_DEVICE_NAME, gpu.VendorId);
+    card.MemoryClockMax = GetMemorySpeed();
+    card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedMemorySize(gpu.VendorId, card.DeviceId, card.SubsystemId)));
+    card.MemoryType = MemoryTypeNameOrEmpty(GetMemoryType());
+    card.MemoryBandwidth = GetMemoryBandwidth();
+}
+
+} // namespace orvel::shared::enumeration

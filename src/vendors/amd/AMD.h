@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+
+#include "enumeration/BaseGraphicCard.h"
+#include "enumeration/GraphicCardProperties.h"
+#include "system/OpenCLWrapper.h"
+#include "vendors/amd/ADLWrapper.h"
+#include "vendors/amd/AdlxInterfaces.h"
+
+namespace orvel::shared::enumeration {
+
+/// Enumerates AMD's adapters: ADLX lists them, ADL, OpenCL, WMI and the registry tell about each.
+class AMD : public BaseGraphicCard {
+public:
+    /// Appends one record per WMI row of each GPU that ADLX lists; so two equal cards give four records.
+    /// Throws std::runtime_error ("Failed to load opencl.dll"), std::out_of_range and std::invalid_argument for texts that
+    /// are too short or do not convert and codes without a name, and the status (`long`) of a failed query for the memory
+    /// modules. Where a GPU's WMI query fails, ADLX intentionally stays loaded.
+    void QueryInfo(GraphicCardList& list) override;
+
+private:
+    /// What serves every GPU of a run.
+    struct Sources {
+        wmi::WMIClient& Client;
+        const OpenCLWrapper& OpenCl;
+        const ADLWrapper& Adl;
+        std::string SerialNumber;
+    };
+
+    /// One GPU as ADLX tells it, with what ADL adds.
+    struct Gpu {
+        std::string VendorId;
+        GraphicCardProperties Card;
+    };
+
+    enum class Walk { Finished, QueryFailed };
+
+    bool InitializeAdlx(const ADLWrapper& adl) const;
+    Walk ReadGpus(const Sources& sources, GraphicCardList& list) const;
+    Gpu ReadGpu(IADLXGPU& gpu, const Sources& sources) const;
+    void ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& card) const;
+    Walk ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList& list) const;
+    void ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
+    void ReadMachine(const Gpu& gpu, const OpenCLWrapper& opencl, GraphicCardProperties& card) const;
+};
+
+} // namespace orvel::shared::enumeration

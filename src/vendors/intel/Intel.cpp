@@ -1,0 +1,139 @@
+#include "vendors/intel/Intel.h"
+
+#include "enumeration/StatusNames.h"
+#include "enumeration/WmiNamespace.h"
+#include "system/DisplayRegistry.h"
+#include "system/Log.h"
+#include "system/MemoryBandwidth.h"
+#include "system/NumberText.h"
+#include "system/PciBusNumber.h"
+#include "system/PnpDeviceId.h"
+#include "system/SharedMemory.h"
+#include "system/SystemMemory.h"
+#include "vendors/intel/IntelFillRate.h"
+#include "vendors/intel/IntelTexts.h"
+
+namespace orvel::shared::enumeration {
+
+namespace {
+
+// The steps of QueryInfo log under its name.
+constexpr char queryInfo[] = "orvel::shared::enumeration::Intel::QueryInfo";
+
+} // namespace
+
+void Intel::QueryInfo(GraphicCardList& list)
+{
+    wmi::WMIClient client(wmiNamespace);
+    const OpenCLWrapper opencl;
+    if (client.Query(L"SELECT SerialNumber FROM Win32_Bios") != 0) {
+        PLOGE << "Failed to get SerialNumber from Win32_Bios";
+        return;
+    }
+    std::string serialNumber;
+    client.GetNext();
+    client.GetValue(L"SerialNumber", serialNumber); // stays empty where there is none
+
+    if (client.Query(L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'") != 0) {
+        PLOGE << "Failed to get Win32_VideoController fields from WMI";
+        return;
+    }
+    while (client.GetNext()) {
+        list.Append(MakeRecord(ReadAdapter(client, opencl, serialNumber)));
+    }
+}
+
+// The sources are asked in a fixed order, which is the order of the log lines too.
+GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& row, const OpenCLWrapper& opencl,
+                                         const std::string& serialNumber) const
+{
+    GraphicCardProperties card;
+    card.Manufacturer = "Intel";
+    card.GraphicsCardSn = serialNumber;
+    std::string vendorId;
+    ReadIdentity(row, card, vendorId);
+    ReadFillRates(opencl, vendorId, card);
+    ReadClocksAndMemory(row, opencl, vendorId, card);
+    ReadCommonProperties(row, card);
+    return card;
+}
+
+void Intel::ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::string& vendorId) const
+{
+    std::string pnpDeviceId;
+    if (row.GetValue(L"PNPDeviceID", pnpDeviceId) != 0 || pnpDeviceId.empty()) {
+        ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get PNPDeviceID from WMI";
+    } else {
+        const PnpDeviceId id = ParsePnpDeviceId(pnpDeviceId);
+        vendorId = id.Vendor;
+        card.DeviceId = id.Device;
+        card.SubsystemId = id.Subsystem;
+    }
+    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(vendorId, card.DeviceId));
+    if (row.GetValue(L"Name", card.CardName) != 0) {
+        ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Card Name from WMI";
+    }
+    card.ChipName = IntelChipName(card.CardName);
+}
+
+void Intel::ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendorId, GraphicCardProperties& card) const
+{
+    const auto ask = [&](cl_device_info param) { return opencl.GetDeviceInfoByName(card.CardName, param, vendorId); };
+
+    const double pixelClock = ToDouble(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY));
+    const int32_t pixelArguments = ToInt(ask(CL_DEVICE_MAX_CONSTANT_ARGS));
+    card.PixelFillRate = IntelFillRate(pixelClock, GetTotalWidth(), pixelArguments, 1);
+
+    const double textureClock = ToDouble(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY));
+    const int32_t factor = TransferFactor(GetMemoryType());
+    const int32_t textureArguments = ToInt(ask(CL_DEVICE_MAX_CONSTANT_ARGS));
+    card.TextureFillRate = IntelFillRate(textureClock, GetTotalWidth(), textureArguments, factor);
+}
+
+void Intel::ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl, const std::string& vendorId,
+                                GraphicCardProperties& card) const
+{
+    const auto ask = [&](cl_device_info param) { return opencl.GetDeviceInfoByName(card.CardName, param, vendorId); };
+
+    std::string adapterDacType;
+    row.GetValue(L"AdapterDACType", adapterDacType); // stays empty where there is none
+    card.GpuType = IntelGpuType(adapterDacType);
+    card.GpuClockMax = ToFloat(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY));
+    card.MemoryClockMax = GetMemorySpeed();
+    card.MemoryBoostClock = ToFloat(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY)); // Intended: repeats the GPU's clock.
+
+    std::string adapterRam;
+    const bool hasAdapterRam = row.GetValue(L"AdapterRAM", adapterRam) == 0;
+    card.MemorySize = static_cast<uint32_t>(ToInt(hasAdapterRam ? IntelMemorySize(adapterRam) : std::string()));
+    card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedMemorySize(vendorId, card.DeviceId, card.SubsystemId)));
+
+    const float speed = GetMemorySpeed();
+    const uint32_t width = GetTotalWidth();
+    card.MemoryBandwidth = MemoryBandwidth(speed, width, TransferFactor(GetMemoryType()));
+    card.Cores = static_cast<uint32_t>(ToInt(ask(CL_DEVICE_MAX_COMPUTE_UNITS)));
+    card.Shaders = static_cast<uint32_t>(ToInt(ask(CL_DEVICE_MAX_COMPUTE_UNITS)));
+    if (row.GetValue(L"DriverDate", card.DriverReleaseDate) != 0) {
+        ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
+    }
+    card.BiosVersion = GetBiosString(vendorId, card.DeviceId);
+    card.MemoryType = MemoryTypeName(GetMemoryType());
+    card.MemoryBusWidth = GetTotalWidth();
+}
+
+void Intel::ReadCommonProperties(wmi::WMIClient& row, GraphicCardProperties& card) const
+{
+    card.AvailabilityCode = GetAvailabilityCode(row);
+    card.ConfigError = GetConfigError(row);
+    card.AdapterStatus = GetAdapterStatus(row);
+    card.AdapterRam = GetAdapterRam(row);
+    card.AdapterName = GetAdapterName(row);
+    card.IsAeroEnabled = IsAeroEnabled();
+    card.DriverVersion = GetDriverVersion(row);
+    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
+    card.CurrentResolution = GetCurrentResolution(row);
+    card.UserConfig = GetUserConfig(row);
+    card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
+    card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
+}
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "enumeration/BaseGraphicCard.h"
+#include "enumeration/GraphicCardProperties.h"
+#include "system/OpenCLWrapper.h"
+
+namespace orvel::shared::enumeration {
+
+/// Enumerates Intel's adapters from WMI, the registry, the machine's memory modules, DXGI and OpenCL; Intel has no
+/// management interface of its own.
+class Intel : public BaseGraphicCard {
+public:
+    /// Appends one record per Intel adapter that WMI reports on the PCI bus.
+    /// Throws std::runtime_error ("Failed to load opencl.dll"; "Argument out of range" for a memory type without a transfer
+    /// factor), std::invalid_argument and std::out_of_range for texts that do not convert and codes without a name, and the
+    /// status (`long`) of a failed query for the memory modules.
+    void QueryInfo(GraphicCardList& list) override;
+
+private:
+    GraphicCardProperties ReadAdapter(wmi::WMIClient& row, const OpenCLWrapper& opencl,
+                                      const std::string& serialNumber) const;
+    void ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::string& vendorId) const;
+    void ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendorId, GraphicCardProperties& card) const;
+    void ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl, const std::string& vendorId,
+                             GraphicCardProperties& card) const;
+    void ReadCommonProperties(wmi::WMIClient& row, GraphicCardProperties& card) const;
+};
+
+} // namespace orvel::shared::enumeration

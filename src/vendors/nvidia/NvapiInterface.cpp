@@ -1,0 +1,115 @@
+#include "vendors/nvidia/NvapiInterface.h"
+
+namespace orvel::shared::enumeration {
+
+template <typename... Arguments>
+NvAPI_Status NvapiInterface::Call(uint32_t id, Arguments... arguments) const
+{
+    using Function = NvAPI_Status (*)(Arguments...);
+    const auto function = queryInterface ? reinterpret_cast<Function>(queryInterface(id)) : nullptr;
+    return function ? function(arguments...) : NVAPI_NO_IMPLEMENTATION;
+}
+
+NvAPI_Status NvapiInterface::NvAPI_Initialize()
+{
+    module.reset(::LoadLibraryW(L"nvapi64.dll"));
+    if (!module) {
+        return NVAPI_LIBRARY_NOT_FOUND;
+    }
+    queryInterface = FindFunction<QueryInterface>(module.get(), "nvapi_QueryInterface");
+    const NvAPI_Status status = queryInterface ? Call(0x0150E828) : NVAPI_ERROR;
+    if (status != NVAPI_OK) {
+        queryInterface = nullptr;
+        module.reset();
+    }
+    return status;
+}
+
+NvAPI_Status NvapiInterface::NvAPI_Unload()
+{
+    const NvAPI_Status status = Call(0xD22BDD7E);
+    queryInterface = nullptr;
+    if (status != NVAPI_OK) {
+        (void)module.release(); // a driver that has not ended may still run: its code has to stay
+    }
+    module.reset();
+    return status;
+}
+
+NvAPI_Status NvapiInterface::NvAPI_EnumPhysicalGPUs(NvPhysicalGpuHandle* gpus, uint32_t* count) const
+{
+    return Call(0xE5AC921F, gpus, count);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetFullName(NvPhysicalGpuHandle gpu, char* name) const
+{
+    return Call(0xCEEE8E9F, gpu, name);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetBusId(NvPhysicalGpuHandle gpu, uint32_t* bus) const
+{
+    return Call(0x1BE0B8E5, gpu, bus);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetBusType(NvPhysicalGpuHandle gpu, int32_t* type) const
+{
+    return Call(0x1BB18724, gpu, type);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetPCIIdentifiers(NvPhysicalGpuHandle gpu, uint32_t* device, uint32_t* subsystem,
+                                                         uint32_t* revision, uint32_t* extendedDevice) const
+{
+    return Call(0x2DDFB66E, gpu, device, subsystem, revision, extendedDevice);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetGPUType(NvPhysicalGpuHandle gpu, int32_t* type) const
+{
+    return Call(0xC33BAEB1, gpu, type);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetVbiosVersionString(NvPhysicalGpuHandle gpu, char* version) const
+{
+    return Call(0xA561FD7D, gpu, version);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetGpuCoreCount(NvPhysicalGpuHandle gpu, uint32_t* count) const
+{
+    return Call(0xC7026A87, gpu, count);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetRamBusWidth(NvPhysicalGpuHandle gpu, uint32_t* bits) const
+{
+    return Call(0x7975C581, gpu, bits);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetCurrentPCIEDownstreamWidth(NvPhysicalGpuHandle gpu, uint32_t* lanes) const
+{
+    return Call(0xD048C3B1, gpu, lanes);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetMemoryInfoEx(NvPhysicalGpuHandle gpu, NvapiMemoryInfo* info) const
+{
+    return Call(0xC0599498, gpu, info);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetAllClockFrequencies(NvPhysicalGpuHandle gpu, NvapiClockFrequencies* clocks) const
+{
+    return Call(0xDCB616C3, gpu, clocks);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetECCStatusInfo(NvPhysicalGpuHandle gpu, NvapiEccStatusInfo* info) const
+{
+    return Call(0xCA1DDAF3, gpu, info);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_GPU_GetECCErrorInfo(NvPhysicalGpuHandle gpu, NvapiEccErrorInfo* info) const
+{
+    return Call(0xC71F85A6, gpu, info);
+}
+
+NvAPI_Status NvapiInterface::NvAPI_D3D11_MultiGPU_GetCaps(NvapiMultiGpuCaps* caps) const
+{
+    return Call(0xD2D25687, caps);
+}
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "system/Handles.h"
+#include "vendors/nvidia/NvapiTypes.h"
+
+namespace orvel::shared::enumeration {
+
+/// NVAPI's functions in "nvapi64.dll", under their published names. Each is found anew by its id; one that the installed
+/// driver does not resolve answers NVAPI_NO_IMPLEMENTATION without doing anything.
+class NvapiInterface {
+public:
+    /// Loads the driver's DLL and initialises it. NVAPI_LIBRARY_NOT_FOUND where there is no DLL, NVAPI_ERROR where it is
+    /// none of NVAPI's; after any failure the DLL is not loaded.
+    NvAPI_Status NvAPI_Initialize();
+
+    /// Ends NVAPI and gives the DLL back. A driver that refuses tells its status and stays loaded.
+    NvAPI_Status NvAPI_Unload();
+
+    NvAPI_Status NvAPI_EnumPhysicalGPUs(NvPhysicalGpuHandle* gpus, uint32_t* count) const;
+    NvAPI_Status NvAPI_GPU_GetFullName(NvPhysicalGpuHandle gpu, char* name) const;
+    NvAPI_Status NvAPI_GPU_GetBusId(NvPhysicalGpuHandle gpu, uint32_t* bus) const;
+    NvAPI_Status NvAPI_GPU_GetBusType(NvPhysicalGpuHandle gpu, int32_t* type) const;
+    NvAPI_Status NvAPI_GPU_GetPCIIdentifiers(NvPhysicalGpuHandle gpu, uint32_t* device, uint32_t* subsystem,
+                                             uint32_t* revision, uint32_t* extendedDevice) const;
+    NvAPI_Status NvAPI_GPU_GetGPUType(NvPhysicalGpuHandle gpu, int32_t* type) const;
+    NvAPI_Status NvAPI_GPU_GetVbiosVersionString(NvPhysicalGpuHandle gpu, char* version) const;
+    NvAPI_Status NvAPI_GPU_GetGpuCoreCount(NvPhysicalGpuHandle gpu, uint32_t* count) const;
+    NvAPI_Status NvAPI_GPU_GetRamBusWidth(NvPhysicalGpuHandle gpu, uint32_t* bits) const;
+    NvAPI_Status NvAPI_GPU_GetCurrentPCIEDownstreamWidth(NvPhysicalGpuHandle gpu, uint32_t* lanes) const;
+    NvAPI_Status NvAPI_GPU_GetMemoryInfoEx(NvPhysicalGpuHandle gpu, NvapiMemoryInfo* info) const;
+    NvAPI_Status NvAPI_GPU_GetAllClockFrequencies(NvPhysicalGpuHandle gpu, NvapiClockFrequencies* clocks) const;
+    NvAPI_Status NvAPI_GPU_GetECCStatusInfo(NvPhysicalGpuHandle gpu, NvapiEccStatusInfo* info) const;
+    NvAPI_Status NvAPI_GPU_GetECCErrorInfo(NvPhysicalGpuHandle gpu, NvapiEccErrorInfo* info) const;
+    NvAPI_Status NvAPI_D3D11_MultiGPU_GetCaps(NvapiMultiGpuCaps* caps) const;
+
+private:
+    template <typename... Arguments>
+    NvAPI_Status Call(uint32_t id, Arguments... arguments) const;
+
+    using QueryInterface = void* (*)(uint32_t id);
+
+    ModuleHandle module;
+    QueryInterface queryInterface = nullptr;
+};
+
+} // namespace orvel::shared::enumeration

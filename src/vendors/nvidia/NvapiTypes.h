@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace orvel::shared::enumeration {
+
+// NVAPI as its driver publishes it: every function is found by a 32-bit id and answers a signed status, 0 for success.
+
+using NvAPI_Status = int32_t;
+using NvPhysicalGpuHandle = void*;
+
+constexpr NvAPI_Status NVAPI_OK = 0;
+constexpr NvAPI_Status NVAPI_ERROR = -1;
+constexpr NvAPI_Status NVAPI_LIBRARY_NOT_FOUND = -2;
+constexpr NvAPI_Status NVAPI_NO_IMPLEMENTATION = -3;
+
+constexpr size_t NVAPI_SHORT_STRING_MAX = 64;
+constexpr size_t NVAPI_MAX_PHYSICAL_GPUS = 64;
+constexpr size_t NVAPI_MAX_GPU_PUBLIC_CLOCKS = 32;
+
+/// The version word of a structure: its size, and its version above.
+template <typename Structure>
+constexpr uint32_t NvapiVersion(uint32_t version)
+{
+    return static_cast<uint32_t>(sizeof(Structure)) | version << 16;
+}
+
+struct NvapiEccErrorInfo {
+    uint32_t Version;
+    uint64_t CurrentSingleBitErrors;
+    uint64_t CurrentDoubleBitErrors;
+    uint64_t AggregateSingleBitErrors;
+    uint64_t AggregateDoubleBitErrors;
+};
+static_assert(sizeof(NvapiEccErrorInfo) == 40 && NvapiVersion<NvapiEccErrorInfo>(1) == 0x00010028);
+
+struct NvapiEccStatusInfo {
+    uint32_t Version;
+    uint32_t Supported; ///< bit 0
+    uint32_t ConfigurationOptions;
+    uint32_t Enabled; ///< bit 0
+};
+static_assert(sizeof(NvapiEccStatusInfo) == 16 && NvapiVersion<NvapiEccStatusInfo>(1) == 0x00010010);
+
+struct NvapiMultiGpuCaps {
+    uint32_t MultiGpuVersion;
+    uint32_t Version; ///< not the first word
+    uint32_t TotalGpus;
+    uint32_t SliGpus;
+    uint32_t VideoBridgePresent;
+    uint32_t NvLinkPresent;
+    uint32_t FastNvLinkReads;
+};
+static_assert(sizeof(NvapiMultiGpuCaps) == 28 && NvapiVersion<NvapiMultiGpuCaps>(2) == 0x0002001C);
+
+struct NvapiMemoryInfo {
+    uint32_t Version;
+    uint64_t DedicatedVideoMemory;
+    uint64_t AvailableDedicatedVideoMemory;
+    uint64_t SystemVideoMemory;
+    uint64_t SharedSystemMemory;
+    uint64_t CurrentAvailableDedicatedVideoMemory;
+    uint64_t DedicatedVideoMemoryEvictionsSize;
+    uint64_t DedicatedVideoMemoryEvictionCount;
+    uint64_t DedicatedVideoMemoryPromotionsSize;
+    uint64_t DedicatedVideoMemoryPromotionCount;
+};
+static_assert(sizeof(NvapiMemoryInfo) == 80 && offsetof(NvapiMemoryInfo, SharedSystemMemory) == 32 &&
+              offsetof(NvapiMemoryInfo, CurrentAvailableDedicatedVideoMemory) == 40);
+
+struct NvapiClockDomain {
+    uint32_t IsPresent; ///< bit 0
+    uint32_t Kilohertz;
+};
+
+struct NvapiClockFrequencies {
+    uint32_t Version;
+    uint32_t ClockType; ///< low four bits
+    NvapiClockDomain Domains[NVAPI_MAX_GPU_PUBLIC_CLOCKS];
+};
+static_assert(sizeof(NvapiClockFrequencies) == 264 && NvapiVersion<NvapiClockFrequencies>(3) == 0x00030108);
+
+constexpr size_t NVAPI_GPU_PUBLIC_CLOCK_GRAPHICS = 0;
+constexpr size_t NVAPI_GPU_PUBLIC_CLOCK_MEMORY = 4;
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,108 @@
+#include "vendors/nvidia/Nvidia.h"
+
+#include "enumeration/StatusNames.h"
+#include "enumeration/WmiNamespace.h"
+#include "system/Log.h"
+#include "system/OpenCLWrapper.h"
+#include "system/SystemMemory.h"
+#include "system/TextEncoding.h"
+
+namespace orvel::shared::enumeration {
+
+void Nvidia::QueryInfo(GraphicCardList& list)
+{
+    wmi::WMIClient row(wmiNamespace);
+    const NvapiClient nvapi;
+    const NvmlClient nvml;
+    const OpenCLWrapper opencl; // Intended: asked nothing, but a machine without it has no NVIDIA record.
+    if (nvapi.GetGpuCount() == 0) {
+        return;
+    }
+    // Intended: the first GPU only, matched by its place in NVAPI and NVML and by its device id in WMI.
+    const Gpu gpu{nvapi, nvml, nvapi.GetGpuHandle(0), nvml.GetGpuHandle(0)};
+    const std::string deviceId = nvapi.GetDeviceId(gpu.Handle);
+    const std::wstring wql =
+        L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_10DE&DEV_" + ToUtf16(deviceId) + L"%'";
+    if (row.Query(wql.c_str()) != 0) {
+        PLOGE << "Failed to get Win32_VideoController fields from WMI";
+        return;
+    }
+    row.GetNext(); // without a row the readers take their defaults
+    list.Append(MakeRecord(ReadGpu(gpu, row, deviceId)));
+}
+
+// The sources are asked in a fixed order, which is the order of the log lines too.
+GraphicCardProperties Nvidia::ReadGpu(const Gpu& gpu, wmi::WMIClient& row, const std::string& deviceId) const
+{
+    GraphicCardProperties card;
+    card.Manufacturer = "Nvidia";
+    card.DeviceId = deviceId;
+    card.AvailabilityCode = GetAvailabilityCode(row);
+    card.ConfigError = GetConfigError(row);
+    card.CardName = gpu.Nvapi.GetCardName(gpu.Handle);
+    card.BusId = gpu.Nvapi.GetBusId(gpu.Handle);
+    card.AdapterStatus = GetAdapterStatus(row);
+    card.AdapterRam = GetAdapterRam(row);
+    card.AdapterName = GetAdapterName(row);
+    ReadEccAndCores(gpu, row, card);
+    ReadMemoryAndClocks(gpu, card);
+    ReadLimitsAndLink(gpu, card);
+    ReadDriverAndDisplay(row, card);
+    return card;
+}
+
+void Nvidia::ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& row, GraphicCardProperties& card) const
+{
+    card.EccDoubleBitErrors = gpu.Nvapi.GetEccDoubleBitErrors(gpu.Handle);
+    card.EccSingleBitErrors = gpu.Nvapi.GetEccSingleBitErrors(gpu.Handle);
+    card.EccStatus = gpu.Nvapi.GetEccStatus(gpu.Handle);
+    card.NvidiaSli = gpu.Nvapi.GetNvidiaSli();
+    card.BiosVersion = gpu.Nvapi.GetBiosVersion(gpu.Handle);
+    card.DriverReleaseDate = GetDriverReleaseDate(row);
+    card.Shaders = gpu.Nvapi.GetShaders(gpu.Handle);
+    card.Cores = gpu.Nvapi.GetCores(gpu.Handle);
+}
+
+void Nvidia::ReadMemoryAndClocks(const Gpu& gpu, GraphicCardProperties& card) const
+{
+    card.MemoryBusWidth = gpu.Nvapi.GetMemoryBusWidth(gpu.Handle);
+    card.MemoryBandwidth = gpu.Nvml.GetMemoryBandwidth(gpu.Device);
+    card.MemoryType = MemoryTypeName(GetMemoryType()); // Intended: the type of the machine's memory.
+    NvapiMemoryInfo memory{};
+    card.MemorySharedSize = gpu.Nvapi.GetMemorySharedSize(gpu.Handle, memory);
+    card.MemorySize = gpu.Nvapi.GetMemorySize(gpu.Handle, memory);
+    card.MemoryBoostClock = gpu.Nvapi.GetMemoryBoostClock(gpu.Handle);
+    card.MemoryClockMax = gpu.Nvapi.GetMemoryClockMax(gpu.Handle);
+    card.GpuBoostClock = gpu.Nvapi.GetGpuBoostClock(gpu.Handle);
+    card.GpuClockMax = gpu.Nvapi.GetGpuClockMax(gpu.Handle);
+    card.MultiGpuSupport = gpu.Nvapi.GetMultiGpuSupport();
+    card.GpuType = gpu.Nvapi.GetGpuType(gpu.Handle);
+}
+
+void Nvidia::ReadLimitsAndLink(const Gpu& gpu, GraphicCardProperties& card) const
+{
+    card.TemperatureShutdown = gpu.Nvml.GetTemperatureShutdown(gpu.Device);
+    card.TemperateSlowdown = gpu.Nvml.GetTemperatureSlowdown(gpu.Device);
+    card.MaxTemperature = gpu.Nvml.GetMaxTemperature(gpu.Device);
+    card.CudaCapability = gpu.Nvml.GetCudaCapability(gpu.Device);
+    card.PciLanes = gpu.Nvapi.GetPciLanes(gpu.Handle);
+    card.PciTransferRate = gpu.Nvml.GetPcieTransferRate(gpu.Device);
+    card.PcieGeneration = gpu.Nvml.GetPcieGeneration(gpu.Device);
+    card.BusInterface = gpu.Nvapi.GetBusInterface(gpu.Handle);
+    card.ChipName = gpu.Nvapi.GetChipName(gpu.Handle);
+    card.SubsystemId = gpu.Nvapi.GetSubsystemId(gpu.Handle);
+    card.GraphicsCardSn = gpu.Nvml.GetGraphicCardSerialNumber(gpu.Device);
+}
+
+void Nvidia::ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const
+{
+    card.IsAeroEnabled = IsAeroEnabled();
+    card.DriverVersion = GetDriverVersion(row);
+    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
+    card.CurrentResolution = GetCurrentResolution(row);
+    card.UserConfig = GetUserConfig(row);
+    card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
+    card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
+}
+
+} // namespace orvel::shared::enumeration

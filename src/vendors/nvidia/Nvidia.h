@@ -1,0 +1,35 @@
+#pragma once
+
+#include "enumeration/BaseGraphicCard.h"
+#include "enumeration/GraphicCardProperties.h"
+#include "vendors/nvidia/NvapiClient.h"
+#include "vendors/nvidia/NvmlClient.h"
+
+namespace orvel::shared::enumeration {
+
+/// Enumerates NVIDIA's first GPU from NVAPI, NVML and WMI. Intended: further GPUs are not looked at.
+class Nvidia : public BaseGraphicCard {
+public:
+    /// Appends the record of NVAPI's first physical GPU, if there is one and WMI can be asked for it.
+    /// Throws std::runtime_error where NVAPI, NVML or "opencl.dll" cannot be had, std::out_of_range ("invalid
+    /// unordered_map<K, T> key") for a code without a name, and the status (`long`) of a failed query for the memory
+    /// modules.
+    void QueryInfo(GraphicCardList& list) override;
+
+private:
+    /// One GPU as each of the sources knows it.
+    struct Gpu {
+        const NvapiClient& Nvapi;
+        const NvmlClient& Nvml;
+        NvPhysicalGpuHandle Handle;
+        nvmlDevice_t Device;
+    };
+
+    GraphicCardProperties ReadGpu(const Gpu& gpu, wmi::WMIClient& row, const std::string& deviceId) const;
+    void ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& row, GraphicCardProperties& card) const;
+    void ReadMemoryAndClocks(const Gpu& gpu, GraphicCardProperties& card) const;
+    void ReadLimitsAndLink(const Gpu& gpu, GraphicCardProperties& card) const;
+    void ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
+};
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,75 @@
+// Every machine file of the project against the whole of what its enumeration has to tell, figured by hand from the values
+// of the file: tests/machines holds it under the same name.
+
+#include <filesystem>
+#include <fstream>
+
+#include <doctest/doctest.h>
+
+#include "support/Enumerated.h"
+
+using namespace orvel::tests;
+
+namespace {
+
+std::vector<std::string> MachineNames()
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(ORVEL_MACHINES)) {
+        if (entry.path().extension() == ".json") {
+            names.push_back(entry.path().stem().string());
+        }
+    }
+    return names;
+}
+
+Json Expected(const std::string& name)
+{
+    std::ifstream file(std::string(ORVEL_EXPECTED) + "/" + name + ".json");
+    REQUIRE_MESSAGE(file, "no expected output for machine " << name);
+    return Json::parse(file);
+}
+
+/// A record whose fractions are those of 32-bit floats, however many digits they are written with.
+Json AsFloats(Json card)
+{
+    for (Json& value : card) {
+        if (value.is_number_float()) {
+            value = value.get<float>();
+        }
+    }
+    return card;
+}
+
+LogLines Lines(const Json& log)
+{
+    LogLines lines;
+    for (const Json& line : log) {
+        lines.push_back(line["severity"].get<std::string>() + " " + line["function"].get<std::string>() + ": " +
+                        line["message"].get<std::string>());
+    }
+    return lines;
+}
+
+} // namespace
+
+TEST_CASE("Every machine file gives its whole records and its whole log")
+{
+    for (const std::string& name : MachineNames()) {
+        SUBCASE(name.c_str())
+        {
+            const Json expected = Expected(name);
+            const Enumerated result = Enumerate(Machine(name));
+            REQUIRE(result.Cards.size() == expected["cards"].size());
+            for (size_t i = 0; i < result.Cards.size(); ++i) {
+                CHECK(result.Card(i).size() == 49);
+                CHECK(Json::diff(AsFloats(expected["cards"][i]), AsFloats(result.Card(i))) == Json::array());
+            }
+            CHECK(result.Log == Lines(expected["log"]));
+            CHECK(result.Thrown == expected["thrown"]);
+            for (const auto& [interface, objects] : result.Live) {
+                CHECK_MESSAGE(objects == 0, interface << " has live objects");
+            }
+        }
+    }
+}

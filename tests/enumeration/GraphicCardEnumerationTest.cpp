@@ -1,0 +1,120 @@
+#include "GraphicCardEnumeration.h"
+
+#include <climits>
+#include <memory>
+
+#include <doctest/doctest.h>
+
+#include "GraphicCardInfo.h"
+#include "GraphicCardLog.h"
+#include "support/Enumerated.h"
+
+using namespace orvel::tests;
+using orvel::shared::enumeration::GraphicCardEnumeration;
+
+TEST_CASE("A machine without adapters of the three vendors gives no records")
+{
+    Json machine = HealthyLaptop();
+    machine["wmi"]["classes"]["Win32_VideoController"] = Json::array();
+    Simulate(machine);
+    GraphicCardEnumeration enumeration;
+    enumeration.QueryGraphicCards();
+    CHECK(enumeration.size() == 0);
+    CHECK(enumeration.get(0) == nullptr);
+}
+
+TEST_CASE("An index outside the records gives null")
+{
+    Simulate(Machine("intel-desktop"));
+    GraphicCardEnumeration enumeration;
+    enumeration.QueryGraphicCards();
+    REQUIRE(enumeration.size() == 2);
+    CHECK(enumeration.get(-1) == nullptr);
+    CHECK(enumeration.get(INT_MIN) == nullptr);
+    CHECK(enumeration.get(2) == nullptr);
+    CHECK(enumeration.get(INT_MAX) == nullptr);
+    CHECK(std::string(enumeration.get(1)->GetCardName()) == "Intel(R) Arc(TM) A770 Graphics");
+}
+
+TEST_CASE("A second query appends a second set of records")
+{
+    Simulate(HealthyLaptop());
+    GraphicCardEnumeration enumeration;
+    enumeration.QueryGraphicCards();
+    const auto* first = enumeration.get(0);
+    enumeration.QueryGraphicCards();
+    CHECK(enumeration.size() == 2);
+    CHECK(enumeration.get(0) == first);
+    CHECK(enumeration.get(1) != first);
+}
+
+TEST_CASE("An assigned enumeration intentionally refers to the source's records")
+{
+    Simulate(HealthyLaptop());
+    GraphicCardEnumeration source;
+    source.QueryGraphicCards();
+    alignas(GraphicCardEnumeration) unsigned char storage[sizeof(GraphicCardEnumeration)];
+    auto* target = new (storage) GraphicCardEnumeration;
+    CHECK(&(*target = source) == target);
+    CHECK(target->size() == 1);
+    CHECK(target->get(0) == source.get(0));
+    // only one of the two may be destroyed
+}
+
+TEST_CASE("A vendor that ends with an exception is logged once, and the others run in their order")
+{
+    Json machine = Machine("workstation");
+    machine["wmi"]["classes"]["Win32_VideoController"][2]["AdapterRAM"] = nullptr; // Intel's row
+    const Enumerated result = Enumerate(machine);
+    REQUIRE(result.Cards.size() == 2);
+    CHECK(result.Card(0)["Manufacturer"] == "Nvidia");
+    CHECK(result.Card(1)["Manufacturer"] == "AMD");
+    CHECK(result.Log.front() ==
+          Line("error", "GraphicCardEnumeration::QueryGraphicCards", "Unexpected error occurred: invalid stoi argument"));
+    CHECK(result.Thrown == nullptr);
+}
+
+TEST_CASE("Records are grouped by vendor: Intel, NVIDIA, AMD")
+{
+    const Enumerated result = Enumerate(Machine("workstation"));
+    REQUIRE(result.Cards.size() == 3);
+    CHECK(result.Card(0)["Manufacturer"] == "Intel");
+    CHECK(result.Card(1)["Manufacturer"] == "Nvidia");
+    CHECK(result.Card(2)["Manufacturer"] == "AMD");
+}
+
+TEST_CASE("A status that is no standard exception reaches the host, and nothing stays open")
+{
+    Json machine = HealthyLaptop();
+    machine["wmi"]["failures"] = {{{"contains", "SELECT TotalWidth"}, {"status", "0x80041001"}}};
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Cards.empty());
+    CHECK(result.Thrown == Json{{"type", "long"}, {"value", static_cast<int32_t>(0x80041001)}});
+    CHECK(result.Log.empty());
+    CHECK(result.Live.at("wmi") == 0);
+}
+
+TEST_CASE("Zero-filling an enumeration reaches the given size")
+{
+    alignas(GraphicCardEnumeration) unsigned char storage[sizeof(GraphicCardEnumeration)] = {0xAA};
+    reinterpret_cast<GraphicCardEnumeration*>(storage)->__autoclassinit2(sizeof(storage));
+    CHECK(storage[0] == 0);
+}
+
+TEST_CASE("Only lines of the wanted severities reach the host, and none when it takes its callback back")
+{
+    Simulate(Machine("nvidia-desktop"));
+    LogLines lines;
+    const auto take = [](int severity, const char*, const char*, void* context) {
+        static_cast<LogLines*>(context)->push_back(std::to_string(severity));
+    };
+    SetGraphicCardLog(take, 2, &lines);
+    GraphicCardEnumeration().QueryGraphicCards();
+    CHECK(lines.size() == 8); // three ECC lines, the serial number's, and AMD's four
+    for (const std::string& severity : lines) {
+        CHECK(severity == "2");
+    }
+    SetGraphicCardLog(nullptr, 6, nullptr);
+    GraphicCardEnumeration().QueryGraphicCards();
+    CHECK(lines.size() == 8);
+}

@@ -1,0 +1,24 @@
+#include "Enumerated.h"
+
+#include "Enumeration.h"
+
+namespace orvel::tests {
+
+std::string Line(const std::string& severity, const std::string& function, const std::string& message)
+{
+    return severity + " " + ns + function + ": " + message;
+}
+
+Enumerated Enumerate(const Json& machine)
+{
+    Simulate(machine);
+    const tools::Report report = tools::Enumerate([](const tools::LogLine&) {});
+    const Json json = Json::parse(tools::ToJson(report));
+    Enumerated result{json["cards"], {}, json["thrown"], Trace(), Live()};
+    for (const tools::LogLine& line : report.Log) {
+        result.Log.push_back(std::string(tools::SeverityName(line.Severity)) + " " + line.Function + ": " + line.Message);
+    }
+    return result;
+}
+
+} // namespace orvel::tests

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "SimulatedRun.h"
+
+namespace orvel::tests {
+
+/// What one enumeration on a simulated machine told, as the host program's JSON has it.
+struct Enumerated {
+    Json Cards; ///< array of objects with the 49 fields
+    LogLines Log;
+    Json Thrown;
+    std::vector<std::string> Trace;
+    std::map<std::string, int> Live;
+
+    const Json& Card(size_t index) const { return Cards.at(index); }
+};
+
+/// Puts the process on the machine and enumerates once, as a host does.
+Enumerated Enumerate(const Json& machine);
+
+/// A line of LogLines.
+std::string Line(const std::string& severity, const std::string& function, const std::string& message);
+
+} // namespace orvel::tests

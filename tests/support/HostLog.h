@@ -1,0 +1,19 @@
+#pragma once
+
+#include "SimulatedRun.h"
+
+namespace orvel::tests {
+
+/// Takes the log lines of the product's parts while it lives, as "severity function: message" without the function's
+/// namespace.
+class HostLog {
+public:
+    HostLog();
+    HostLog(const HostLog&) = delete;
+    HostLog& operator=(const HostLog&) = delete;
+    ~HostLog();
+
+    LogLines Lines;
+};
+
+} // namespace orvel::tests

@@ -1,0 +1,88 @@
+#include "SimulatedRun.h"
+
+#include <fstream>
+#include <stdexcept>
+
+#include <windows.h>
+
+#include "OrvelSimulation.h"
+
+namespace orvel::tests {
+
+namespace {
+
+template <typename Function>
+Function Find(const char* name)
+{
+    const HMODULE simulation = ::GetModuleHandleW(L"orvel-simulation.dll");
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(simulation, name)));
+}
+
+Json SimulationReport()
+{
+    return Json::parse(Find<decltype(&OrvelSimulationReport)>("OrvelSimulationReport")());
+}
+
+} // namespace
+
+Json Machine(const std::string& name)
+{
+    const std::string path = std::string(ORVEL_MACHINES) + "/" + name + ".json";
+    std::ifstream file(path);
+    if (!file) {
+        throw std::runtime_error("no such machine file: " + path);
+    }
+    return Json::parse(file);
+}
+
+Json HealthyLaptop()
+{
+    return Machine("intel-laptop");
+}
+
+Json& Row(Json& machine, const std::string& wmiClass, size_t index)
+{
+    return machine["wmi"]["classes"][wmiClass][index];
+}
+
+Json& VideoController(Json& machine, size_t index)
+{
+    return Row(machine, "Win32_VideoController", index);
+}
+
+Json& MemoryModule(Json& machine, size_t index)
+{
+    return Row(machine, "Win32_PhysicalMemory", index);
+}
+
+void Simulate(const Json& machine)
+{
+    const char* problem = "";
+    const auto simulate = Find<decltype(&OrvelSimulateMachineText)>("OrvelSimulateMachineText");
+    if (simulate(machine.dump().c_str(), "test machine", &problem) != 0) {
+        throw std::runtime_error(problem);
+    }
+}
+
+std::vector<std::string> Trace()
+{
+    return SimulationReport()["trace"];
+}
+
+std::map<std::string, int> Live()
+{
+    return SimulationReport()["live"];
+}
+
+std::vector<std::string> Only(const std::vector<std::string>& trace, const std::string& prefix)
+{
+    std::vector<std::string> lines;
+    for (const std::string& line : trace) {
+        if (line.starts_with(prefix)) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+} // namespace orvel::tests

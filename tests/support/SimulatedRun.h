@@ -1,0 +1,41 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace orvel::tests {
+
+using Json = nlohmann::json;
+
+/// A machine file of the project, by its name: Machine("intel-laptop").
+Json Machine(const std::string& name);
+
+/// The laptop of machines/intel-laptop.json: one healthy Intel adapter. Tests change one thing about it.
+Json HealthyLaptop();
+
+/// The row of a machine's WMI class.
+Json& Row(Json& machine, const std::string& wmiClass, size_t index = 0);
+Json& VideoController(Json& machine, size_t index = 0);
+Json& MemoryModule(Json& machine, size_t index = 0);
+
+/// Puts the process on a machine without enumerating, for tests of single wrappers and helpers.
+void Simulate(const Json& machine);
+
+/// What the simulation has seen since Simulate.
+std::vector<std::string> Trace();
+std::map<std::string, int> Live();
+
+/// The lines of `trace` that begin with `prefix`.
+std::vector<std::string> Only(const std::vector<std::string>& trace, const std::string& prefix);
+
+/// One log line, written as "warning orvel::…::GetAdapterRam: Failed to …".
+using LogLines = std::vector<std::string>;
+
+/// The namespace that log lines begin with.
+inline const std::string ns = "orvel::shared::enumeration::";
+
+} // namespace orvel::tests

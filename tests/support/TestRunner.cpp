@@ -1,0 +1,57 @@
+// Runs the tests of a DLL: test-runner TESTS.dll [ARGUMENTS of the test framework].
+//
+// The DLLs of the platform have to be simulated before anything that imports them is loaded, so the tests are not in the
+// program itself.
+
+#include <cstdio>
+#include <filesystem>
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include "OrvelSimulation.h"
+
+namespace {
+
+template <typename Function>
+Function Find(HMODULE module, const char* name)
+{
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}
+
+int Fail(const char* what)
+{
+    std::fprintf(stderr, "test-runner: %s (error %lu)\n", what, ::GetLastError());
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2) {
+        return Fail("no tests named");
+    }
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    char program[MAX_PATH];
+    ::GetModuleFileNameA(nullptr, program, MAX_PATH);
+    const auto folder = std::filesystem::path(program).parent_path();
+    const HMODULE simulation = ::LoadLibraryW((folder / "simulation" / "orvel-simulation.dll").c_str());
+    if (!simulation) {
+        return Fail("orvel-simulation.dll cannot be loaded");
+    }
+    const char* problem = "";
+    if (Find<decltype(&OrvelSimulateMachineText)>(simulation, "OrvelSimulateMachineText")("{}", "empty machine", &problem) !=
+        0) {
+        return Fail(problem);
+    }
+    const HMODULE tests = ::LoadLibraryA(argv[1]);
+    if (!tests) {
+        return Fail("the tests cannot be loaded");
+    }
+    const int status = Find<int (*)(int, char**)>(tests, "RunTests")(argc - 1, argv + 1);
+    std::fflush(stdout);
+    // Nothing is unloaded: what the tests leave behind must not run against DLLs that are gone.
+    ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(status));
+}

@@ -1,0 +1,115 @@
+#include "system/DisplayRegistry.h"
+
+#include <doctest/doctest.h>
+
+#include "support/HostLog.h"
+
+using namespace orvel::shared::enumeration;
+using namespace orvel::tests;
+
+namespace {
+
+const std::string video = "SYSTEM\\CurrentControlSet\\Control\\Video\\";
+constexpr char bios[] = "HardwareInformation.BiosString";
+
+Json Driver(const std::string& matchingDeviceId, const Json& biosString)
+{
+    return {{"MatchingDeviceId", matchingDeviceId}, {bios, biosString}};
+}
+
+std::string Hex(const std::string& text, bool isTerminated)
+{
+    std::string hex;
+    for (const char character : text + std::string(isTerminated ? 1 : 0, '\0')) {
+        char unit[8];
+        std::snprintf(unit, sizeof(unit), "%02x00", static_cast<unsigned char>(character));
+        hex += unit;
+    }
+    return hex;
+}
+
+} // namespace
+
+TEST_CASE("The BIOS string of the matching driver key is found at any depth, without log lines")
+{
+    Simulate({{"registry",
+               {{video + "{A}\\0000", Driver("pci\\ven_10de&dev_2504", "other")},
+                {video + "{B}\\0000\\deep", Driver("pci\\ven_8086&dev_5917&subsys_225d17aa", "Intel Video BIOS")}}}});
+    HostLog log;
+    CHECK(GetBiosString("8086", "5917") == "Intel Video BIOS");
+    CHECK(GetBiosString("1002", "73BF") == "");
+    CHECK(log.Lines.empty());
+}
+
+TEST_CASE("Without the video key there is no BIOS string")
+{
+    Simulate(Json::object());
+    CHECK(GetBiosString("8086", "5917") == "");
+}
+
+TEST_CASE("A MatchingDeviceId of 20 characters never matches, one of 21 does")
+{
+    Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_591", "short")}}}});
+    CHECK(GetBiosString("8086", "591") == "");
+    Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_5917", "long")}}}});
+    CHECK(GetBiosString("8086", "5917") == "long");
+}
+
+TEST_CASE("Identifiers are compared with upper and lower case apart")
+{
+    Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_1002&dev_73bf", "lower")}}}});
+    CHECK(GetBiosString("1002", "73BF") == "");
+    CHECK(GetBiosString("1002", "73bf") == "lower");
+}
+
+TEST_CASE("Of two driver keys for the same device the first in the registry's order wins")
+{
+    Simulate({{"registry",
+               {{video + "{A}", Driver("pci\\ven_8086&dev_5917", "first")},
+                {video + "{B}", Driver("pci\\ven_8086&dev_5917", "second")}}}});
+    CHECK(GetBiosString("8086", "5917") == "first");
+}
+
+TEST_CASE("A matching key without a BIOS string ends the search of its level")
+{
+    Simulate({{"registry",
+               {{video + "{A}", {{"MatchingDeviceId", "pci\\ven_8086&dev_5917"}}},
+                {video + "{B}", Driver("pci\\ven_8086&dev_5917", "second")}}}});
+    CHECK(GetBiosString("8086", "5917") == "");
+}
+
+TEST_CASE("A nested search that comes back empty lets the outer level go on")
+{
+    Simulate({{"registry",
+               {{video + "{A}\\0000", {{"MatchingDeviceId", "pci\\ven_8086&dev_5917"}}},
+                {video + "{B}\\0000", Driver("pci\\ven_8086&dev_5917", "second")}}}});
+    CHECK(GetBiosString("8086", "5917") == "second");
+}
+
+TEST_CASE("A value is read whatever its registry type is, up to its NUL or its end")
+{
+    for (const bool isTerminated : {true, false}) {
+        CAPTURE(isTerminated);
+        Simulate({{"registry",
+                   {{video + "{A}", Driver("pci\\ven_8086&dev_5917", {{"hex", Hex("Version 1.0", isTerminated)}})}}}});
+        CHECK(GetBiosString("8086", "5917") == "Version 1.0");
+    }
+    Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_5917", {{"hex", Hex("AB", false) + "43"}})}}}});
+    CHECK(GetBiosString("8086", "5917") == "AB"); // an odd last byte is no character
+}
+
+TEST_CASE("A value longer than 255 bytes is as good as missing")
+{
+    for (const size_t characters : {126U, 127U, 128U}) {
+        CAPTURE(characters);
+        const std::string text(characters, 'x');
+        Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_5917", {{"hex", Hex(text, false)}})}}}});
+        CHECK(GetBiosString("8086", "5917") == (characters == 128U ? "" : text));
+    }
+}
+
+TEST_CASE("A BIOS string comes back as UTF-8")
+{
+    Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_5917", "Bü\u20ACos")}}}});
+    CHECK(GetBiosString("8086", "5917") == "Bü\u20ACos");
+}

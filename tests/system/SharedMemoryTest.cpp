@@ -1,0 +1,64 @@
+#include "system/SharedMemory.h"
+
+#include <doctest/doctest.h>
+
+#include "support/SimulatedRun.h"
+
+using namespace orvel::shared::enumeration;
+using namespace orvel::tests;
+
+namespace {
+
+constexpr uint64_t mebibyte = 1048576;
+
+Json Adapter(uint32_t device, uint32_t subsystem, uint64_t sharedBytes)
+{
+    return {{"VendorId", 0x8086}, {"DeviceId", device}, {"SubSysId", subsystem}, {"SharedSystemMemory", sharedBytes}};
+}
+
+Json Adapters(const std::vector<Json>& adapters)
+{
+    return {{"dxgi", {{"adapters", adapters}}}};
+}
+
+} // namespace
+
+TEST_CASE("Shared memory counts whole gibibytes, rounded down")
+{
+    Simulate(Adapters({Adapter(0x5917, 0x225D17AA, (3 * 1024 + 1023) * mebibyte)}));
+    CHECK(GetSharedMemorySize("8086", "5917", "225D-17AA") == "3");
+    CHECK(Live()["dxgi"] == 0);
+}
+
+TEST_CASE("An adapter is the one whose three identifiers all agree")
+{
+    Simulate(Adapters({Adapter(0x5917, 1, 2048 * mebibyte), Adapter(0x5918, 0x225D17AA, 3072 * mebibyte),
+                       Adapter(0x5917, 0x225D17AA, 4096 * mebibyte), Adapter(0x5917, 0x225D17AA, 5120 * mebibyte)}));
+    CHECK(GetSharedMemorySize("8086", "5917", "225D-17AA") == "4");
+    CHECK(GetSharedMemorySize("1002", "5917", "225D-17AA") == "0");
+}
+
+TEST_CASE("A subsystem identifier without a hyphen is converted unchanged, and every hyphen is dropped")
+{
+    Simulate(Adapters({Adapter(0x5917, 0x225D17AA, 2048 * mebibyte)}));
+    CHECK(GetSharedMemorySize("8086", "5917", "225D17AA") == "2");
+    CHECK(GetSharedMemorySize("8086", "5917", "-22-5D17-AA-") == "2");
+}
+
+TEST_CASE("Where DXGI cannot be asked the text is empty")
+{
+    Simulate(Json::object());
+    CHECK(GetSharedMemorySize("8086", "5917", "225D-17AA") == "");
+}
+
+TEST_CASE("Identifiers that are no hexadecimal numbers throw before DXGI is asked")
+{
+    Simulate(Adapters(Json::array()));
+    CHECK_THROWS_WITH_AS(GetSharedMemorySize("", "", ""), "invalid stoi argument", std::invalid_argument);
+    CHECK_THROWS_WITH_AS(GetSharedMemorySize("8086", "xyz", "1-2"), "invalid stoi argument", std::invalid_argument);
+    CHECK_THROWS_WITH_AS(GetSharedMemorySize("8086", "5917", "-"), "invalid stoul argument", std::invalid_argument);
+    CHECK_THROWS_WITH_AS(GetSharedMemorySize("FFFFFFFF", "5917", "1-2"), "stoi argument out of range", std::out_of_range);
+    CHECK_THROWS_WITH_AS(GetSharedMemorySize("8086", "5917", "225D-17AA0"), "stoul argument out of range",
+                         std::out_of_range);
+    CHECK(Trace().empty());
+}

@@ -1,0 +1,297 @@
+// Intel's enumerator through the product's public interface: the healthy laptop, one deviation each.
+
+#include <doctest/doctest.h>
+
+#include "support/Enumerated.h"
+
+using namespace orvel::tests;
+
+namespace {
+
+const std::string intel = "Intel::QueryInfo";
+
+/// The run of the laptop ended with this exception.
+void CheckEnds(const Json& machine, const std::string& reason, size_t recordsBefore = 0)
+{
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Cards.size() == recordsBefore);
+    REQUIRE_FALSE(result.Log.empty());
+    const std::string line =
+        Line("error", "GraphicCardEnumeration::QueryGraphicCards", "Unexpected error occurred: " + reason);
+    CHECK(std::find(result.Log.begin(), result.Log.end(), line) != result.Log.end());
+    CHECK(result.Thrown == nullptr);
+    for (const auto& [interface, objects] : result.Live) {
+        CHECK_MESSAGE(objects == 0, interface << " has live objects");
+    }
+}
+
+Json& OpenClDevice(Json& machine)
+{
+    return machine["opencl"]["platforms"][0]["devices"][0];
+}
+
+/// A laptop with other values in the first row of WMI's video controllers.
+Json LaptopWith(const Json& properties)
+{
+    Json machine = HealthyLaptop();
+    VideoController(machine).update(properties);
+    return machine;
+}
+
+} // namespace
+
+TEST_CASE("A machine without the OpenCL loader has no Intel records")
+{
+    Json machine = HealthyLaptop();
+    machine.erase("opencl");
+    CheckEnds(machine, "Failed to load opencl.dll");
+}
+
+TEST_CASE("A failed BIOS query ends Intel's run with one line")
+{
+    Json machine = HealthyLaptop();
+    machine["wmi"]["failures"] = {{{"contains", "Win32_Bios"}, {"nth", 1}, {"status", "0x80041001"}}};
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Cards.empty());
+    CHECK(result.Log.front() == Line("error", intel, "Failed to get SerialNumber from Win32_Bios"));
+}
+
+TEST_CASE("A failed query for the adapters ends Intel's run with one line")
+{
+    Json machine = HealthyLaptop();
+    machine["wmi"]["failures"] = {{{"contains", "VEN_8086"}, {"status", "0x80041001"}}};
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Cards.empty());
+    CHECK(result.Log.front() == Line("error", intel, "Failed to get Win32_VideoController fields from WMI"));
+}
+
+TEST_CASE("A failed WMI connection is a failed BIOS query")
+{
+    Json machine = HealthyLaptop();
+    machine["wmi"]["connect"] = "0x80041003";
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Log.front() == Line("error", intel, "Failed to get SerialNumber from Win32_Bios"));
+}
+
+TEST_CASE("A serial number that cannot be read, and a BIOS without a row, leave it empty")
+{
+    Json unreadable = HealthyLaptop();
+    Row(unreadable, "Win32_Bios")["SerialNumber"] = nullptr;
+    CHECK(Enumerate(unreadable).Card(0)["GraphicsCardSn"] == "");
+    Json without = HealthyLaptop();
+    without["wmi"]["classes"]["Win32_Bios"] = Json::array();
+    CHECK(Enumerate(without).Card(0)["GraphicsCardSn"] == "");
+}
+
+TEST_CASE("Two Intel adapters carry the same serial number, the machine's")
+{
+    const Enumerated result = Enumerate(Machine("intel-desktop"));
+    CHECK(result.Card(0)["GraphicsCardSn"] == "To be filled by O.E.M.");
+    CHECK(result.Card(1)["GraphicsCardSn"] == "To be filled by O.E.M.");
+}
+
+TEST_CASE("A row whose PNPDeviceID cannot be read ends the run at the conversion of the empty identifiers")
+{
+    Json machine = HealthyLaptop();
+    VideoController(machine)["PNPDeviceID"] = {{"where", VideoController(machine)["PNPDeviceID"]}, {"status", "0x80041001"}};
+    CheckEnds(machine, "invalid stoi argument");
+    CHECK(Enumerate(machine).Log.front() == Line("warning", intel, "Failed to get PNPDeviceID from WMI"));
+}
+
+TEST_CASE("An empty PNPDeviceID is as good as an unreadable one")
+{
+    Json machine = HealthyLaptop();
+    VideoController(machine)["PNPDeviceID"] = {{"where", VideoController(machine)["PNPDeviceID"]}, {"value", ""}};
+    CheckEnds(machine, "invalid stoi argument");
+    CHECK(Enumerate(machine).Log.front() == Line("warning", intel, "Failed to get PNPDeviceID from WMI"));
+}
+
+TEST_CASE("A PNPDeviceID that ends before a cut position ends the run")
+{
+    for (const char* text : {"PCI\\VEN", "PCI\\VEN_8086&DEV", "PCI\\VEN_8086&DEV_5917&SUBSYS_2"}) {
+        CAPTURE(text);
+        Json machine = HealthyLaptop();
+        VideoController(machine)["PNPDeviceID"] = {{"where", VideoController(machine)["PNPDeviceID"]}, {"value", text}};
+        CheckEnds(machine, "invalid string position");
+    }
+}
+
+TEST_CASE("A record appended before the run ends stays")
+{
+    Json machine = Machine("intel-desktop");
+    VideoController(machine, 1)["AdapterRAM"] = nullptr;
+    CheckEnds(machine, "invalid stoi argument", 1);
+}
+
+TEST_CASE("A card without a name is not found in OpenCL, which ends the run")
+{
+    const Json machine = LaptopWith({{"Name", nullptr}});
+    CheckEnds(machine, "invalid stod argument");
+    CHECK(Enumerate(machine).Log.front() == Line("warning", intel, "Failed to get Card Name from WMI"));
+}
+
+TEST_CASE("A missing driver date is Intel's own warning")
+{
+    const Enumerated result = Enumerate(LaptopWith({{"DriverDate", nullptr}}));
+    CHECK(result.Card(0)["DriverReleaseDate"] == "");
+    CHECK(result.Log.front() == Line("warning", intel, "Failed to get Driver Date from WMI"));
+}
+
+TEST_CASE("AdapterRAM that is missing, 0 or no number ends the run")
+{
+    CheckEnds(LaptopWith({{"AdapterRAM", nullptr}}), "invalid stoi argument");
+    CheckEnds(LaptopWith({{"AdapterRAM", 0}}), "invalid stoi argument");
+    CheckEnds(LaptopWith({{"AdapterRAM", "much"}}), "invalid stoll argument");
+    CheckEnds(LaptopWith({{"AdapterRAM", "99999999999999999999"}}), "stoll argument out of range");
+}
+
+TEST_CASE("AdapterRAM above 2 GiB arrives as a negative number and is read as what it is")
+{
+    const Enumerated result = Enumerate(LaptopWith({{"AdapterRAM", 4293918720U}}));
+    CHECK(result.Card(0)["MemorySize"] == 4095);
+    CHECK(result.Card(0)["AdapterRam"] == 4095);
+}
+
+TEST_CASE("A GPU type that is no word is left out")
+{
+    CHECK(Enumerate(LaptopWith({{"AdapterDACType", "Internal DAC(400MHz)"}})).Card(0)["GpuType"] == "");
+    CHECK(Enumerate(LaptopWith({{"AdapterDACType", nullptr}})).Card(0)["GpuType"] == "");
+    CHECK(Enumerate(LaptopWith({{"AdapterDACType", "Integrated RAMDAC"}})).Card(0)["GpuType"] == "Integrated RAMDAC");
+}
+
+TEST_CASE("An availability that cannot be read has no name and ends the run, a configuration error does not")
+{
+    CheckEnds(LaptopWith({{"Availability", nullptr}}), "invalid unordered_map<K, T> key");
+    CheckEnds(LaptopWith({{"Availability", 22}}), "invalid unordered_map<K, T> key");
+    CheckEnds(LaptopWith({{"ConfigManagerErrorCode", 32}}), "invalid unordered_map<K, T> key");
+    CHECK(Enumerate(LaptopWith({{"ConfigManagerErrorCode", nullptr}})).Card(0)["ConfigErrorStatus"] ==
+          "DeviceWorkingProperly");
+    CHECK(Enumerate(LaptopWith({{"ConfigManagerErrorCode", 22}})).Card(0)["ConfigErrorStatus"] == "DeviceDisabled");
+}
+
+TEST_CASE("A memory type of 26 gives half the bandwidth and twice the texture fill rate of 24")
+{
+    Json machine = HealthyLaptop();
+    MemoryModule(machine)["SMBIOSMemoryType"] = 24;
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Card(0)["MemoryBandwidth"] == 12.8);
+    CHECK(result.Card(0)["TextureFillRate"] == 9.2);
+    CHECK(result.Card(0)["MemoryType"] == "DDR3");
+}
+
+TEST_CASE("A memory type without a transfer factor ends the run")
+{
+    for (const uint32_t type : {12U, 16U, 34U}) {
+        CAPTURE(type);
+        Json machine = HealthyLaptop();
+        MemoryModule(machine)["SMBIOSMemoryType"] = type;
+        CheckEnds(machine, "Argument out of range");
+    }
+}
+
+TEST_CASE("A machine without memory modules has no rates, and an unknown memory type")
+{
+    Json machine = HealthyLaptop();
+    machine["wmi"]["classes"]["Win32_PhysicalMemory"] = Json::array();
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Card(0)["PixelFillRate"] == 0.0);
+    CHECK(result.Card(0)["TextureFillRate"] == 0.0);
+    CHECK(result.Card(0)["MemoryBandwidth"] == 0.0);
+    CHECK(result.Card(0)["MemoryClockMax"] == 0.0);
+    CHECK(result.Card(0)["MemoryBusWidth"] == 0);
+    CHECK(result.Card(0)["MemoryType"] == "UNKNOWN");
+}
+
+TEST_CASE("Every query for the memory modules that fails leaves QueryGraphicCards as its status")
+{
+    struct Case {
+        const char* Query;
+        int Count;
+    };
+    for (const auto& [query, count] :
+         {Case{"SELECT TotalWidth", 4}, Case{"SELECT SMBIOSMemoryType", 3}, Case{"SELECT Speed", 2}}) {
+        for (int nth = 1; nth <= count; ++nth) {
+            CAPTURE(query);
+            CAPTURE(nth);
+            Json machine = HealthyLaptop();
+            machine["wmi"]["failures"] = {{{"contains", query}, {"nth", nth}, {"status", "0x80041032"}}};
+            const Enumerated result = Enumerate(machine);
+            CHECK(result.Thrown == Json{{"type", "long"}, {"value", static_cast<int32_t>(0x80041032)}});
+            CHECK(result.Cards.empty());
+        }
+    }
+}
+
+TEST_CASE("OpenCL numbers that are missing end the run at their conversion")
+{
+    for (const char* parameter : {"CL_DEVICE_MAX_COMPUTE_UNITS", "CL_DEVICE_MAX_CONSTANT_ARGS"}) {
+        CAPTURE(parameter);
+        Json machine = HealthyLaptop();
+        OpenClDevice(machine).erase(parameter);
+        CheckEnds(machine, "invalid stoi argument");
+    }
+    Json machine = HealthyLaptop();
+    OpenClDevice(machine)["CL_DEVICE_MAX_COMPUTE_UNITS"] = 4294967295U;
+    CheckEnds(machine, "stoi argument out of range");
+}
+
+TEST_CASE("A device that reports no constant arguments has fill rates of 0")
+{
+    Json machine = HealthyLaptop();
+    OpenClDevice(machine)["CL_DEVICE_MAX_CONSTANT_ARGS"] = 0;
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Card(0)["PixelFillRate"] == 0.0);
+    CHECK(result.Card(0)["TextureFillRate"] == 0.0);
+}
+
+TEST_CASE("A chip name that fits is the cleaned card name")
+{
+    Json machine = LaptopWith({{"Name", "Intel HD Graphics 4000"}});
+    OpenClDevice(machine)["CL_DEVICE_NAME"] = "Intel HD Graphics 4000";
+    CHECK(Enumerate(machine).Card(0)["ChipName"] == " HD Gaphics 4000");
+}
+
+TEST_CASE("An adapter that DXGI does not list shares no memory, and a missing DXGI ends the run")
+{
+    Json unlisted = HealthyLaptop();
+    unlisted["dxgi"]["adapters"][0]["SubSysId"] = 1;
+    CHECK(Enumerate(unlisted).Card(0)["MemorySharedSize"] == 0);
+    Json without = HealthyLaptop();
+    without.erase("dxgi");
+    CheckEnds(without, "invalid stoi argument");
+}
+
+TEST_CASE("The platform is asked in the fixed order, the memory modules again for each figure")
+{
+    const Enumerated result = Enumerate(HealthyLaptop());
+    std::vector<std::string> expected = {
+        "wmi query SELECT SerialNumber FROM Win32_Bios",
+        "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'",
+    };
+    for (const char* property : {"TotalWidth", "SMBIOSMemoryType", "TotalWidth", "Speed", "Speed", "TotalWidth",
+                                 "SMBIOSMemoryType", "SMBIOSMemoryType", "TotalWidth"}) {
+        expected.push_back(std::string("wmi query SELECT ") + property + " FROM Win32_PhysicalMemory");
+    }
+    auto queries = Only(result.Trace, "wmi query");
+    queries.resize(expected.size()); // AMD's query for the BIOS follows
+    CHECK(queries == expected);
+    const auto gets = Only(result.Trace, "wmi get");
+    const std::vector<std::string> common = {"wmi get Availability",
+                                             "wmi get ConfigManagerErrorCode",
+                                             "wmi get Status",
+                                             "wmi get AdapterRAM",
+                                             "wmi get Name",
+                                             "wmi get DriverVersion",
+                                             "wmi get CurrentRefreshRate",
+                                             "wmi get CurrentHorizontalResolution",
+                                             "wmi get CurrentVerticalResolution",
+                                             "wmi get ConfigManagerUserConfig"};
+    CHECK(std::search(gets.begin(), gets.end(), common.begin(), common.end()) != gets.end());
+}
+
+TEST_CASE("Virtual and remote adapters never become records")
+{
+    const Enumerated result = Enumerate(Machine("remote-session"));
+    REQUIRE(result.Cards.size() == 1);
+    CHECK(result.Card(0)["CardName"] == "Intel(R) UHD Graphics 620");
+}

@@ -1,0 +1,227 @@
+#include "WMIClient.h"
+
+#include <thread>
+
+#include <objbase.h>
+
+#include <doctest/doctest.h>
+
+#include "support/SimulatedRun.h"
+
+using namespace orvel::tests;
+using orvel::shared::wmi::WMIClient;
+
+namespace {
+
+constexpr wchar_t cimv2[] = L"\\\\.\\root\\cimv2";
+constexpr long missingProperty = static_cast<long>(0x80041002);
+constexpr long typeMismatch = static_cast<long>(0x80020005);
+
+Json Rows(const Json& rows)
+{
+    return {{"wmi", {{"classes", {{"Thing", rows}}}}}};
+}
+
+/// Reads property P of a single row that holds this value.
+template <typename T>
+std::pair<long, T> Read(const Json& value, T otherwise)
+{
+    Simulate(Rows(Json::array({{{"P", value}}})));
+    WMIClient client(cimv2);
+    REQUIRE(client.Query(L"SELECT * FROM Thing") == 0);
+    REQUIRE(client.GetNext());
+    const long status = client.GetValue(L"P", otherwise);
+    return {status, otherwise};
+}
+
+/// What a thread finds out about the computer's own WMI.
+struct SystemAnswers {
+    long Query = -1;
+    bool HasRow = false;
+    long Text = -1;
+    std::string Name;
+    long Number = -1;
+    uint32_t Availability = 0;
+    long Float = -1;
+    float AdapterRam = 0.0F;
+    long Flag = -1;
+    bool ConfigError = true;
+    long Missing = 0;
+    long Broken = 0;
+    bool HasRowAfterFailure = true;
+};
+
+SystemAnswers AskSystem()
+{
+    SystemAnswers answers;
+    WMIClient client(cimv2);
+    answers.Query = client.Query(L"SELECT * FROM Win32_VideoController");
+    answers.HasRow = client.GetNext();
+    answers.Text = client.GetValue(L"Name", answers.Name);
+    answers.Number = client.GetValue(L"Availability", answers.Availability);
+    answers.Float = client.GetValue(L"AdapterRAM", answers.AdapterRam);
+    answers.Flag = client.GetValue(L"ConfigManagerErrorCode", answers.ConfigError);
+    std::string nothing;
+    answers.Missing = client.GetValue(L"NoSuchProperty", nothing);
+    answers.Broken = client.Query(L"SELECT * FROM Win32_VideoController WHERE Name = 'O'Brien'");
+    answers.HasRowAfterFailure = client.GetNext();
+    return answers;
+}
+
+void CheckSystem(const SystemAnswers& answers)
+{
+    CHECK(answers.Query == 0);
+    CHECK(answers.HasRow);
+    CHECK(answers.Text == 0);
+    CHECK(answers.Name == "VideoController1"); // what Wine calls its adapter where there is no display
+    CHECK(answers.Number == 0);
+    CHECK(answers.Availability == 3);
+    CHECK(answers.Float == 0);
+    CHECK(answers.AdapterRam == 536870912.0F);
+    CHECK(answers.Flag == 0);
+    CHECK_FALSE(answers.ConfigError);
+    CHECK(answers.Missing == missingProperty);
+    CHECK(answers.Broken == static_cast<long>(0x80041017));
+    CHECK_FALSE(answers.HasRowAfterFailure);
+}
+
+SystemAnswers AskSystemIn(DWORD apartment)
+{
+    SystemAnswers answers;
+    std::thread([&] {
+        REQUIRE(SUCCEEDED(::CoInitializeEx(nullptr, apartment)));
+        answers = AskSystem();
+        ::CoUninitialize();
+    }).join();
+    return answers;
+}
+
+} // namespace
+
+TEST_CASE("The computer's own WMI is read in a multi-threaded and in a single-threaded apartment")
+{
+    Simulate({{"wmi", "system"}});
+    CheckSystem(AskSystemIn(COINIT_MULTITHREADED));
+    CheckSystem(AskSystemIn(COINIT_APARTMENTTHREADED));
+}
+
+TEST_CASE("A computer's own query without rows succeeds and gives none")
+{
+    Simulate({{"wmi", "system"}});
+    WMIClient client(cimv2);
+    CHECK(client.Query(L"SELECT * FROM Win32_VideoController WHERE Name = 'none'") == 0);
+    CHECK_FALSE(client.GetNext());
+}
+
+TEST_CASE("A failed connection throws nothing and is told by every query")
+{
+    Simulate({{"wmi", {{"connect", "0x80041003"}, {"classes", {{"Thing", Json::array({{{"P", 1}}})}}}}}});
+    WMIClient client(cimv2);
+    CHECK(client.Query(L"SELECT * FROM Thing") == static_cast<long>(0x80041003));
+    CHECK(client.Query(L"SELECT * FROM Thing") == static_cast<long>(0x80041003));
+    CHECK_FALSE(client.GetNext());
+    uint32_t number = 7;
+    CHECK(client.GetValue(L"P", number) != 0);
+    CHECK(number == 7);
+}
+
+TEST_CASE("Text is UTF-8, and numbers are read as their decimal text")
+{
+    using Pair = std::pair<long, std::string>;
+    CHECK(Read("Grafik \u00FC\u20AC", std::string()) == Pair{0, "Grafik \u00FC\u20AC"});
+    CHECK(Read("", std::string("old")) == Pair{0, ""});
+    CHECK(Read(4293918720U, std::string()) == Pair{0, "4293918720"});
+    CHECK(Read({{"vt", "I4"}, {"value", -5}}, std::string()) == Pair{0, "-5"});
+    CHECK(Read(1920, std::string()) == Pair{0, "1920"});
+}
+
+TEST_CASE("A null, a missing and a refused property fail and leave the output as it was")
+{
+    using Text = std::pair<long, std::string>;
+    using Number = std::pair<long, uint32_t>;
+    CHECK(Read(nullptr, std::string("old")) == Text{typeMismatch, "old"});
+    CHECK(Read(nullptr, uint32_t{7}) == Number{typeMismatch, 7});
+    CHECK(Read({{"status", "0x80041001"}}, std::string("old")) == Text{static_cast<long>(0x80041001), "old"});
+    CHECK(Read({{"status", 1}}, uint32_t{7}) == Number{1, 7});
+    CHECK(Read("no number", uint32_t{7}) == Number{typeMismatch, 7});
+}
+
+TEST_CASE("An unsigned number, a float and a flag convert from what WMI gives")
+{
+    CHECK(Read(4294967295U, uint32_t{0}).second == 4294967295U);
+    CHECK(Read("4293918720", uint32_t{0}).second == 4293918720U);
+    CHECK(Read(3200, 0.0F).second == 3200.0F);
+    CHECK(Read("2666.5", 0.0F).second == 2666.5F);
+    CHECK(Read({{"vt", "R4"}, {"value", 1.5}}, 0.0F).second == 1.5F);
+    CHECK(Read(true, false).second);
+    CHECK(Read(2, false).second);
+}
+
+TEST_CASE("A new query replaces the rows of the former one, and no row is current until the next step")
+{
+    Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
+    WMIClient client(cimv2);
+    uint32_t number = 0;
+    REQUIRE(client.Query(L"SELECT P FROM Thing") == 0);
+    CHECK(client.GetValue(L"P", number) != 0);
+    CHECK(client.GetNext());
+    CHECK(client.GetNext());
+    CHECK(client.GetValue(L"P", number) == 0);
+    CHECK(number == 2);
+    REQUIRE(client.Query(L"SELECT P FROM Thing") == 0);
+    CHECK(client.GetValue(L"P", number) != 0);
+    CHECK(client.GetNext());
+    CHECK(client.GetValue(L"P", number) == 0);
+    CHECK(number == 1);
+    CHECK(client.GetNext());
+    CHECK_FALSE(client.GetNext());
+    CHECK(client.GetValue(L"P", number) != 0);
+}
+
+TEST_CASE("A failed query leaves no rows of the former one")
+{
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    WMIClient client(cimv2);
+    REQUIRE(client.Query(L"SELECT P FROM Thing") == 0);
+    REQUIRE(client.GetNext());
+    CHECK(client.Query(L"SELECT P FROM NoSuchClass") == static_cast<long>(0x80041010));
+    uint32_t number = 7;
+    CHECK(client.GetValue(L"P", number) != 0);
+    CHECK_FALSE(client.GetNext());
+    CHECK(number == 7);
+}
+
+TEST_CASE("A property that was not selected cannot be read")
+{
+    Simulate(Rows(Json::array({{{"P", 1}, {"Q", 2}}})));
+    WMIClient client(cimv2);
+    REQUIRE(client.Query(L"SELECT Q FROM Thing") == 0);
+    REQUIRE(client.GetNext());
+    uint32_t number = 7;
+    CHECK(client.GetValue(L"P", number) == missingProperty);
+    CHECK(client.GetValue(L"Q", number) == 0);
+}
+
+TEST_CASE("A client that goes releases its connection, rows and result set")
+{
+    Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
+    {
+        WMIClient client(cimv2);
+        client.Query(L"SELECT P FROM Thing");
+        client.GetNext();
+        CHECK(Live()["wmi"] == 3);
+    }
+    CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("On a thread without COM every query fails with COM's own status")
+{
+    // Where another thread holds a multi-threaded apartment, one without COM joins it; so this runs in a process of its own.
+    if (!std::getenv("ORVEL_TEST_WITHOUT_COM")) {
+        return;
+    }
+    ::CoUninitialize();
+    WMIClient client(cimv2);
+    CHECK(client.Query(L"SELECT * FROM Win32_Bios") == CO_E_NOTINITIALIZED);
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <variant>
+
+#include "GraphicCardInfo.h"
+
+namespace orvel::tools {
+
+/// The headings under which a card's properties are shown, in their order.
+enum class FieldGroup {
+    Identity,
+    DriverAndStatus,
+    Display,
+    Bus,
+    ClocksAndRates,
+    Memory,
+    Processing,
+    ThermalLimits,
+    EccAndMultiGpu
+};
+
+using FieldValue = std::variant<unsigned int, float, bool, std::string>;
+
+/// One property of a record: how it is named and read.
+struct CardField {
+    const char* Name; ///< as in the record
+    FieldGroup Group;
+    const char* Label;      ///< for people
+    const char* Unit;       ///< "" for none
+    const char* NvidiaUnit; ///< where NVIDIA's record counts in another one
+    FieldValue (*Read)(const shared::enumeration::GraphicCardInfo& card);
+};
+
+/// Every property, in record order.
+extern const std::array<CardField, 49> cardFields;
+
+} // namespace orvel::tools

@@ -1,0 +1,65 @@
+#include "Enumeration.h"
+
+#include <exception>
+
+#include "GraphicCardEnumeration.h"
+#include "GraphicCardLog.h"
+
+namespace orvel::tools {
+
+namespace {
+
+constexpr int everySeverity = 6; // plog's verbose
+
+struct LogTarget {
+    std::vector<LogLine>* Lines;
+    const std::function<void(const LogLine&)>* OnLine;
+};
+
+void TakeLine(int severity, const char* function, const char* message, void* context)
+{
+    const LogTarget& target = *static_cast<LogTarget*>(context);
+    target.Lines->push_back({severity, function, message});
+    (*target.OnLine)(target.Lines->back());
+}
+
+Card CopyCard(const shared::enumeration::GraphicCardInfo& info)
+{
+    Card card;
+    for (const CardField& field : cardFields) {
+        card.push_back(field.Read(info));
+    }
+    return card;
+}
+
+std::optional<Thrown> Query(shared::enumeration::GraphicCardEnumeration& enumeration)
+{
+    try {
+        enumeration.QueryGraphicCards();
+        return std::nullopt;
+    } catch (long status) {
+        return Thrown(status);
+    } catch (const std::exception& error) {
+        return Thrown(std::string(error.what()));
+    }
+}
+
+} // namespace
+
+Report Enumerate(const std::function<void(const LogLine&)>& onLine)
+{
+    Report report;
+    LogTarget target{&report.Log, &onLine};
+    SetGraphicCardLog(TakeLine, everySeverity, &target);
+    {
+        shared::enumeration::GraphicCardEnumeration enumeration;
+        report.Error = Query(enumeration);
+        for (size_t i = 0; i < enumeration.size(); ++i) {
+            report.Cards.push_back(CopyCard(*enumeration.get(static_cast<int>(i))));
+        }
+    }
+    SetGraphicCardLog(nullptr, 0, nullptr);
+    return report;
+}
+
+} // namespace orvel::tools

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "CardFields.h"
+
+namespace orvel::tools {
+
+/// One log line of the library.
+struct LogLine {
+    int Severity; ///< plog's number
+    std::string Function;
+    std::string Message;
+};
+
+/// "error", "warning", "info" and plog's other names.
+const char* SeverityName(int severity);
+
+/// What left QueryGraphicCards: a status of Windows or the text of a standard exception.
+using Thrown = std::variant<long, std::string>;
+
+/// The values of one record, in the order of `cardFields`.
+using Card = std::vector<FieldValue>;
+
+/// All that one enumeration told.
+struct Report {
+    std::vector<Card> Cards;
+    std::vector<LogLine> Log;
+    std::optional<Thrown> Error;
+    std::optional<std::string> Simulation; ///< the simulation's own report (JSON), on a simulated machine
+};
+
+/// One JSON object, as a text that ends in a line end.
+std::string ToJson(const Report& report);
+
+/// One section per card for people to read.
+std::string ToText(const Report& report);
+
+/// What left the enumeration, in a sentence.
+std::string Describe(const Thrown& error);
+
+} // namespace orvel::tools

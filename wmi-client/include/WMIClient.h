@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#ifdef ORVEL_WMI_CLIENT_BUILD
+#define ORVEL_WMI_CLIENT_API __declspec(dllexport)
+#else
+#define ORVEL_WMI_CLIENT_API __declspec(dllimport)
+#endif
+
+namespace orvel::shared::wmi {
+
+/// Runs WQL queries on one WMI namespace and reads the rows of the last one.
+///
+/// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure; nothing is thrown.
+/// A client belongs to the thread that made it, and that thread must have initialised COM.
+class ORVEL_WMI_CLIENT_API WMIClient {
+public:
+    /// Connects to a namespace such as L"\\\\.\\root\\cimv2". A failed connection is told by every Query.
+    explicit WMIClient(const wchar_t* namespacePath);
+    WMIClient(const WMIClient&) = delete;
+    WMIClient& operator=(const WMIClient&) = delete;
+    /// Releases the result set and the connection.
+    virtual ~WMIClient();
+
+    /// Runs a WQL text and waits for WMI's verdict on it, so that a wrong text or class fails here. The former result set
+    /// goes; no row is current afterwards. A failed query leaves no result set.
+    virtual long Query(const wchar_t* wql);
+
+    /// Makes the next row current; false at the end, or when WMI cannot give it.
+    virtual bool GetNext();
+
+    /// Copies a property of the current row into `value`, which the caller has initialised and clears. Fails without a row.
+    virtual long GetVariantValue(const wchar_t* name, VARIANT* value);
+
+    /// Reads a property of the current row as T: std::string (UTF-8; an unsigned number as unsigned decimal text), uint32_t,
+    /// float or bool. WMI's value is converted where its type is another one; a null value fails. `out` is written on
+    /// success only.
+    template <typename T>
+    long GetValue(const wchar_t* name, T& out);
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+template <>
+ORVEL_WMI_CLIENT_API long WMIClient::GetValue<std::string>(const wchar_t* name, std::string& out);
+
+namespace detail {
+
+/// Clears a VARIANT when it goes out of use.
+struct ScopedVariant {
+    ScopedVariant() noexcept { ::VariantInit(&value); }
+    ScopedVariant(const ScopedVariant&) = delete;
+    ScopedVariant& operator=(const ScopedVariant&) = delete;
+    ~ScopedVariant() { ::VariantClear(&value); }
+
+    VARIANT value;
+};
+
+/// How a C++ type is found in a VARIANT: the automation type, and its value as WMI gave it and after a conversion.
+template <typename T>
+struct VariantOf;
+
+template <>
+struct VariantOf<uint32_t> {
+    static constexpr VARTYPE Type = VT_UI4;
+    static uint32_t Given(const VARIANT& variant) { return variant.ulVal; }
+    static uint32_t Converted(const VARIANT& variant) { return variant.ulVal; }
+};
+
+template <>
+struct VariantOf<float> {
+    static constexpr VARTYPE Type = VT_R4;
+    static float Given(const VARIANT& variant) { return variant.fltVal; }
+    static float Converted(const VARIANT& variant) { return variant.fltVal; }
+};
+
+template <>
+struct VariantOf<bool> {
+    static constexpr VARTYPE Type = VT_BOOL;
+    static bool Given(const VARIANT& variant) { return variant.boolVal != 0; }
+    static bool Converted(const VARIANT& variant) { return variant.boolVal == VARIANT_TRUE; }
+};
+
+} // namespace detail
+
+template <typename T>
+long WMIClient::GetValue(const wchar_t* name, T& out)
+{
+    using As = detail::VariantOf<T>;
+    detail::ScopedVariant given;
+    if (const long status = GetVariantValue(name, &given.value); status != 0) {
+        return status;
+    }
+    if (given.value.vt == As::Type) {
+        out = As::Given(given.value);
+        return 0;
+    }
+    detail::ScopedVariant converted;
+    if (const long status = ::VariantChangeType(&converted.value, &given.value, 0, As::Type); status < 0) {
+        return status;
+    }
+    out = As::Converted(converted.value);
+    return 0;
+}
+
+} // namespace orvel::shared::wmi
