@@ -2,6 +2,7 @@
 
 #include "Export.h"
 #include "ExportTable.h"
+#include "ImportTable.h"
 #include "Text.h"
 
 #include <array>
@@ -13,15 +14,18 @@
 // ends at our DLL, whose SimulationAttach refuses to be loaded, and the computer's own one is not reached.
 //
 // nvml.dll, dxgi.dll and dwmapi.dll are imports of the product. They are always there, also before a machine is in place,
-// when a program that is linked against the product starts.
+// when a program that is linked against the product starts. In such a program they are bound to the computer's own DLLs by
+// the time a machine is put in place, so the product's imports are led to ours.
 
 namespace orvel::simulation {
 
 namespace {
 
-constexpr int PinCount = 4096;     // more than a run gives back by mistake
-constexpr int PinsPerCall = 4;     // more than the product gives back after one call
-constexpr DWORD PathLength = 4096; // characters
+// A loader may count references in 16 bits, so there can be many of them, but not any number.
+constexpr int PinCount = 4096;          // more than a run gives back too many
+constexpr int PinCountWithGaps = 16384; // the same, if functions are missing: each search for one may give back
+constexpr int MostReferences = 0x10000; // to be given back at once
+constexpr DWORD PathLength = 4096;      // characters
 
 struct Module {
     const wchar_t* name;
@@ -42,6 +46,7 @@ struct Modules {
     Module nvml{L"nvml.dll", true, false};
     Module adl{L"atiadlxx.dll", false, false};
     Module adlx{L"amdadlx64.dll", false, false};
+    RedirectedImports productImports = {};
     std::array<Module*, 7> all = {&opencl, &dxgi, &dwmapi, &nvapi, &nvml, &adl, &adlx};
 };
 
@@ -94,13 +99,34 @@ void AddReferences(const Module& module, int count)
                            &handle);
 }
 
+/// Holds the DLL so often that a product that gives back too many references cannot unload it.
+void Pin(const Module& module)
+{
+    AddReferences(module, module.hiddenNames.empty() ? PinCount : PinCountWithGaps);
+}
+
 /// Gives our references back. A pinned DLL leaves the process: the product may have given back, or kept, any number.
 void Release(Module& module)
 {
     if (module.held != nullptr)
         FreeLibrary(module.held);
     module.held = nullptr;
-    while (module.isPinned && module.attached != nullptr && FreeLibrary(module.attached)) {
+    for (int count = 0; module.isPinned && module.attached != nullptr && count < MostReferences; ++count)
+        FreeLibrary(module.attached);
+}
+
+/// The product, where the program was linked against it or has loaded it already; else null.
+HMODULE Product()
+{
+    return GetModuleHandleW(L"orvel-graphic-cards-enumeration.dll");
+}
+
+/// Where the program was linked against the product, the product's imports were bound before there was a machine.
+void RedirectProduct(Modules& modules)
+{
+    for (const Module* const module : modules.all) {
+        if (module->isImported && module->isAllowed && module->attached != nullptr && Product() != nullptr)
+            modules.productImports.Redirect(Product(), module->name, module->attached);
     }
 }
 
@@ -113,10 +139,9 @@ std::optional<std::string> LoadSimulated(Module& module)
     if (module.held != module.attached)
         return "the computer's own " + ToUtf8(module.name) + " was loaded instead of " + ToUtf8(path) +
                " (Wine needs a WINEDLLOVERRIDES entry that makes it native)";
-    if (GetModuleHandleW(module.name) != module.attached)
+    const bool isRedirected = module.isImported && Product() != nullptr;
+    if (!isRedirected && GetModuleHandleW(module.name) != module.attached)
         return "the computer's own " + ToUtf8(module.name) + " is in the process already, in front of the simulated one";
-    if (module.isPinned)
-        AddReferences(module, PinCount);
     return std::nullopt;
 }
 
@@ -160,6 +185,7 @@ std::vector<std::string> MissingExports(const NvapiModel& nvapi)
 std::optional<std::string> PutModulesInPlace(const Machine& machine)
 {
     Modules& modules = TheModules();
+    modules.productImports.Restore();
     SetDllDirectoryW(SimulationFolder().c_str());
     const std::array problems = {
         PutInPlace(modules.opencl, machine.opencl.standing, machine.opencl.model.missing),
@@ -174,11 +200,13 @@ std::optional<std::string> PutModulesInPlace(const Machine& machine)
         if (problem)
             return problem;
     }
+    RedirectProduct(modules);
     return std::nullopt;
 }
 
 void TakeModulesAway()
 {
+    TheModules().productImports.Restore();
     for (Module* const module : TheModules().all) {
         Release(*module);
         module->isAllowed = module->isImported;
@@ -189,9 +217,9 @@ void TakeModulesAway()
     SetDllDirectoryW(nullptr);
 }
 
-void KeepOpenClPinned()
+void AddOpenClReference()
 {
-    AddReferences(TheModules().opencl, PinsPerCall);
+    AddReferences(TheModules().opencl, 1);
 }
 
 FARPROC SystemFunction(const wchar_t* dllName, const char* functionName)
@@ -213,6 +241,8 @@ SIMULATED BOOL SimulationAttach(HMODULE handle)
         return FALSE;
     module->attached = handle;
     module->hiddenExports.Hide(handle, module->hiddenNames);
+    if (module->isPinned)
+        Pin(*module);
     return TRUE;
 }
 

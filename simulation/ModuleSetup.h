@@ -15,8 +15,9 @@ std::optional<std::string> PutModulesInPlace(const Machine& machine);
 /// Gives up everything that PutModulesInPlace holds.
 void TakeModulesAway();
 
-/// Keeps opencl.dll in the process however often the product gives it back; called by each simulated OpenCL function.
-void KeepOpenClPinned();
+/// Adds a reference to opencl.dll in place of the one that the product gives back after a refused clGetDeviceInfo. So the
+/// DLL stays pinned however many runs there are.
+void AddOpenClReference();
 
 /// A function of the computer's own DLL in the system folder, or null; for a simulated DLL that had to stay loaded while
 /// the machine in place leaves its interface to the system.

@@ -123,6 +123,18 @@ cl_int GiveParameter(const Answer<OpenClValue>& answer, size_t capacity, void* t
     return target != nullptr && answer.status != 0 ? answer.status : copied;
 }
 
+cl_int GetDeviceInfo(const OpenClModel& model, const void* handle, cl_device_info parameter, size_t capacity, void* target,
+                     size_t* size)
+{
+    const OpenClDevice* const device = FindDevice(model, handle);
+    if (device == nullptr)
+        return CL_INVALID_DEVICE;
+    if (target == nullptr && size == nullptr)
+        return CL_INVALID_VALUE;
+    const auto answer = device->parameters.find(parameter);
+    return answer == device->parameters.end() ? CL_INVALID_VALUE : GiveParameter(answer->second, capacity, target, size);
+}
+
 void TraceDeviceInfo(cl_device_info parameter)
 {
     char text[40];
@@ -134,7 +146,6 @@ void TraceDeviceInfo(cl_device_info parameter)
 
 SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* handles, cl_uint* count)
 {
-    KeepOpenClPinned();
     AddToTrace("opencl clGetPlatformIDs");
     if ((handles == nullptr && count == nullptr) || (handles != nullptr && entries == 0))
         return CL_INVALID_VALUE;
@@ -153,7 +164,6 @@ SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* ha
 SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type type, cl_uint entries,
                                            cl_device_id* handles, cl_uint* count)
 {
-    KeepOpenClPinned();
     AddToTrace("opencl clGetDeviceIDs");
     const auto machine = CurrentMachine();
     const OpenClPlatform* const platform = FindPlatform(machine->opencl.model, handle);
@@ -167,14 +177,10 @@ SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type
 SIMULATED cl_int WINAPI Sim_clGetDeviceInfo(cl_device_id handle, cl_device_info parameter, size_t capacity, void* target,
                                             size_t* size)
 {
-    KeepOpenClPinned();
     TraceDeviceInfo(parameter);
     const auto machine = CurrentMachine();
-    const OpenClDevice* const device = FindDevice(machine->opencl.model, handle);
-    if (device == nullptr)
-        return CL_INVALID_DEVICE;
-    if (target == nullptr && size == nullptr)
-        return CL_INVALID_VALUE;
-    const auto answer = device->parameters.find(parameter);
-    return answer == device->parameters.end() ? CL_INVALID_VALUE : GiveParameter(answer->second, capacity, target, size);
+    const cl_int status = GetDeviceInfo(machine->opencl.model, handle, parameter, capacity, target, size);
+    if (status != CL_SUCCESS)
+        AddOpenClReference();
+    return status;
 }

@@ -101,14 +101,15 @@ AMD::Walk AMD::ReadGpus(const Sources& sources, GraphicCardList& list) const
         if (!Succeeded(gpus->At_GPUList(index, gpu.Receive())) || !gpu) {
             continue;
         }
-        if (ReadRows(ReadGpu(*gpu, sources), sources, list) == Walk::QueryFailed) {
+        AdlxPtr<IADLXPerformanceMonitoringServices> services; // held until the GPU's rows are read
+        if (ReadRows(ReadGpu(*gpu, services, sources), sources, list) == Walk::QueryFailed) {
             return Walk::QueryFailed;
         }
     }
     return Walk::Finished;
 }
 
-AMD::Gpu AMD::ReadGpu(IADLXGPU& gpu, const Sources& sources) const
+AMD::Gpu AMD::ReadGpu(IADLXGPU& gpu, AdlxPtr<IADLXPerformanceMonitoringServices>& services, const Sources& sources) const
 {
     Gpu result;
     GraphicCardProperties& card = result.Card;
@@ -123,7 +124,6 @@ AMD::Gpu AMD::ReadGpu(IADLXGPU& gpu, const Sources& sources) const
     const auto adapter = NumberOf<int32_t>(
         [&](int32_t* index) { return mapping ? mapping->AdlAdapterIndexFromADLXGPU(&gpu, index) : ADLX_FAIL; });
 
-    AdlxPtr<IADLXPerformanceMonitoringServices> services;
     const ADLX_RESULT hasServices = Adlx().GetSystemServices()->GetPerformanceMonitoringServices(services.Receive());
     ReadAdl(sources.Adl, adapter, card);
     if (Succeeded(hasServices) && services) {

@@ -38,7 +38,7 @@ private:
 
     bool InitializeAdlx(const ADLWrapper& adl) const;
     Walk ReadGpus(const Sources& sources, GraphicCardList& list) const;
-    Gpu ReadGpu(IADLXGPU& gpu, const Sources& sources) const;
+    Gpu ReadGpu(IADLXGPU& gpu, AdlxPtr<IADLXPerformanceMonitoringServices>& services, const Sources& sources) const;
     void ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& card) const;
     Walk ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList& list) const;
     void ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;

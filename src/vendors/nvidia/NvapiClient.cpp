@@ -4,6 +4,7 @@
 
 #include "vendors/nvidia/NvapiClient.h"
 
+#include <cstring>
 #include <stdexcept>
 #include <unordered_map>
 

@@ -28,12 +28,14 @@ constexpr uint32_t NvapiVersion(uint32_t version)
 
 struct NvapiEccErrorInfo {
     uint32_t Version;
+    uint32_t Padding; ///< named, so that zeroing the structure zeroes it too
     uint64_t CurrentSingleBitErrors;
     uint64_t CurrentDoubleBitErrors;
     uint64_t AggregateSingleBitErrors;
     uint64_t AggregateDoubleBitErrors;
 };
-static_assert(sizeof(NvapiEccErrorInfo) == 40 && NvapiVersion<NvapiEccErrorInfo>(1) == 0x00010028);
+static_assert(sizeof(NvapiEccErrorInfo) == 40 && offsetof(NvapiEccErrorInfo, CurrentSingleBitErrors) == 8 &&
+              NvapiVersion<NvapiEccErrorInfo>(1) == 0x00010028);
 
 struct NvapiEccStatusInfo {
     uint32_t Version;
@@ -56,6 +58,7 @@ static_assert(sizeof(NvapiMultiGpuCaps) == 28 && NvapiVersion<NvapiMultiGpuCaps>
 
 struct NvapiMemoryInfo {
     uint32_t Version;
+    uint32_t Padding; ///< named, so that zeroing the structure zeroes it too
     uint64_t DedicatedVideoMemory;
     uint64_t AvailableDedicatedVideoMemory;
     uint64_t SystemVideoMemory;

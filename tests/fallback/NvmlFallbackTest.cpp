@@ -1,0 +1,222 @@
+// The nvml.dll for computers without an NVIDIA driver, as a program meets it that loads it. Where it looks for the driver's
+// own one is turned to a folder of the tests, so that the computer's system folder plays no part.
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <doctest/doctest.h>
+
+#include <windows.h>
+
+namespace {
+
+using Device = void*;
+
+std::filesystem::path folderOfDriver; // in place of the system folder
+
+std::filesystem::path ProgramFolder()
+{
+    wchar_t program[MAX_PATH];
+    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
+    return std::filesystem::path(program).parent_path();
+}
+
+UINT WINAPI TellFolderOfDriver(LPWSTR buffer, UINT size)
+{
+    const std::wstring folder = folderOfDriver.wstring();
+    if (folder.size() >= size) {
+        return static_cast<UINT>(folder.size() + 1);
+    }
+    std::wcscpy(buffer, folder.c_str());
+    return static_cast<UINT>(folder.size());
+}
+
+template <typename Structure>
+Structure* At(HMODULE module, DWORD offset)
+{
+    return reinterpret_cast<Structure*>(reinterpret_cast<char*>(module) + offset);
+}
+
+const IMAGE_DATA_DIRECTORY& Directory(HMODULE module, int entry)
+{
+    const auto* const start = At<IMAGE_DOS_HEADER>(module, 0);
+    const auto* const headers = At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(start->e_lfanew));
+    return headers->OptionalHeader.DataDirectory[entry];
+}
+
+/// Makes a module call another function in place of the one that it imports.
+void ReplaceImport(HMODULE module, const char* name, void* replacement)
+{
+    void* const imported = reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), name));
+    auto* import = At<IMAGE_IMPORT_DESCRIPTOR>(module, Directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    for (; import->Name != 0; ++import) {
+        for (auto* slot = At<void*>(module, import->FirstThunk); *slot; ++slot) {
+            DWORD protection = 0;
+            if (*slot == imported && ::VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
+                *slot = replacement;
+                ::VirtualProtect(slot, sizeof(*slot), protection, &protection);
+            }
+        }
+    }
+}
+
+/// The fallback, freshly loaded on a computer whose driver's nvml.dll is in this folder of the tests.
+class Fallback {
+public:
+    explicit Fallback(const char* driver) : module(::LoadLibraryW((ProgramFolder() / "fallback" / "nvml.dll").c_str()))
+    {
+        REQUIRE(module);
+        folderOfDriver = ProgramFolder() / driver;
+        ReplaceImport(module, "GetSystemDirectoryW", reinterpret_cast<void*>(&TellFolderOfDriver));
+    }
+    Fallback(const Fallback&) = delete;
+    Fallback& operator=(const Fallback&) = delete;
+    ~Fallback() { ::FreeLibrary(module); }
+
+    template <typename... Arguments>
+    int Call(const char* name, Arguments... arguments) const
+    {
+        return Find<int (*)(Arguments...)>(name)(arguments...);
+    }
+
+    std::string ErrorString(int status) const { return Find<const char* (*)(int)>("nvmlErrorString")(status); }
+
+    template <typename Function>
+    Function Find(const char* name) const
+    {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+    }
+
+    HMODULE Module() const { return module; }
+
+private:
+    HMODULE module;
+};
+
+/// The names that the library imports from nvml.dll.
+std::vector<std::string> ImportedNames()
+{
+    std::ifstream file(ORVEL_NVML_DEFINITION);
+    std::vector<std::string> names;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("nvml")) {
+            names.push_back(line);
+        }
+    }
+    return names;
+}
+
+/// Every function answers as on a computer without a driver.
+void CheckHasNoDriver(const Fallback& nvml)
+{
+    unsigned int number = 77;
+    int major = 77;
+    int minor = 77;
+    Device device = nullptr;
+    char serial[30] = "untouched";
+    CHECK(nvml.Call("nvmlInit_v2") == 9);
+    CHECK(nvml.Call("nvmlShutdown") == 1);
+    CHECK(nvml.Call("nvmlDeviceGetCount_v2", &number) == 1);
+    CHECK(nvml.Call("nvmlDeviceGetHandleByIndex_v2", 0U, &device) == 1);
+    CHECK(nvml.Call("nvmlDeviceGetSerial", device, &serial[0], 30U) == 1);
+    CHECK(nvml.Call("nvmlDeviceGetCudaComputeCapability", device, &major, &minor) == 1);
+    CHECK(nvml.Call("nvmlDeviceGetTemperatureThreshold", device, 3, &number) == 1);
+    CHECK(nvml.Call("nvmlDeviceGetClockInfo", device, 2, &number) == 1);
+    for (const char* name : {"nvmlDeviceGetCurrPcieLinkGeneration", "nvmlDeviceGetMaxPcieLinkGeneration",
+                             "nvmlDeviceGetMaxPcieLinkWidth", "nvmlDeviceGetMemoryBusWidth"}) {
+        CAPTURE(name);
+        CHECK(nvml.Call(name, device, &number) == 1);
+    }
+    CHECK(std::string(serial) == "untouched");
+    CHECK((number == 77 && major == 77 && minor == 77));
+}
+
+} // namespace
+
+TEST_CASE("The fallback exports what the library imports, and nothing else")
+{
+    const Fallback nvml("no-driver");
+    const auto names = ImportedNames();
+    CHECK(names.size() == 13);
+    for (const std::string& name : names) {
+        CHECK_MESSAGE(nvml.Find<void*>(name.c_str()) != nullptr, name);
+    }
+    const auto& exports = Directory(nvml.Module(), IMAGE_DIRECTORY_ENTRY_EXPORT);
+    CHECK(At<IMAGE_EXPORT_DIRECTORY>(nvml.Module(), exports.VirtualAddress)->NumberOfNames == 13);
+}
+
+TEST_CASE("Without a driver NVML says so at its start, is not initialised for everything else, and writes nothing")
+{
+    CheckHasNoDriver(Fallback("no-driver"));
+}
+
+TEST_CASE("Without a driver the status codes have NVML's texts")
+{
+    const Fallback nvml("no-driver");
+    CHECK(nvml.ErrorString(0) == "Success");
+    CHECK(nvml.ErrorString(1) == "Uninitialized");
+    CHECK(nvml.ErrorString(2) == "Invalid Argument");
+    CHECK(nvml.ErrorString(3) == "Not Supported");
+    CHECK(nvml.ErrorString(4) == "Insufficient Permissions");
+    CHECK(nvml.ErrorString(5) == "Already Initialized");
+    CHECK(nvml.ErrorString(6) == "Not Found");
+    CHECK(nvml.ErrorString(7) == "Insufficient Size");
+    CHECK(nvml.ErrorString(8) == "Insufficient External Power");
+    CHECK(nvml.ErrorString(9) == "Driver Not Loaded");
+    CHECK(nvml.ErrorString(10) == "Timeout");
+    CHECK(nvml.ErrorString(11) == "Interrupt Request Issue");
+    CHECK(nvml.ErrorString(12) == "NVML Shared Library Not Found");
+    CHECK(nvml.ErrorString(13) == "Function Not Found");
+    CHECK(nvml.ErrorString(14) == "Corrupted infoROM");
+    CHECK(nvml.ErrorString(15) == "GPU is lost");
+    CHECK(nvml.ErrorString(16) == "GPU requires reset");
+    CHECK(nvml.ErrorString(17) == "GPU access blocked by the operating system");
+    CHECK(nvml.ErrorString(18) == "Driver/library version mismatch");
+    CHECK(nvml.ErrorString(19) == "In use by another client");
+    CHECK(nvml.ErrorString(20) == "Insufficient Memory");
+    CHECK(nvml.ErrorString(23) == "Insufficient Resources");
+    for (const int unknown : {-1, 31, 999, 12345}) {
+        CAPTURE(unknown);
+        CHECK(nvml.ErrorString(unknown) == "Unknown Error");
+    }
+    for (int status = 0; status < 31; ++status) {
+        CHECK_FALSE(nvml.ErrorString(status).empty());
+    }
+}
+
+TEST_CASE("A driver's own nvml.dll in the system folder answers every call")
+{
+    const Fallback nvml("stand-in-driver");
+    unsigned int number = 0;
+    int major = 0;
+    int minor = 0;
+    Device device = nullptr;
+    CHECK(nvml.Call("nvmlInit_v2") == 101);
+    CHECK(nvml.Call("nvmlShutdown") == 102);
+    CHECK(nvml.ErrorString(101) == "the driver's text");
+    CHECK((nvml.Call("nvmlDeviceGetCount_v2", &number) == 103 && number == 3));
+    CHECK((nvml.Call("nvmlDeviceGetHandleByIndex_v2", 1U, &device) == 104 && device == reinterpret_cast<void*>(0x1001)));
+    CHECK(nvml.Call("nvmlDeviceGetCudaComputeCapability", device, &major, &minor) == 105);
+    CHECK((major == 8 && minor == 6));
+    CHECK((nvml.Call("nvmlDeviceGetTemperatureThreshold", device, 3, &number) == 106 && number == 93));
+    CHECK((nvml.Call("nvmlDeviceGetCurrPcieLinkGeneration", device, &number) == 107 && number == 1));
+    CHECK((nvml.Call("nvmlDeviceGetMaxPcieLinkGeneration", device, &number) == 108 && number == 4));
+    CHECK((nvml.Call("nvmlDeviceGetMaxPcieLinkWidth", device, &number) == 109 && number == 16));
+    CHECK((nvml.Call("nvmlDeviceGetClockInfo", device, 2, &number) == 110 && number == 7502));
+    CHECK((nvml.Call("nvmlDeviceGetMemoryBusWidth", device, &number) == 111 && number == 192));
+}
+
+TEST_CASE("A function that the driver lacks is answered with 13")
+{
+    const Fallback nvml("stand-in-driver");
+    char serial[30] = "";
+    CHECK(nvml.Call("nvmlDeviceGetSerial", Device(), &serial[0], 30U) == 13);
+}
+
+TEST_CASE("The fallback in the system folder is not taken for a driver")
+{
+    CheckHasNoDriver(Fallback("fallback"));
+}

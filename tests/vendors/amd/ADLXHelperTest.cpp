@@ -1,0 +1,237 @@
+#include "vendors/amd/ADLXHelper.h"
+
+#include <doctest/doctest.h>
+
+#include "support/SimulatedRun.h"
+
+using namespace orvel::shared::enumeration;
+using namespace orvel::tests;
+
+namespace {
+
+void __stdcall KeepMemory(void**) {}
+
+int contextValue = 0;
+void* const context = &contextValue; // only has to be there
+
+ADLX_RESULT InitializeWithAdl(ADLXHelper& helper)
+{
+    return helper.InitializeWithCallerAdl(context, &KeepMemory);
+}
+
+Json MachineWith(const Json& adlx)
+{
+    return {{"adlx", adlx}};
+}
+
+/// The library as the process has it once the simulation has given its own reference back.
+bool IsLibraryLoaded()
+{
+    Simulate(Json::object());
+    return ::GetModuleHandleW(L"amdadlx64.dll") != nullptr;
+}
+
+const std::vector<std::string> entryPoints = {
+    "ADLXQueryFullVersion", "ADLXQueryVersion", "ADLXInitializeWithCallerAdl", "ADLXInitializeWithIncompatibleDriver",
+    "ADLXInitialize",       "ADLXTerminate",
+};
+
+} // namespace
+
+TEST_CASE("A machine without ADLX's library fails with 3")
+{
+    Simulate(Json::object());
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 3);
+    CHECK(helper.Initialize() == 3);
+    CHECK(helper.GetSystemServices() == nullptr);
+    CHECK(helper.GetAdlMapping() == nullptr);
+}
+
+TEST_CASE("Each of the six entry points that is missing fails with 3, before ADLX is asked for anything")
+{
+    for (const std::string& name : entryPoints) {
+        CAPTURE(name);
+        Simulate(MachineWith({{"missing", Json::array({name})}}));
+        ADLXHelper helper;
+        CHECK(InitializeWithAdl(helper) == 3);
+        CHECK(helper.Initialize() == 3);
+        CHECK(helper.GetSystemServices() == nullptr);
+        CHECK(Trace().empty());
+        helper.Terminate();
+        CHECK(Trace().size() == (name == "ADLXTerminate" ? 0 : 1)); // what there is of it is still called
+        CHECK_FALSE(IsLibraryLoaded());
+    }
+}
+
+TEST_CASE("A library with gaps stays loaded and is not searched again before it is terminated")
+{
+    Simulate(MachineWith({{"missing", Json::array({"ADLXInitialize"})}}));
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 3);
+    Simulate(MachineWith(Json::object()));
+    CHECK(InitializeWithAdl(helper) == 3);
+    helper.Terminate();
+    CHECK(InitializeWithAdl(helper) == 0);
+}
+
+TEST_CASE("A null context or callback fails with 4 and loads nothing")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    CHECK(helper.InitializeWithCallerAdl(nullptr, &KeepMemory) == 4);
+    CHECK(helper.InitializeWithCallerAdl(context, nullptr) == 4);
+    CHECK(helper.InitializeWithCallerAdl(nullptr, nullptr) == 4);
+    CHECK(Trace().empty());
+    CHECK_FALSE(IsLibraryLoaded());
+}
+
+TEST_CASE("Results 0, 1 and 2 are success and hand the interfaces out")
+{
+    for (const int result : {0, 1, 2}) {
+        CAPTURE(result);
+        CHECK(Succeeded(result));
+        Simulate(MachineWith({{"ADLXInitializeWithCallerAdl", result}}));
+        ADLXHelper helper;
+        CHECK(InitializeWithAdl(helper) == result);
+        CHECK(helper.GetSystemServices() != nullptr);
+        CHECK(helper.GetAdlMapping() != nullptr);
+        CHECK(Live()["adlx"] == 1);
+        helper.Terminate();
+        CHECK(Live()["adlx"] == 0);
+    }
+}
+
+TEST_CASE("Results above 2 are failure, handed on as they are, without interfaces")
+{
+    for (const int result : {3, 4, 8, 12}) {
+        CAPTURE(result);
+        CHECK_FALSE(Succeeded(result));
+        Simulate(MachineWith({{"ADLXInitializeWithCallerAdl", result}, {"ADLXInitialize", result}}));
+        ADLXHelper helper;
+        CHECK(InitializeWithAdl(helper) == result);
+        CHECK(helper.Initialize() == result);
+        CHECK(helper.GetSystemServices() == nullptr);
+        CHECK(helper.GetAdlMapping() == nullptr);
+        CHECK(Live()["adlx"] == 0);
+    }
+}
+
+TEST_CASE("The versions are asked for before ADLX is initialised")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 0);
+    CHECK(Trace() == std::vector<std::string>{"adlx ADLXQueryFullVersion", "adlx ADLXQueryVersion",
+                                              "adlx ADLXInitializeWithCallerAdl"});
+}
+
+TEST_CASE("ADLX without ADL has a system and no mapping")
+{
+    for (const int result : {0, 1, 2}) {
+        CAPTURE(result);
+        Simulate(MachineWith({{"ADLXInitialize", result}}));
+        ADLXHelper helper;
+        CHECK(helper.Initialize() == result);
+        CHECK(helper.GetSystemServices() != nullptr);
+        CHECK(helper.GetAdlMapping() == nullptr);
+        CHECK(Trace() ==
+              std::vector<std::string>{"adlx ADLXQueryFullVersion", "adlx ADLXQueryVersion", "adlx ADLXInitialize"});
+    }
+}
+
+TEST_CASE("ADLX that is initialised twice answers 2, and one termination ends it")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 0);
+    CHECK(InitializeWithAdl(helper) == 2);
+    CHECK(helper.GetSystemServices() != nullptr);
+    CHECK(Live()["adlx"] == 1);
+    CHECK(helper.Terminate() == 0);
+    CHECK(Live()["adlx"] == 0);
+    CHECK_FALSE(IsLibraryLoaded());
+}
+
+TEST_CASE("Another user of ADLX in the process makes no difference")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper other;
+    CHECK(other.Initialize() == 0);
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 2);
+    CHECK(helper.GetSystemServices() != nullptr);
+    CHECK(helper.GetAdlMapping() != nullptr);
+}
+
+TEST_CASE("Termination clears the interfaces, ends ADLX and gives the library back")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 0);
+    CHECK(helper.Terminate() == 0);
+    CHECK(helper.GetSystemServices() == nullptr);
+    CHECK(helper.GetAdlMapping() == nullptr);
+    CHECK(Trace().back() == "adlx ADLXTerminate");
+    CHECK(Live()["adlx"] == 0);
+    CHECK_FALSE(IsLibraryLoaded());
+}
+
+TEST_CASE("The library stays in the process until the termination")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 0);
+    CHECK(IsLibraryLoaded());
+    helper.Terminate();
+    CHECK_FALSE(IsLibraryLoaded());
+}
+
+TEST_CASE("ADLX that refused to be initialised is terminated and given back all the same")
+{
+    Simulate(MachineWith({{"ADLXInitializeWithCallerAdl", 3}}));
+    ADLXHelper helper;
+    CHECK(InitializeWithAdl(helper) == 3);
+    helper.Terminate();
+    CHECK(Trace().back() == "adlx ADLXTerminate");
+    CHECK_FALSE(IsLibraryLoaded());
+}
+
+TEST_CASE("Where ADLX is not loaded a termination does nothing")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    CHECK(helper.Terminate() == 0);
+    CHECK(InitializeWithAdl(helper) == 0);
+    CHECK(helper.Terminate() == 0);
+    CHECK(helper.Terminate() == 0);
+    CHECK(Only(Trace(), "adlx ADLXTerminate").size() == 1);
+}
+
+TEST_CASE("After a termination ADLX can be initialised anew")
+{
+    Simulate(MachineWith(Json::object()));
+    ADLXHelper helper;
+    for (int round = 0; round < 3; ++round) {
+        CHECK(InitializeWithAdl(helper) == 0);
+        CHECK(Live()["adlx"] == 1);
+        CHECK(helper.Terminate() == 0);
+        CHECK(Live()["adlx"] == 0);
+    }
+}
+
+TEST_CASE("A helper that goes out of use terminates ADLX")
+{
+    Simulate(MachineWith(Json::object()));
+    {
+        ADLXHelper helper;
+        CHECK(InitializeWithAdl(helper) == 0);
+    }
+    CHECK(Trace().back() == "adlx ADLXTerminate");
+    CHECK_FALSE(IsLibraryLoaded());
+}
+
+TEST_CASE("The process has one ADLX")
+{
+    CHECK(&Adlx() == &Adlx());
+}
