@@ -3,21 +3,35 @@
 # where the file does not tell it. FROM: the target whose build writes the file.
 function(orvel_import_library target definition)
     cmake_parse_arguments(arg "DELAYED" "DLL;FROM" "" ${ARGN})
-    set(library ${CMAKE_BINARY_DIR}/lib/lib${target}.a)
-    if(arg_DELAYED)
-        set(kind --output-delaylib)
+    add_library(${target} INTERFACE)
+    if(MSVC AND arg_DELAYED)
+        # MSVC's linker delays any import library.
+        target_link_libraries(${target} INTERFACE ${arg_FROM} delayimp)
+        target_link_options(${target} INTERFACE /DELAYLOAD:${arg_DLL})
+        return()
+    endif()
+    if(MSVC)
+        set(library ${CMAKE_BINARY_DIR}/lib/${target}.lib)
+        set(command ${CMAKE_AR} /nologo /def:${definition} /machine:x64 /out:${library})
     else()
-        set(kind --output-lib)
+        set(library ${CMAKE_BINARY_DIR}/lib/lib${target}.a)
+        # Its own temporary names would be others in every build, and end up in the symbols.
+        string(MAKE_C_IDENTIFIER ${target} prefix)
+        set(command ${CMAKE_DLLTOOL} --input-def ${definition} --temp-prefix ${prefix})
+        if(arg_DLL)
+            list(APPEND command --dllname ${arg_DLL})
+        endif()
+        if(arg_DELAYED)
+            list(APPEND command --output-delaylib lib${target}.a)
+        else()
+            list(APPEND command --output-lib lib${target}.a)
+        endif()
     endif()
-    if(arg_DLL)
-        set(name --dllname ${arg_DLL})
-    endif()
-    add_custom_command(OUTPUT ${library}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/lib
-        COMMAND ${CMAKE_DLLTOOL} --input-def ${definition} ${name} ${kind} ${library}
+    # In its own folder: the path that the tool is given ends up in the symbols too.
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+    add_custom_command(OUTPUT ${library} COMMAND ${command} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/lib
         DEPENDS ${definition} ${arg_FROM} VERBATIM)
     add_custom_target(${target}-file DEPENDS ${library})
-    add_library(${target} INTERFACE)
     add_dependencies(${target} ${target}-file)
     target_link_libraries(${target} INTERFACE ${library})
 endfunction()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 
 #include "GraphicCardApi.h"
 
@@ -36,14 +36,14 @@ public:
     void QueryGraphicCards();
 
     /// Number of records.
-    std::size_t size() const;
+    size_t size() const;
 
     /// The record at `index`, counted from 0; null when there is none. It belongs to this object and dies with it.
     GraphicCardInfo* get(int index) const;
 
 #ifndef _MSC_VER
     /// Fills the first `size` bytes of the object with zeros. Called by code that MSVC generates before a constructor.
-    void __autoclassinit2(std::size_t size);
+    void __autoclassinit2(size_t size);
 #endif
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 
 #include "GraphicCardApi.h"
 
@@ -147,7 +147,7 @@ public:
 
 #ifndef _MSC_VER
     /// Fills the first `size` bytes of the object with zeros. Called by code that MSVC generates before a constructor.
-    void __autoclassinit2(std::size_t size);
+    void __autoclassinit2(size_t size);
 #endif
 
 private:

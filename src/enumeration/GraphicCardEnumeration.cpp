@@ -48,9 +48,11 @@ GraphicCardInfo* GraphicCardEnumeration::get(int index) const
     return list->get(static_cast<std::size_t>(index)); // a negative index becomes one that is too large
 }
 
-void GraphicCardEnumeration::__autoclassinit2(std::size_t size)
+#ifndef _MSC_VER
+void GraphicCardEnumeration::__autoclassinit2(size_t size)
 {
     std::memset(static_cast<void*>(this), 0, size);
 }
+#endif
 
 } // namespace orvel::shared::enumeration

@@ -109,10 +109,12 @@ GraphicCardInfo::~GraphicCardInfo()
 // Intended: the texts are shared, not copied, and the target's own are abandoned.
 GraphicCardInfo& GraphicCardInfo::operator=(const GraphicCardInfo& other) = default;
 
-void GraphicCardInfo::__autoclassinit2(std::size_t size)
+#ifndef _MSC_VER
+void GraphicCardInfo::__autoclassinit2(size_t size)
 {
     std::memset(static_cast<void*>(this), 0, size);
 }
+#endif
 
 unsigned int GraphicCardInfo::GetAvailabilityCode() const
 {

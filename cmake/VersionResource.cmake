@@ -1,0 +1,12 @@
+# orvel_version_resource(TARGET FILE DESCRIPTION): gives a program or DLL a version resource with the project's version.
+function(orvel_version_resource target file description)
+    set(ORVEL_FILE_NAME ${file})
+    set(ORVEL_FILE_DESCRIPTION ${description})
+    set(ORVEL_FILE_TYPE VFT_DLL)
+    if(file MATCHES "\\.exe$")
+        set(ORVEL_FILE_TYPE VFT_APP)
+    endif()
+    set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.rc.in ${resource} @ONLY)
+    target_sources(${target} PRIVATE ${resource})
+endfunction()

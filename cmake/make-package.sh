@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# Makes the package from a finished build: make-package.sh SOURCE BUILD DIST. The same build gives the same bytes.
+set -euo pipefail
+source=$1
+build=$2
+dist=$3
+
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
+name=orvel-graphic-cards-enumeration-$version-win64
+stage=$build/package/$name
+tool=x86_64-w64-mingw32
+export TZ=UTC LC_ALL=C SOURCE_DATE_EPOCH=946684800 # binutils stamps what it copies
+
+rm -rf "$build/package"
+mkdir -p "$stage"/{bin/fallback,debug,include,lib/cmake/orvel-graphic-cards-enumeration,lib/pkgconfig,licenses} \
+    "$stage"/simulation/{include,lib,machines}
+
+# ship FILE FOLDER: a program or DLL without its debug information, which goes into debug/.
+ship() {
+    local file
+    file=$(basename "$1")
+    $tool-objcopy --only-keep-debug "$1" "$stage/debug/$3$file.debug"
+    $tool-objcopy --strip-all "$1" "$stage/$2/$file"
+    (cd "$stage/debug" && $tool-objcopy --add-gnu-debuglink="$3$file.debug" "$stage/$2/$file")
+}
+
+# import_libraries DEFINITION DLL FOLDER: for MSVC, and for MinGW without MSVC's names.
+import_libraries() {
+    local stem=${2%.dll} definition=$build/package/$2.def
+    { echo "LIBRARY $2"; sed 's/ = [^ ]*//; s/ @[0-9]*$//' "$1"; } >"$definition"
+    llvm-dlltool -m i386:x86-64 -d "$definition" -l "$stage/$3/$stem.lib"
+    sed -i '/^ *?/d' "$definition"
+    llvm-dlltool -m i386:x86-64 -d "$definition" -l "$stage/$3/lib$stem.dll.a"
+}
+
+ship "$build/bin/orvel-graphic-cards-enumeration.dll" bin ""
+ship "$build/bin/orvel-shared-wmi-client.dll" bin ""
+ship "$build/bin/orvel-graphic-cards.exe" bin ""
+ship "$build/bin/fallback/nvml.dll" bin/fallback fallback-
+for dll in orvel-simulation opencl dxgi dwmapi nvapi64 nvml atiadlxx amdadlx64; do
+    $tool-objcopy --strip-all "$build/bin/simulation/$dll.dll" "$stage/simulation/$dll.dll"
+done
+import_libraries "$build/orvel-graphic-cards-enumeration.def" orvel-graphic-cards-enumeration.dll lib
+printf 'EXPORTS\n    OrvelSimulateMachine\n    OrvelSimulateMachineText\n    OrvelSimulationReport\n    OrvelEndSimulation\n' \
+    >"$build/package/simulation.def"
+import_libraries "$build/package/simulation.def" orvel-simulation.dll simulation/lib
+
+cp "$source"/include/*.h "$stage/include/"
+cp "$source"/simulation/include/*.h "$stage/simulation/include/"
+cp "$source"/machines/*.json "$stage/simulation/machines/"
+cp -r "$source/examples" "$stage/examples"
+cp "$source"/{README,CHANGELOG,SECURITY}.md "$stage/"
+for file in "$source"/cmake/package/*.cmake.in "$source"/cmake/package/*.pc.in; do
+    target=$stage/lib/cmake/orvel-graphic-cards-enumeration
+    [[ $file == *.pc.in ]] && target=$stage/lib/pkgconfig
+    sed "s/@VERSION@/$version/g; s/@MAJOR@/${version%%.*}/g" "$file" >"$target/$(basename "${file%.in}")"
+done
+
+# What is compiled into the DLLs and the program.
+licence() { cp "$1" "$stage/licenses/$2.txt"; }
+licence /usr/share/doc/gcc-mingw-w64-base/copyright gcc-runtime
+licence /usr/share/doc/mingw-w64-common/copyright mingw-w64
+licence /usr/share/doc/nlohmann-json3-dev/copyright nlohmann-json
+licence /usr/share/doc/libcli11-dev/copyright cli11
+licence /usr/share/doc/opencl-c-headers/copyright opencl-headers
+plog=/usr/share/doc/libplog-dev/copyright
+[ -f $plog ] || plog=$build/deps/plog$plog
+licence "$plog" plog
+
+mkdir -p "$dist"
+rm -f "$dist/$name".zip*
+find "$build/package/$name" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
+chmod -R u=rwX,go=rX "$stage"
+(cd "$build/package" && find "$name" -type f | sort | zip -q -X -D -9 "$dist/$name.zip" -@)
+(cd "$dist" && sha256sum "$name.zip" >"$name.zip.sha256")
+echo "$dist/$name.zip"

@@ -1,0 +1,42 @@
+// Throws what may leave the library, in the form that hosts of MSVC get.
+
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "enumeration/MsvcException.h"
+
+using orvel::shared::enumeration::CallForMsvc;
+
+extern "C" {
+
+__declspec(dllexport) void ThrowStatus()
+{
+    CallForMsvc([] { throw static_cast<long>(0x80041010); });
+}
+
+__declspec(dllexport) void ThrowBadAlloc()
+{
+    CallForMsvc([] { throw std::bad_alloc(); });
+}
+
+__declspec(dllexport) void ThrowRuntimeError()
+{
+    CallForMsvc([] { throw std::runtime_error("driver gone"); });
+}
+
+__declspec(dllexport) void ThrowLongText()
+{
+    CallForMsvc([] { throw std::runtime_error(std::string(1000, 'x')); });
+}
+
+__declspec(dllexport) void ThrowUnknown()
+{
+    CallForMsvc([] { throw 'x'; });
+}
+
+__declspec(dllexport) void ThrowNothing()
+{
+    CallForMsvc([] {});
+}
+}
