@@ -1,5 +1,8 @@
 #include "CardFields.h"
 
+#include <charconv>
+#include <string_view>
+
 namespace orvel::tools {
 
 using shared::enumeration::GraphicCardInfo;
@@ -64,5 +67,47 @@ const std::array<CardField, 49> cardFields = {
     CARD_FIELD(AdapterStatus, DriverAndStatus, "Adapter status", "", ""),
 };
 // clang-format on
+
+namespace {
+
+/// Properties in which 0 or "no" is an answer like any other.
+constexpr std::string_view zeroIsTold[] = {"AvailabilityCode", "ConfigError", "UserConfig", "IsAeroEnabled", "BusId"};
+
+} // namespace
+
+bool IsNotTold(const CardField& field, const FieldValue& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return text->empty() || *text == "Unknown" || *text == "UNKNOWN";
+    }
+    for (const std::string_view name : zeroIsTold) {
+        if (name == field.Name) {
+            return false;
+        }
+    }
+    const auto isZero = [](const auto& number) {
+        using Number = std::decay_t<decltype(number)>;
+        if constexpr (std::is_same_v<Number, std::string>) {
+            return false;
+        } else {
+            return number == Number{};
+        }
+    };
+    return std::visit(isZero, value);
+}
+
+std::string ToDisplayText(const FieldValue& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    if (const auto* flag = std::get_if<bool>(&value)) {
+        return *flag ? "yes" : "no";
+    }
+    char digits[64];
+    const auto convert = [&digits](auto number) { return std::to_chars(digits, digits + sizeof(digits), number).ptr; };
+    const auto* count = std::get_if<unsigned int>(&value);
+    return std::string(digits, count ? convert(*count) : convert(std::get<float>(value)));
+}
 
 } // namespace orvel::tools

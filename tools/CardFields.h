@@ -33,6 +33,13 @@ struct CardField {
     FieldValue (*Read)(const shared::enumeration::GraphicCardInfo& card);
 };
 
+/// Whether a value is the one that stands for "not told": an empty text, "Unknown" in any case, and 0 or false in a property
+/// that has another value where it is told.
+bool IsNotTold(const CardField& field, const FieldValue& value);
+
+/// A value as people read it: flags as yes and no, numbers with the digits that they need.
+std::string ToDisplayText(const FieldValue& value);
+
 /// Every property, in record order.
 extern const std::array<CardField, 49> cardFields;
 

@@ -7,10 +7,16 @@
 
 namespace orvel::tools {
 
+/// What the program is to show.
+enum class Mode { Cards, Explain, Doctor, ListMachines };
+
 struct Options {
+    Mode Show = Mode::Cards;
     bool Json = false;
+    bool Brief = false;
     bool Log = false;
-    std::optional<std::string> Machine;
+    std::optional<std::string> Machine; ///< a file, or the short name of a shipped machine
+    std::optional<std::string> Output;  ///< a file instead of standard output
 };
 
 /// A run that ends with the command line: what to print, and the exit status.

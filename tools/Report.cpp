@@ -11,6 +11,21 @@ const char* SeverityName(int severity)
     return isKnown ? names[severity] : "unknown";
 }
 
+std::string ValueOf(const Card& card, const std::string& name)
+{
+    for (size_t i = 0; i < cardFields.size(); ++i) {
+        if (name == cardFields[i].Name) {
+            return ToDisplayText(card[i]);
+        }
+    }
+    return {};
+}
+
+std::string ManufacturerOf(const Card& card)
+{
+    return ValueOf(card, "Manufacturer");
+}
+
 std::string Describe(const Thrown& error)
 {
     if (const auto* text = std::get_if<std::string>(&error)) {

@@ -25,6 +25,10 @@ using Thrown = std::variant<long, std::string>;
 /// The values of one record, in the order of `cardFields`.
 using Card = std::vector<FieldValue>;
 
+/// A property of a card by its name, as people read it.
+std::string ValueOf(const Card& card, const std::string& name);
+std::string ManufacturerOf(const Card& card);
+
 /// All that one enumeration told.
 struct Report {
     std::vector<Card> Cards;
@@ -36,8 +40,17 @@ struct Report {
 /// One JSON object, as a text that ends in a line end.
 std::string ToJson(const Report& report);
 
-/// One section per card for people to read.
-std::string ToText(const Report& report);
+/// How a text for people looks.
+struct TextStyle {
+    bool IsBrief = false;    ///< leave out what is not told
+    bool IsColoured = false; ///< for a terminal
+};
+
+/// One section per card for people to read, in 80 columns, and a last line that sums up.
+std::string ToText(const Report& report, const TextStyle& style);
+
+/// "3 cards, 0 warnings, 9 errors".
+std::string SummaryOf(const Report& report);
 
 /// What left the enumeration, in a sentence.
 std::string Describe(const Thrown& error);

@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include "ExitStatus.h"
-#include "Libraries.h"
+#include "MachineFiles.h"
 #include "OrvelSimulation.h"
 
 namespace orvel::tools {
@@ -23,7 +23,7 @@ Function Find(const char* name)
 std::optional<SimulationProblem> SimulateMachine(const std::string& path)
 {
     // It is no part of the product, so the program has to start without it.
-    simulation = ::LoadLibraryW((ProgramFolder() / "simulation" / "orvel-simulation.dll").c_str());
+    simulation = ::LoadLibraryW((SimulationFolder() / "orvel-simulation.dll").c_str());
     if (!simulation) {
         return SimulationProblem{ExitNoLibrary, "orvel-simulation.dll cannot be loaded (error " +
                                                     std::to_string(::GetLastError()) +

@@ -1,7 +1,8 @@
-#include <charconv>
+#include <algorithm>
 #include <sstream>
 
 #include "Report.h"
+#include "TextLayout.h"
 
 namespace orvel::tools {
 
@@ -24,66 +25,64 @@ constexpr Heading headings[] = {
     {FieldGroup::EccAndMultiGpu, "ECC and multi-GPU"},
 };
 
-std::string ToText(const FieldValue& value)
+/// A value with its unit, or that it is not told. A flag that is not set stays "no".
+std::string Describe(const CardField& field, const FieldValue& value, bool isNvidia)
 {
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        return text->empty() ? "-" : *text;
+    if (IsNotTold(field, value) && !std::holds_alternative<bool>(value)) {
+        return "not told";
     }
-    if (const auto* flag = std::get_if<bool>(&value)) {
-        return *flag ? "yes" : "no";
-    }
-    char digits[64];
-    const auto convert = [&digits](auto number) { return std::to_chars(digits, digits + sizeof(digits), number).ptr; };
-    const auto* count = std::get_if<unsigned int>(&value);
-    return std::string(digits, count ? convert(*count) : convert(std::get<float>(value)));
+    const std::string unit = isNvidia ? field.NvidiaUnit : field.Unit;
+    return ToDisplayText(value) + (unit.empty() ? "" : " ") + unit;
 }
 
-std::string TextOf(const Card& card, const std::string& name)
+void WriteGroup(std::ostream& out, const Card& card, const Heading& heading, const TextStyle& style)
 {
+    const bool isNvidia = ManufacturerOf(card) == "Nvidia";
+    bool hasHeading = false;
     for (size_t i = 0; i < cardFields.size(); ++i) {
-        if (name == cardFields[i].Name) {
-            return ToText(card[i]);
+        const CardField& field = cardFields[i];
+        if (field.Group != heading.Group || (style.IsBrief && IsNotTold(field, card[i]))) {
+            continue;
         }
+        if (!hasHeading) {
+            out << "  " << Bold(heading.Text, style.IsColoured) << '\n';
+            hasHeading = true;
+        }
+        WriteEntry(out, field.Label, Describe(field, card[i], isNvidia));
     }
-    return {};
 }
 
-void WriteField(std::ostream& out, const CardField& field, const FieldValue& value, const char* unit)
+std::string Count(size_t number, const char* thing)
 {
-    const std::string label = field.Label;
-    out << "    " << label << std::string(22 - label.size(), ' ') << ToText(value);
-    if (*unit) {
-        out << ' ' << unit;
-    }
-    out << '\n';
-}
-
-void WriteCard(std::ostream& out, const Card& card)
-{
-    const bool isNvidia = TextOf(card, "Manufacturer") == "Nvidia";
-    for (const Heading& heading : headings) {
-        out << "  " << heading.Text << '\n';
-        for (size_t i = 0; i < cardFields.size(); ++i) {
-            const CardField& field = cardFields[i];
-            if (field.Group == heading.Group) {
-                WriteField(out, field, card[i], isNvidia ? field.NvidiaUnit : field.Unit);
-            }
-        }
-    }
+    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
 }
 
 } // namespace
 
-std::string ToText(const Report& report)
+std::string SummaryOf(const Report& report)
+{
+    const auto count = [&report](int severity) {
+        return static_cast<size_t>(std::count_if(report.Log.begin(), report.Log.end(),
+                                                 [severity](const LogLine& line) { return line.Severity == severity; }));
+    };
+    constexpr int error = 2;
+    constexpr int warning = 3;
+    return Count(report.Cards.size(), "card") + ", " + Count(count(warning), "warning") + ", " +
+           Count(count(error), "error");
+}
+
+std::string ToText(const Report& report, const TextStyle& style)
 {
     std::ostringstream out;
     for (size_t i = 0; i < report.Cards.size(); ++i) {
-        out << "Card " << i + 1 << ": " << TextOf(report.Cards[i], "CardName") << '\n';
-        WriteCard(out, report.Cards[i]);
+        const Card& card = report.Cards[i];
+        out << Bold("Card " + std::to_string(i + 1) + ": " + ValueOf(card, "CardName"), style.IsColoured) << '\n';
+        for (const Heading& heading : headings) {
+            WriteGroup(out, card, heading, style);
+        }
         out << '\n';
     }
-    out << (report.Cards.empty() ? std::string("No") : std::to_string(report.Cards.size()))
-        << (report.Cards.size() == 1 ? " card found.\n" : " cards found.\n");
+    out << SummaryOf(report) << '\n';
     return out.str();
 }
 

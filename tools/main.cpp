@@ -9,10 +9,14 @@
 #include <objbase.h>
 #include <shellapi.h>
 
+#include "Doctor.h"
 #include "Enumeration.h"
 #include "ExitStatus.h"
+#include "Explain.h"
 #include "Libraries.h"
+#include "MachineFiles.h"
 #include "Options.h"
+#include "OutputFile.h"
 #include "SimulatedMachine.h"
 
 namespace orvel::tools {
@@ -52,14 +56,49 @@ void PrintLine(const LogLine& line)
     std::fflush(stderr);
 }
 
-int Run(const Options& options)
+bool IsTerminal()
 {
-    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // the host's duty: the library leaves COM alone
-    if (options.Machine) {
-        if (const auto problem = SimulateMachine(*options.Machine)) {
-            return Fail(problem->Status, problem->Text);
-        }
+    const HANDLE output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return ::GetConsoleMode(output, &mode) && ::SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+/// Writes what the run has to tell to where it is wanted.
+int Finish(const Options& options, const std::string& text, int status)
+{
+    if (!options.Output) {
+        std::fputs(text.c_str(), stdout);
+        return status;
     }
+    const auto problem = WriteFileWhole(*options.Output, text);
+    return problem ? Fail(ExitWrongInput, *problem) : status;
+}
+
+int ListMachines(const Options& options)
+{
+    std::string text;
+    for (const std::string& name : MachineNames()) {
+        text += name + "\n    " + TitleOf(name) + "\n";
+    }
+    return Finish(options, text, ExitDone);
+}
+
+int RunDoctor(const Options& options, const TextStyle& style)
+{
+    const auto checks = Diagnose(LoadEnumerationLibrary());
+    return Finish(options, options.Json ? DoctorAsJson(checks) : DoctorAsText(checks, style), DoctorStatus(checks));
+}
+
+std::string Render(const Options& options, const Report& report, const TextStyle& style)
+{
+    if (options.Show == Mode::Explain) {
+        return options.Json ? ExplainAsJson(report) : ExplainAsText(report, style);
+    }
+    return options.Json ? ToJson(report) : ToText(report, style);
+}
+
+int RunEnumeration(const Options& options, const TextStyle& style)
+{
     if (const auto missing = LoadEnumerationLibrary()) {
         return Fail(ExitNoLibrary, *missing);
     }
@@ -68,8 +107,23 @@ int Run(const Options& options)
     if (options.Machine) {
         report.Simulation = SimulationReport();
     }
-    std::fputs((options.Json ? ToJson(report) : ToText(report)).c_str(), stdout);
-    return report.Error ? Fail(ExitException, Describe(*report.Error)) : ExitDone;
+    const int status = Finish(options, Render(options, report, style), ExitDone);
+    return report.Error ? Fail(ExitException, Describe(*report.Error)) : status;
+}
+
+int Run(const Options& options)
+{
+    if (options.Show == Mode::ListMachines) {
+        return ListMachines(options);
+    }
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // the host's duty: the library leaves COM alone
+    if (options.Machine) {
+        if (const auto problem = SimulateMachine(MachineFile(*options.Machine))) {
+            return Fail(problem->Status, problem->Text);
+        }
+    }
+    const TextStyle style{options.Brief, !options.Output && IsTerminal()};
+    return options.Show == Mode::Doctor ? RunDoctor(options, style) : RunEnumeration(options, style);
 }
 
 } // namespace

@@ -1,0 +1,151 @@
+#include "Doctor.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "SystemChecks.h"
+#include "TextLayout.h"
+
+namespace orvel::tools {
+
+namespace {
+
+const char* NameOf(CheckStatus status)
+{
+    switch (status) {
+    case CheckStatus::Found:
+        return "found";
+    case CheckStatus::NotNeeded:
+        return "not needed";
+    case CheckStatus::Limits:
+        return "missing: limits the records";
+    case CheckStatus::Stops:
+        return "missing: nothing can be enumerated";
+    }
+    return "";
+}
+
+const char* KeyOf(CheckStatus status)
+{
+    switch (status) {
+    case CheckStatus::Found:
+        return "found";
+    case CheckStatus::NotNeeded:
+        return "not-needed";
+    case CheckStatus::Limits:
+        return "limits";
+    case CheckStatus::Stops:
+        return "stops";
+    }
+    return "";
+}
+
+Check Make(const char* name, const Finding& finding, CheckStatus whenMissing, const char* cost, const char* brings)
+{
+    return {name,  finding.IsFound ? CheckStatus::Found : whenMissing, finding.Path, finding.Version, finding.Detail, cost,
+            brings};
+}
+
+void AddWmi(std::vector<Check>& checks)
+{
+    const char* windows = "it belongs to Windows; the WMI service or its repository may be damaged";
+    checks.push_back(Make("com", FindCom(), CheckStatus::Stops, "WMI cannot be reached", "the host initialises it"));
+    checks.push_back(
+        Make("wmi-namespace", FindWmiNamespace(), CheckStatus::Stops, "no vendor's cards are enumerated", windows));
+    checks.push_back(Make("wmi-bios", FindWmiClass("Win32_Bios"), CheckStatus::Limits,
+                          "Intel's and AMD's cards are not enumerated", windows));
+    checks.push_back(Make("wmi-video-controller", FindWmiClass("Win32_VideoController"), CheckStatus::Stops,
+                          "no vendor's cards are enumerated", windows));
+    checks.push_back(Make("wmi-physical-memory", FindWmiClass("Win32_PhysicalMemory"), CheckStatus::Stops,
+                          "the enumeration ends with a status at the first card", windows));
+}
+
+void AddLibraries(std::vector<Check>& checks)
+{
+    const auto missingFor = [](const char* vendorId) {
+        return HasAdapterOf(vendorId) ? CheckStatus::Limits : CheckStatus::NotNeeded;
+    };
+    const CheckStatus nvidia = missingFor("10DE");
+    const CheckStatus amd = missingFor("1002");
+    const char* nvidiaDriver = "NVIDIA's display driver";
+    const char* amdDriver = "AMD's display driver";
+    checks.push_back(Make("opencl.dll", FindDll("opencl.dll"), CheckStatus::Stops, "no vendor's cards are enumerated",
+                          "any vendor's display driver"));
+    checks.push_back(Make("nvml.dll", FindDll("nvml.dll"), CheckStatus::Stops, "the library cannot be loaded",
+                          "NVIDIA's display driver, or the substitute from the folder \"fallback\""));
+    checks.push_back(Make("nvapi64.dll", FindDll("nvapi64.dll"), nvidia, "NVIDIA's card is not enumerated", nvidiaDriver));
+    checks.push_back(Make("atiadlxx.dll", FindDll("atiadlxx.dll"), amd, "AMD's cards are not enumerated", amdDriver));
+    checks.push_back(Make("amdadlx64.dll", FindDll("amdadlx64.dll"), amd, "AMD's cards are not enumerated", amdDriver));
+}
+
+void AddWindows(std::vector<Check>& checks)
+{
+    checks.push_back(Make("dxgi", FindDxgi(), CheckStatus::Limits, "Intel's and AMD's cards are not enumerated",
+                          "it belongs to Windows; a display has to be there"));
+    checks.push_back(Make("registry-pci", FindRegistryKey("SYSTEM\\CurrentControlSet\\Enum\\PCI\\"), CheckStatus::Limits,
+                          "BusId of Intel's and AMD's cards is 0", "it belongs to Windows"));
+    checks.push_back(Make("registry-video", FindRegistryKey("SYSTEM\\CurrentControlSet\\Control\\Video"),
+                          CheckStatus::Limits, "BiosVersion of Intel's and AMD's cards is empty", "it belongs to Windows"));
+}
+
+} // namespace
+
+std::vector<Check> Diagnose(const std::optional<std::string>& libraryProblem)
+{
+    std::vector<Check> checks;
+    AddWmi(checks);
+    AddLibraries(checks);
+    AddWindows(checks);
+    const Finding library =
+        libraryProblem ? Finding{false, *libraryProblem} : FindDll("orvel-graphic-cards-enumeration.dll");
+    checks.push_back(
+        Make("library", library, CheckStatus::Stops, "nothing can be enumerated", "it belongs beside this program"));
+    return checks;
+}
+
+int DoctorStatus(const std::vector<Check>& checks)
+{
+    const auto has = [&checks](CheckStatus status) {
+        return std::any_of(checks.begin(), checks.end(), [status](const Check& check) { return check.Status == status; });
+    };
+    return has(CheckStatus::Stops) ? 2 : has(CheckStatus::Limits) ? 1 : 0;
+}
+
+std::string DoctorAsText(const std::vector<Check>& checks, const TextStyle& style)
+{
+    std::ostringstream out;
+    for (const Check& check : checks) {
+        const std::string detail = check.Detail.empty() ? "" : " (" + check.Detail + ")";
+        WriteEntry(out, check.Name, NameOf(check.Status) + detail);
+        if (!check.Path.empty()) {
+            WriteWrapped(out, check.Path + (check.Version.empty() ? "" : ", version " + check.Version), 8);
+        }
+        if (check.Status != CheckStatus::Found) {
+            WriteWrapped(out, "without it: " + check.Cost, 8);
+            WriteWrapped(out, "what brings it: " + check.Brings, 8);
+        }
+    }
+    constexpr const char* verdicts[] = {"All is well.", "Something limits the records.", "Nothing can be enumerated."};
+    out << '\n' << Bold(verdicts[DoctorStatus(checks)], style.IsColoured) << '\n';
+    return out.str();
+}
+
+std::string DoctorAsJson(const std::vector<Check>& checks)
+{
+    nlohmann::ordered_json object = {
+        {"schema", 1}, {"status", DoctorStatus(checks)}, {"checks", nlohmann::ordered_json::array()}};
+    for (const Check& check : checks) {
+        object["checks"].push_back({{"name", check.Name},
+                                    {"status", KeyOf(check.Status)},
+                                    {"path", check.Path},
+                                    {"version", check.Version},
+                                    {"detail", check.Detail},
+                                    {"cost", check.Cost},
+                                    {"brings", check.Brings}});
+    }
+    return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+} // namespace orvel::tools

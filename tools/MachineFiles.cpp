@@ -1,0 +1,57 @@
+#include "MachineFiles.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include <nlohmann/json.hpp>
+
+#include "Libraries.h"
+
+namespace orvel::tools {
+
+namespace {
+
+std::filesystem::path MachinesFolder()
+{
+    return SimulationFolder() / "machines";
+}
+
+} // namespace
+
+std::filesystem::path SimulationFolder()
+{
+    const auto beside = ProgramFolder() / "simulation";
+    return std::filesystem::exists(beside) ? beside : ProgramFolder().parent_path() / "simulation";
+}
+
+std::vector<std::string> MachineNames()
+{
+    std::vector<std::string> names;
+    std::error_code noFolder;
+    for (const auto& entry : std::filesystem::directory_iterator(MachinesFolder(), noFolder)) {
+        if (entry.path().extension() == ".json") {
+            names.push_back(entry.path().stem().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string MachineFile(const std::string& nameOrFile)
+{
+    const auto names = MachineNames();
+    const bool isShipped = std::find(names.begin(), names.end(), nameOrFile) != names.end();
+    if (!isShipped || std::filesystem::exists(std::filesystem::u8path(nameOrFile))) {
+        return nameOrFile;
+    }
+    return (MachinesFolder() / (nameOrFile + ".json")).string();
+}
+
+std::string TitleOf(const std::string& machineName)
+{
+    std::ifstream file(MachinesFolder() / (machineName + ".json"));
+    const auto machine = nlohmann::json::parse(file, nullptr, false);
+    return machine.is_object() ? machine.value("name", "") : std::string();
+}
+
+} // namespace orvel::tools

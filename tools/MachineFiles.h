@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace orvel::tools {
+
+/// Folder of the simulation, beside this program or, in the package, beside its folder.
+std::filesystem::path SimulationFolder();
+
+/// Short names of the shipped machines, sorted.
+std::vector<std::string> MachineNames();
+
+/// The file that `--machine` means: a file of this name, or the shipped machine of this short name. UTF-8.
+std::string MachineFile(const std::string& nameOrFile);
+
+/// What a machine file calls itself; "" when it does not say, or cannot be read.
+std::string TitleOf(const std::string& machineName);
+
+} // namespace orvel::tools

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace orvel::tools {
+
+/// Writes a file (UTF-8 path) whole or not at all: a file of that name keeps its content until the new one is complete.
+/// Returns what went wrong, if anything.
+std::optional<std::string> WriteFileWhole(const std::string& path, const std::string& content);
+
+} // namespace orvel::tools
