@@ -1,5 +1,5 @@
 // Every machine file of the project against the whole of what its enumeration has to tell, figured by hand from the values
-// of the file: tests/machines holds it under the same name.
+// of the file: machines/expected holds it under the same name.
 
 #include <filesystem>
 #include <fstream>

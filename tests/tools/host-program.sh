@@ -107,6 +107,77 @@ jq '.wmi.classes.Win32_PhysicalMemory[].SMBIOSMemoryType = 34' "$source/machines
 run --machine "$work/ddr5.json" --json
 check "an infinite number is a text" json_is '.cards[0].MemoryBandwidth' '"Infinity"'
 
+# --- the other views ----------------------------------------------------------------------------------------------------------
+
+fits_80_columns() { ! awk 'length > 80' "$work/out" | grep .; }
+is_the_same_as() { diff "$work/out" "$1"; }
+has_no_colours() { ! grep -q $'\x1b' "$work/out"; }
+lacks() { [[ $out != *"$1"* ]]; }
+names_every_machine() {
+    diff <(grep '^[a-z]' "$work/out" | sort) <(cd "$source/machines" && printf '%s\n' *.json | sed 's/\.json$//' | sort)
+}
+
+run --machine workstation
+check "a shipped machine has a short name" prints "Card 3: AMD Radeon RX 6800 XT"
+check "the text fits 80 columns" fits_80_columns
+check "a text that goes to no terminal has no colours" has_no_colours
+check "the last line sums up" prints "3 cards, 0 warnings, 9 errors"
+check "what is not told is recognisable" prints "not told"
+run --machine workstation --brief
+check "--brief leaves out what is not told" lacks "not told"
+check "--brief keeps what is told" prints "NVIDIA GeForce RTX 3060"
+run --list-machines
+check "--list-machines exits with 0" exits_with 0
+check "--list-machines names every shipped machine" names_every_machine
+
+run --machine workstation
+cp "$work/out" "$work/expected"
+run --machine workstation --output "$work/report.txt"
+check "--output leaves standard output empty" is_silent
+cp "$work/report.txt" "$work/out"
+check "--output writes what would have been printed" is_the_same_as "$work/expected"
+check "--output leaves nothing else behind" [ ! -e "$work/report.txt.part" ]
+run --machine workstation --output "$work/no/such/folder/report.txt"
+check "a file that cannot be written exits with 2" exits_with 2
+check "a file that cannot be written is named" says report.txt
+mkdir "$work/folder"
+run --machine workstation --output "$work/folder"
+check "a folder is not replaced by the output" exits_with 2
+check "a refused output leaves nothing behind" [ ! -e "$work/folder.part" ]
+
+run --machine workstation --explain
+check "--explain exits with 0" exits_with 0
+check "--explain tells where a value comes from" prints "from: NVAPI NvAPI_GPU_GetFullName"
+check "--explain tells the log line of a missing value" prints "why: log: Failed to get graphics card serial number"
+check "--explain fits 80 columns" fits_80_columns
+run --machine workstation --explain --json
+check "--explain --json has every property of every card" json_is '[.cards[] | length]' '[49,49,49]'
+check "--explain --json names a source for each" json_is '[.cards[][] | select(.source == "")] | length' 0
+check "--explain --json gives a reason exactly where a value is not told" json_is \
+    '[.cards[][] | select((.reason == null) != .told)] | length' 0
+for file in "$source"/machines/*.json; do
+    run --machine "$file" --explain --json
+    check "what ends a run on $(basename "$file") is explained" json_is '[.ended[] | select(.meaning == "")] | length' 0
+done
+run --explain --doctor
+check "two views at once are refused" exits_with 2
+
+run --machine workstation --doctor --json
+check "--doctor exits with 0 where all is well" exits_with 0
+check "--doctor's checks have stable names" json_is '[.checks[].name] | join(" ")' \
+    '"com wmi-namespace wmi-bios wmi-video-controller wmi-physical-memory opencl.dll nvml.dll nvapi64.dll atiadlxx.dll amdadlx64.dll dxgi registry-pci registry-video library"'
+run --machine intel-laptop --doctor --json
+check "a vendor's library is not needed without its card" json_is \
+    '[.status, (.checks[] | select(.status == "not-needed") | .name)]' '[0,"nvapi64.dll","atiadlxx.dll","amdadlx64.dll"]'
+run --machine nvidia-missing-driver --doctor --json
+check "a missing driver limits the records" json_is \
+    '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"nvapi64.dll"]'
+check "what limits the records exits with 1" exits_with 1
+run --machine server --doctor
+check "a missing OpenCL loader exits with 2" exits_with 2
+check "a missing OpenCL loader is told with what brings it" prints "any vendor's display driver"
+check "the verdict is in words" prints "Nothing can be enumerated."
+
 mkdir "$work/bin"
 cp "$bin"/*.exe "$bin"/orvel-*.dll "$work/bin/"
 bin_folder=$bin
@@ -125,6 +196,9 @@ check "the log says that there is no NVIDIA driver" json_is \
 rm "$work/bin/orvel-shared-wmi-client.dll"
 run
 check "a missing sibling library is named" says orvel-shared-wmi-client.dll
+run --doctor --json
+check "--doctor works where the library cannot be loaded" exits_with 2
+check "--doctor tells that the library cannot be loaded" json_is '.checks[] | select(.name == "library") | .status' '"stops"'
 rm "$work/bin/orvel-graphic-cards-enumeration.dll"
 run
 check "a missing library exits with 3" exits_with 3
