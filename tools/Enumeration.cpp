@@ -41,6 +41,8 @@ std::optional<Thrown> Query(shared::enumeration::GraphicCardEnumeration& enumera
         return Thrown(status);
     } catch (const std::exception& error) {
         return Thrown(std::string(error.what()));
+    } catch (...) {
+        return Thrown(std::string("an exception of unknown type"));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <dwmapi.h>
 
+#include "enumeration/StatusNames.h"
 #include "system/Log.h"
 
 namespace orvel::shared::enumeration {
@@ -119,6 +120,17 @@ bool BaseGraphicCard::IsAeroEnabled() const
     }
     BOOL enabled = FALSE;
     return SUCCEEDED(::DwmIsCompositionEnabled(&enabled)) && enabled != FALSE;
+}
+
+void BaseGraphicCard::ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const
+{
+    card.IsAeroEnabled = IsAeroEnabled();
+    card.DriverVersion = GetDriverVersion(row);
+    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
+    card.CurrentResolution = GetCurrentResolution(row);
+    card.UserConfig = GetUserConfig(row);
+    card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
+    card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
 }
 
 } // namespace orvel::shared::enumeration

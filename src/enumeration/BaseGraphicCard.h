@@ -5,6 +5,7 @@
 
 #include "WMIClient.h"
 #include "enumeration/GraphicCardList.h"
+#include "enumeration/GraphicCardProperties.h"
 
 namespace orvel::shared::enumeration {
 
@@ -42,6 +43,10 @@ protected:
     std::string GetAdapterStatus(wmi::WMIClient& row) const;
     /// Whether desktop composition is on; false when Windows does not say, and before Windows Vista. Logs nothing.
     bool IsAeroEnabled() const;
+
+    /// Reads what concerns the driver and the display, last the names of the codes that stand in `card` already. Throws
+    /// std::out_of_range ("invalid unordered_map<K, T> key") for a code without a name.
+    void ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
 };
 
 } // namespace orvel::shared::enumeration

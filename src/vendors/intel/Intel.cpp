@@ -127,13 +127,7 @@ void Intel::ReadCommonProperties(wmi::WMIClient& row, GraphicCardProperties& car
     card.AdapterStatus = GetAdapterStatus(row);
     card.AdapterRam = GetAdapterRam(row);
     card.AdapterName = GetAdapterName(row);
-    card.IsAeroEnabled = IsAeroEnabled();
-    card.DriverVersion = GetDriverVersion(row);
-    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
-    card.CurrentResolution = GetCurrentResolution(row);
-    card.UserConfig = GetUserConfig(row);
-    card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
-    card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
+    ReadDriverAndDisplay(row, card);
 }
 
 } // namespace orvel::shared::enumeration

@@ -94,15 +94,4 @@ void Nvidia::ReadLimitsAndLink(const Gpu& gpu, GraphicCardProperties& card) cons
     card.GraphicsCardSn = gpu.Nvml.GetGraphicCardSerialNumber(gpu.Device);
 }
 
-void Nvidia::ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const
-{
-    card.IsAeroEnabled = IsAeroEnabled();
-    card.DriverVersion = GetDriverVersion(row);
-    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
-    card.CurrentResolution = GetCurrentResolution(row);
-    card.UserConfig = GetUserConfig(row);
-    card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
-    card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
-}
-
 } // namespace orvel::shared::enumeration

@@ -29,7 +29,6 @@ private:
     void ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& row, GraphicCardProperties& card) const;
     void ReadMemoryAndClocks(const Gpu& gpu, GraphicCardProperties& card) const;
     void ReadLimitsAndLink(const Gpu& gpu, GraphicCardProperties& card) const;
-    void ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
 };
 
 } // namespace orvel::shared::enumeration
