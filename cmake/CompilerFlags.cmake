@@ -13,6 +13,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The same sources give the same bytes, wherever they are built.
     add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
     add_link_options(LINKER:--no-insert-timestamp)
+    include(LinkerScript)
 else()
     add_compile_options(/W4 /utf-8)
 endif()

@@ -58,6 +58,11 @@ run() { "$wine" "$@" </dev/null | tr -d '\r'; } # the C library writes the line 
 
 check "the sum beside the zip is the zip's" sh -c "cd '$(dirname "$zip")' && sha256sum --check '$name.zip.sha256'"
 check "the plain example builds with MinGW from find_package" mingw_project "$package/examples/plain" plain
+flags() { PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config "$1" orvel-graphic-cards-enumeration; }
+# shellcheck disable=SC2046 # the flags are words
+check "the plain example builds with the flags of pkg-config" x86_64-w64-mingw32-g++-posix -std=c++17 -static \
+    "$package/examples/plain/main.cpp" -o pkg-config.exe $(flags --cflags) "-I$package/simulation/include" $(flags --libs) \
+    "-L$package/simulation/lib" -lorvel-simulation -lole32
 check "the plain example builds in MSVC's ABI" msvc_host "$package/examples/plain/main.cpp" plain-msvc "${msvc_libraries[@]}"
 check "the plog example builds with MinGW from find_package" mingw_project "$package/examples/plog" plog
 for machine in intel-laptop workstation; do
@@ -155,6 +160,18 @@ has_version() { # the text of a version resource is UTF-16
     hex=$(printf 'FileVersion\0\0%s\0' "$version" | iconv -t UTF-16LE | xxd -p | tr -d '\n')
     xxd -p "$1" | tr -d '\n' | grep -q "$hex"
 }
+# Base relocations whose page lies in the code would make the loader write to it.
+has_no_text_relocations() {
+    local size vma page start end
+    read -r size vma < <(x86_64-w64-mingw32-objdump -h "$1" | awk '$2 == ".text" { print $3, $4 }')
+    vma=$((16#$vma))
+    start=$(x86_64-w64-mingw32-objdump -p "$1" | awk '/^ImageBase/ { print $2 }')
+    start=$((vma - 16#$start))
+    end=$((start + 16#$size))
+    for page in $(x86_64-w64-mingw32-objdump -p "$1" | awk '/^Virtual Address:.*Chunk size/ { print $3 }'); do
+        if ((16#$page >= start && 16#$page < end)); then echo "page $page" && return 1; fi
+    done
+}
 allowed='ADVAPI32|VERSION|KERNEL32|msvcrt|ole32|OLEAUT32|SHELL32|dwmapi|dxgi|nvml|orvel-shared-wmi-client|orvel-graphic-cards-enumeration'
 only_known_imports() {
     ! x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/.*DLL Name: \(.*\)\.dll/\1/Ip' | grep -viE "^($allowed)$"
@@ -165,6 +182,7 @@ for binary in "$package"/bin/*.dll "$package"/bin/*.exe "$package"/bin/fallback/
     check "$file carries the project's version" has_version "$binary"
     for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do check "$file has $flag" holds headers.txt "$flag"; done
     check "$file can be moved as a whole" holds headers.txt "Base Relocation Directory [.reloc]"
+    check "$file has no text relocations" has_no_text_relocations "$binary"
     check "$file imports nothing but Windows, nvml.dll and its siblings" only_known_imports "$binary"
     debug=$(find "$package/debug" -name "$file.debug" -o -name "fallback-$file.debug" | head -1)
     x86_64-w64-mingw32-nm "$debug" >symbols.txt

@@ -1,0 +1,16 @@
+# mingw's linker puts the lists of constructors and destructors behind the code, so that the loader has to write to pages of code
+# when it moves a DLL. This is the linker's own script with the two lists among the read-only data.
+execute_process(COMMAND ${CMAKE_LINKER} --verbose OUTPUT_VARIABLE told)
+string(REGEX REPLACE ".*\n====+\n(.*)\n====+\n.*" "\\1" script "${told}")
+string(FIND "${script}" "       ___CTOR_LIST__ = .;" begin)
+string(FIND "${script}" "    KEEP (*(SORT_NONE(.fini)))" end)
+if(begin LESS 0 OR end LESS begin)
+    message(WARNING "The linker's script is not as expected: the code will have relocations")
+    return()
+endif()
+math(EXPR length "${end} - ${begin}")
+string(SUBSTRING "${script}" ${begin} ${length} lists)
+string(REPLACE "${lists}" "" script "${script}")
+string(REPLACE "    *(.rdata)\n" "    *(.rdata)\n    . = ALIGN(8);\n${lists}" script "${script}")
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/linker.ld CONTENT "${script}" @ONLY)
+add_link_options(LINKER:-T,${CMAKE_BINARY_DIR}/linker.ld)
