@@ -12,6 +12,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_link_options(LINKER:--dynamicbase,--high-entropy-va,--nxcompat)
     # The same sources give the same bytes, wherever they are built.
     add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
+    add_compile_options(-fno-canonical-system-headers) # or the shorter of two paths to a header is taken
     add_link_options(LINKER:--no-insert-timestamp)
     include(LinkerScript)
 else()
