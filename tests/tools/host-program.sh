@@ -107,6 +107,16 @@ jq '.wmi.classes.Win32_PhysicalMemory[].SMBIOSMemoryType = 34' "$source/machines
 run --machine "$work/ddr5.json" --json
 check "an infinite number is a text" json_is '.cards[0].MemoryBandwidth' '"Infinity"'
 
+# On a Windows before Vista there is no desktop composition, and it is not asked for.
+old_windows='HKCU\Software\Wine\AppDefaults\orvel-old-windows.exe'
+cp "$bin/orvel-graphic-cards.exe" "$bin/orvel-old-windows.exe"
+"$wine" reg add "$old_windows" /v Version /d winxp64 /f >/dev/null 2>&1 </dev/null
+"$wine" "$bin/orvel-old-windows.exe" --machine intel-laptop --json >"$work/out" 2>/dev/null </dev/null
+"$wine" reg delete "$old_windows" /f >/dev/null 2>&1 </dev/null
+rm "$bin/orvel-old-windows.exe"
+check "before Windows Vista composition is off and not asked for" json_is \
+    '[.cards[0].IsAeroEnabled, ([.trace[] | select(startswith("dwm"))] | length)]' '[false,0]'
+
 # --- the other views ----------------------------------------------------------------------------------------------------------
 
 fits_80_columns() { ! awk 'length > 80' "$work/out" | grep .; }
