@@ -6,8 +6,8 @@
 
 namespace orvel::simulation {
 
-/// Imports of a loaded module that lead to a simulated DLL for a while. A program that is linked against the product has bound
-/// its imports before any machine is in place.
+/// Imports of a loaded module that lead to a simulated DLL for a while. A program that is linked against the product has
+/// bound its imports before any machine is in place.
 class RedirectedImports {
 public:
     /// Lets everything that `importer` imports from the DLL of this name lead to `target`, where that has it.
