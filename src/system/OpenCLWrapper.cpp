@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "system/Counts.h"
 #include "system/Log.h"
 
 namespace orvel::shared::enumeration {
@@ -68,7 +69,7 @@ std::vector<cl_platform_id> OpenCLWrapper::GetPlatforms() const
     if (count == 0) {
         return {};
     }
-    std::vector<cl_platform_id> platforms(count);
+    std::vector<cl_platform_id> platforms(BelievableCount(count));
     if (getPlatformIds(count, platforms.data(), nullptr) != CL_SUCCESS) {
         PLOGE << "Failed to get Open CL platforms";
         return {};
@@ -91,7 +92,7 @@ std::vector<cl_device_id> OpenCLWrapper::GetDevices(cl_platform_id platform) con
     if (count == 0) {
         return {};
     }
-    std::vector<cl_device_id> devices(count);
+    std::vector<cl_device_id> devices(BelievableCount(count));
     if (getDeviceIds(platform, CL_DEVICE_TYPE_GPU, count, devices.data(), nullptr) != CL_SUCCESS) {
         PLOGE << "Failed to get Open CL devices";
         return {};

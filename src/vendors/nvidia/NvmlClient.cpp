@@ -3,6 +3,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "system/Counts.h"
 #include "system/Log.h"
 #include "vendors/nvidia/NvidiaFormulas.h"
 
@@ -34,7 +35,7 @@ NvmlClient::NvmlClient()
         PLOGI << "NVML shutdown successfully";
     }
     try {
-        deviceHandles.resize(count);
+        deviceHandles.resize(BelievableCount(count));
     } catch (...) {
         nvmlShutdown(); // no destructor runs for a client that was not made
         throw;

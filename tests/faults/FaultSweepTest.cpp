@@ -1,0 +1,191 @@
+// The healthy workstation with every single call of the platform failed that a machine can fail, one at a time, and with
+// pairs of such faults: what the fault costs is told by hand beside the fault; everything else has to stay.
+
+#include <algorithm>
+#include <random>
+
+#include <doctest/doctest.h>
+
+#include "Faults.h"
+#include "support/Enumerated.h"
+
+using namespace orvel::tests;
+
+namespace {
+
+std::map<std::string, Json> ByManufacturer(const Json& cards)
+{
+    std::map<std::string, Json> result;
+    for (const Json& card : cards) {
+        result[card["Manufacturer"]] = card;
+    }
+    return result;
+}
+
+Fields Differences(const Json& before, const Json& after)
+{
+    Fields fields;
+    for (const auto& [name, value] : before.items()) {
+        if (after.at(name) != value) {
+            fields.insert(name);
+        }
+    }
+    return fields;
+}
+
+std::string Joined(const Fields& fields)
+{
+    std::string text;
+    for (const std::string& field : fields) {
+        text += " " + field;
+    }
+    return text;
+}
+
+void CheckNothingLives(const Enumerated& result, const std::set<std::string>& alive)
+{
+    for (const auto& [interface, objects] : result.Live) {
+        CHECK_MESSAGE((objects == 0 || alive.contains(interface)), interface << " has " << objects << " live objects");
+    }
+}
+
+/// Only what is thrown in the parts on the machine's memory may leave the enumeration: a bare status.
+void CheckThrown(const Json& thrown)
+{
+    CHECK_MESSAGE((thrown == nullptr || thrown["type"] == "long"), "left with " << thrown.dump());
+}
+
+void CheckCards(const Enumerated& healthy, const Enumerated& result, const Consequence& expected)
+{
+    const auto before = ByManufacturer(healthy.Cards);
+    const auto after = ByManufacturer(result.Cards);
+    CHECK(after.size() == result.Cards.size());
+    for (const auto& [manufacturer, card] : before) {
+        INFO(manufacturer);
+        const bool isGone = !after.contains(manufacturer);
+        CHECK(isGone == expected.Gone.contains(manufacturer));
+        if (!isGone) {
+            const auto changed = expected.Changed.find(manufacturer);
+            CHECK(Joined(Differences(card, after.at(manufacturer))) ==
+                  Joined(changed == expected.Changed.end() ? Fields{} : changed->second));
+        }
+    }
+}
+
+void CheckFault(const Enumerated& healthy, const Fault& fault)
+{
+    INFO(fault.Name);
+    Json machine = HealthyWorkstation();
+    Apply(fault, machine);
+    REQUIRE(machine != HealthyWorkstation());
+    const Enumerated result = Enumerate(machine);
+    CheckCards(healthy, result, fault.Expected);
+    CheckNothingLives(result, fault.Expected.Alive);
+    if (fault.Expected.Leaves) {
+        CHECK(result.Thrown == Json{{"type", "long"}, {"value", *fault.Expected.Leaves}});
+    } else {
+        CHECK(result.Thrown == nullptr);
+    }
+    // Nothing is left behind that the next enumeration would notice.
+    CHECK(Enumerate(HealthyWorkstation()).Cards == healthy.Cards);
+}
+
+void Sweep(const std::vector<Fault>& faults)
+{
+    const Enumerated healthy = Enumerate(HealthyWorkstation());
+    REQUIRE(healthy.Cards.size() == 3);
+    for (const Fault& fault : faults) {
+        CheckFault(healthy, fault);
+    }
+}
+
+std::vector<Fault> AllFaults()
+{
+    std::vector<Fault> all = WmiQueryFaults(Enumerate(HealthyWorkstation()).Trace);
+    for (const auto& more :
+         {WmiRowFaults(), SystemFaults(), OpenClFaults(), NvapiFaults(), NvmlFaults(), AdlFaults(), AdlxFaults()}) {
+        all.insert(all.end(), more.begin(), more.end());
+    }
+    return all;
+}
+
+/// A failed query is told by its number, which moves when the other fault takes queries before it away.
+bool MayHitAnyone(const Fault& fault)
+{
+    return fault.Edits.front().Path.to_string().starts_with("/wmi/failures");
+}
+
+/// The vendors that neither fault touches keep their records.
+void CheckPair(const Enumerated& healthy, const Fault& first, const Fault& second)
+{
+    INFO(first.Name << " and " << second.Name);
+    Json machine = HealthyWorkstation();
+    Apply(first, machine);
+    Apply(second, machine);
+    const Enumerated result = Enumerate(machine);
+    const Consequence either = first.Expected + second.Expected;
+    CheckThrown(result.Thrown);
+    CheckNothingLives(result, either.Alive);
+    const auto after = ByManufacturer(result.Cards);
+    const bool isAnyoneTouched = MayHitAnyone(first) || MayHitAnyone(second);
+    for (const auto& [manufacturer, card] : ByManufacturer(healthy.Cards)) {
+        const bool isTouched =
+            isAnyoneTouched || either.Gone.contains(manufacturer) || either.Changed.contains(manufacturer);
+        CHECK_MESSAGE((isTouched || (after.contains(manufacturer) && after.at(manufacturer) == card)), manufacturer);
+    }
+    Enumerate(HealthyWorkstation()); // ends what was left open
+}
+
+} // namespace
+
+TEST_CASE("A query of WMI that fails, each one in turn")
+{
+    Sweep(WmiQueryFaults(Enumerate(HealthyWorkstation()).Trace));
+}
+
+TEST_CASE("WMI without a connection, a class, a row or a property")
+{
+    Sweep(WmiRowFaults());
+}
+
+TEST_CASE("A fault of the desktop window manager, DXGI or the registry")
+{
+    Sweep(SystemFaults());
+}
+
+TEST_CASE("A fault of OpenCL")
+{
+    Sweep(OpenClFaults());
+}
+
+TEST_CASE("A fault of NVAPI")
+{
+    Sweep(NvapiFaults());
+}
+
+TEST_CASE("A fault of NVML")
+{
+    Sweep(NvmlFaults());
+}
+
+TEST_CASE("A fault of ADL")
+{
+    Sweep(AdlFaults());
+}
+
+TEST_CASE("A fault of ADLX")
+{
+    Sweep(AdlxFaults());
+}
+
+TEST_CASE("Two faults at once, in a sample of 200 pairs")
+{
+    const std::vector<Fault> faults = AllFaults();
+    const Enumerated healthy = Enumerate(HealthyWorkstation());
+    std::mt19937 random(20221121);
+    for (int pair = 0; pair < 200; ++pair) {
+        const Fault& first = faults[random() % faults.size()];
+        const Fault& second = faults[random() % faults.size()];
+        CheckPair(healthy, first, second);
+    }
+}

@@ -1,0 +1,134 @@
+#include "Faults.h"
+
+namespace orvel::tests {
+
+namespace {
+
+/// Whether a fault before this one has left the place as the healthy machine has it: "-" is the end of an array.
+bool IsThere(const Json& machine, const Edit& edit)
+{
+    const Pointer parent = edit.Path.parent_pointer();
+    if (!machine.contains(parent) || !machine[parent].is_structured()) {
+        return false;
+    }
+    if (machine[parent].is_object() && machine[parent].contains("status") && edit.Path.back() != "enabled") {
+        return parent.back() == "dwm"; // a refused call has no members
+    }
+    return edit.Path.back() == "-" || edit.Value || machine.contains(edit.Path);
+}
+
+} // namespace
+
+Consequence operator+(Consequence left, const Consequence& right)
+{
+    left.Changed.insert(right.Changed.begin(), right.Changed.end());
+    left.Gone.insert(right.Gone.begin(), right.Gone.end());
+    left.Alive.insert(right.Alive.begin(), right.Alive.end());
+    if (right.Leaves) {
+        left.Leaves = right.Leaves;
+    }
+    return left;
+}
+
+Consequence Nothing()
+{
+    return {};
+}
+
+Consequence Lost(std::set<std::string> manufacturers)
+{
+    Consequence result;
+    result.Gone = std::move(manufacturers);
+    return result;
+}
+
+Consequence Other(const std::string& manufacturer, Fields fields)
+{
+    Consequence result;
+    result.Changed[manufacturer] = std::move(fields);
+    return result;
+}
+
+Consequence StaysAlive(const std::string& interface)
+{
+    Consequence result;
+    result.Alive.insert(interface);
+    return result;
+}
+
+Consequence Thrown(long status, std::set<std::string> lost)
+{
+    Consequence result = Lost(std::move(lost));
+    result.Leaves = status;
+    return result;
+}
+
+void Apply(const Fault& fault, Json& machine)
+{
+    for (const Edit& edit : fault.Edits) {
+        if (!IsThere(machine, edit)) {
+            continue;
+        }
+        if (edit.Value) {
+            machine[edit.Path] = *edit.Value;
+            continue;
+        }
+        Json& parent = machine[edit.Path.parent_pointer()];
+        if (parent.is_array()) {
+            parent.erase(std::stoul(edit.Path.back()));
+        } else {
+            parent.erase(edit.Path.back());
+        }
+    }
+}
+
+Fault Setting(const Pointer& path, const Json& value, const Consequence& expected)
+{
+    return {path.to_string() + " = " + value.dump(), {{path, value}}, expected};
+}
+
+Fault Removing(const Pointer& path, const Consequence& expected)
+{
+    return {"without " + path.to_string(), {{path, std::nullopt}}, expected};
+}
+
+Fault Hiding(const std::string& interface, const std::string& function, const Consequence& expected)
+{
+    const std::string list = interface == "nvapi" ? "unresolved" : "missing";
+    return Setting(Pointer("/" + interface + "/" + list + "/-"), function, expected);
+}
+
+Json Status(long status)
+{
+    return {{"status", status}};
+}
+
+Json StatusAndValue(long status, const Json& value)
+{
+    return {{"status", status}, {"value", value}};
+}
+
+Json HealthyWorkstation()
+{
+    Json machine = Machine("workstation");
+    machine["wmi"]["failures"] = Json::array();
+    const std::string intelKey =
+        "SYSTEM\\CurrentControlSet\\Enum\\PCI\\VEN_8086&DEV_4680&SUBSYS_86941043&REV_0C\\3&11583659&0&10";
+    machine["registry"][intelKey]["LocationInformation"] = "PCI bus 3, device 2, function 0;(3,2,0)";
+    machine["opencl"].update({{"missing", Json::array()}});
+    machine["opencl"]["platforms"][2]["devices"][0]["CL_DEVICE_NAME"] = "AMD Radeon RX 6800 XT";
+    machine["nvapi"].update({{"unresolved", Json::array()}, {"0xD2D25687", {2, 2}}});
+    machine["nvapi"]["gpus"][0].update({{"NvAPI_GPU_GetECCStatusInfo", {{"supported", true}, {"enabled", true}}},
+                                        {"NvAPI_GPU_GetECCErrorInfo", {{"single", 3}, {"double", 4}}}});
+    machine["nvml"]["devices"][0]["nvmlDeviceGetSerial"] = "0324518901234";
+    machine["adl"]["missing"] = Json::array();
+    machine["adl"]["adapters"]["0"].update({{"ADL2_Adapter_Crossfire_Get", {{"iSupported", 1}}},
+                                            {"ADL_Overdrive5_CurrentActivity_Get", {{"iMaximumBusLanes", 16}}},
+                                            {"ADL2_Workstation_ECC_Caps", 1},
+                                            {"ADL2_Workstation_ECC_Get", {{"default", 1}, {"current", 2}, {"desired", 2}}},
+                                            {"ADL2_Workstation_ECCData_Get", {{"iSec", 5}, {"iDed", 7}}}});
+    machine["adlx"]["missing"] = Json::array();
+    return machine;
+}
+
+} // namespace orvel::tests

@@ -1,0 +1,121 @@
+// Machines that nobody has thought of: the library lives, its records are whole, and nothing but a status leaves it.
+// ORVEL_SOAK_MACHINES and ORVEL_SOAK_SEED choose how many and which; ./dev soak sets the first.
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#define WIN32_LEAN_AND_MEAN // its "interface" is a macro otherwise
+#include <windows.h>
+
+#include <doctest/doctest.h>
+
+#include "RandomMachines.h"
+#include "support/Enumerated.h"
+
+using namespace orvel::tests;
+
+namespace {
+
+uint32_t Setting(const char* name, uint32_t otherwise)
+{
+    const char* text = std::getenv(name);
+    return text ? static_cast<uint32_t>(std::stoul(text)) : otherwise;
+}
+
+uint32_t currentSeed = 0;
+
+LONG WINAPI TellMachine(EXCEPTION_POINTERS* exception)
+{
+    std::fprintf(stderr, "Exception %#lx on the machine of ORVEL_SOAK_SEED=%u:\n%s\n",
+                 exception->ExceptionRecord->ExceptionCode, currentSeed, RandomMachine(currentSeed).dump(1).c_str());
+    std::fflush(stderr);
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+bool Hides(const Json& machine, const char* interface, const char* list, const char* function)
+{
+    const Json names = machine.value(interface, Json::object()).value(list, Json::array());
+    return std::find(names.begin(), names.end(), function) != names.end();
+}
+
+bool Refuses(const Json& machine, const char* interface, const char* function)
+{
+    const Json answer = machine.value(interface, Json::object()).value(function, Json(0));
+    return answer != 0;
+}
+
+/// Interfaces whose sessions need not have ended: those whose end is refused, and ADLX where AMD's query fails.
+std::set<std::string> Unended(const Json& machine, const Enumerated& result)
+{
+    std::set<std::string> interfaces;
+    if (Refuses(machine, "nvapi", "NvAPI_Unload") || Hides(machine, "nvapi", "unresolved", "NvAPI_Unload")) {
+        interfaces.insert("nvapi");
+    }
+    if (Refuses(machine, "nvml", "nvmlShutdown")) {
+        interfaces.insert("nvml");
+    }
+    if (Hides(machine, "adl", "missing", "ADL2_Main_Control_Destroy")) {
+        interfaces.insert("adl");
+    }
+    const std::string line = Line("error", "AMD::QueryInfo", "Failed to get Win32_VideoController fields from WMI");
+    if (std::find(result.Log.begin(), result.Log.end(), line) != result.Log.end()) {
+        interfaces.insert("adlx");
+    }
+    return interfaces;
+}
+
+bool IsNumber(const Json& value)
+{
+    return value.is_number() || value == "Infinity" || value == "-Infinity" || value == "NaN";
+}
+
+void CheckCard(const Json& card, const Json& healthy)
+{
+    CHECK(card.size() == 49);
+    const bool isCut = card["Manufacturer"] == "Nvidia"; // NVAPI cuts texts where they are too long
+    for (const auto& [name, value] : card.items()) {
+        INFO(name);
+        const Json& usual = healthy.at(name);
+        CHECK((usual.is_number() ? IsNumber(value) : value.type() == usual.type()));
+        if (value.is_string() && !isCut) {
+            CHECK(value.get<std::string>().find("\xEF\xBF\xBD") == std::string::npos); // stands for what is no UTF-8
+        }
+    }
+}
+
+void CheckMachine(uint32_t seed, const Json& healthyCard)
+{
+    currentSeed = seed;
+    const Json machine = RandomMachine(seed);
+    INFO("ORVEL_SOAK_SEED=" << seed << " ORVEL_SOAK_MACHINES=1: " << machine.dump());
+    const auto start = std::chrono::steady_clock::now();
+    const Enumerated result = Enumerate(machine);
+    CHECK(std::chrono::steady_clock::now() - start < std::chrono::seconds(20));
+    CHECK((result.Thrown == nullptr || result.Thrown["type"] == "long"));
+    for (const Json& card : result.Cards) {
+        CheckCard(card, healthyCard);
+    }
+    const auto unended = Unended(machine, result);
+    for (const auto& [interface, objects] : result.Live) {
+        CHECK_MESSAGE((objects == 0 || unended.contains(interface)), interface << " has " << objects << " live objects");
+    }
+    if (unended.contains("adlx")) {
+        Enumerate(Machine("workstation")); // ends what is left open
+    }
+}
+
+} // namespace
+
+TEST_CASE("Random machines give whole records, or end a vendor's run")
+{
+    const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
+    const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 500);
+    const auto former = ::SetUnhandledExceptionFilter(TellMachine);
+    const Json healthyCard = Enumerate(Machine("workstation")).Card(0);
+    for (uint32_t i = 0; i < machines; ++i) {
+        CheckMachine(first + i, healthyCard);
+    }
+    ::SetUnhandledExceptionFilter(former);
+}
