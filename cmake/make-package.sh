@@ -49,7 +49,9 @@ cp "$source"/include/*.h "$stage/include/"
 cp "$source"/simulation/include/*.h "$stage/simulation/include/"
 cp "$source"/machines/*.json "$stage/simulation/machines/"
 cp -r "$source/examples" "$stage/examples"
-cp "$source"/{README,CHANGELOG,SECURITY}.md "$stage/"
+cp "$source"/{README,CHANGELOG,CONTRIBUTING,SECURITY}.md "$stage/"
+cp -r "$source/docs" "$stage/docs"
+mkdir "$stage/machines" && cp "$source/machines/README.md" "$stage/machines/"
 for file in "$source"/cmake/package/*.cmake.in "$source"/cmake/package/*.pc.in; do
     target=$stage/lib/cmake/orvel-graphic-cards-enumeration
     [[ $file == *.pc.in ]] && target=$stage/lib/pkgconfig

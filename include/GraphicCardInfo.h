@@ -108,9 +108,10 @@ public:
     float GetMemoryClockMax() const;
     /// NVIDIA: the same as GetMemoryClockMax. Intel: repeats the GPU's clock, in MHz. AMD: always 0.
     float GetMemoryBoostClock() const;
-    /// Memory. Intel and AMD: in MiB; NVIDIA: free memory as the driver gives it, its low 32 bits; 0: not readable.
+    /// Memory. Intel and AMD: in MiB; NVIDIA: the memory that is free now, in bytes, its low 32 bits; 0: not readable.
     unsigned int GetMemorySize() const;
-    /// Memory shared with the system. Intel and AMD: in whole GiB; NVIDIA: as the driver gives it, its low 32 bits; 0: none.
+    /// Memory shared with the system. Intel and AMD: in whole GiB; NVIDIA: in bytes, their low 32 bits; 0: none, or not
+    /// readable.
     unsigned int GetMemorySharedSize() const;
     /// Type of the machine's memory (not the card's), such as "DDR4"; "UNKNOWN": not readable; AMD: "" for a type without
     /// name.

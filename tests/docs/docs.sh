@@ -1,0 +1,224 @@
+#!/usr/bin/env bash
+# The documents against what they tell of: links, commands, paths, tables and programs. docs.sh SOURCE BUILD WINE
+set -uo pipefail
+source=$1
+build=$2
+wine=$3
+export LC_ALL=C.UTF-8
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$source" || exit 1
+failures=0
+checks=0
+
+check() {
+    checks=$((checks + 1))
+    if ! "${@:2}" >"$work/output" 2>&1; then
+        failures=$((failures + 1))
+        echo "FAILED: $1"
+        head -c 2000 "$work/output"
+    fi
+}
+same() { diff <(cat "$1") <(cat "$2"); }
+holds() { grep -qF -- "$2" "$1" || { echo "no \"$2\" in $1"; return 1; }; }
+
+documents=(README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md docs/*.md machines/README.md)
+
+# prose FILE: a document without its fenced blocks.
+prose() { awk '/^ *```/ { fenced = !fenced; next } !fenced' "$1"; }
+
+# blocks FILE LANGUAGE: writes the fenced blocks of exactly this language, without their indentation, to files and names them.
+blocks() {
+    awk -v language="$2" -v stem="$work/$(echo "$1-$2" | tr -c 'a-zA-Z0-9\n' _)" '
+        /^ *```/ {
+            if (fenced) { fenced = wanted = 0; next }
+            fenced = 1
+            match($0, /`/)
+            indentation = RSTART - 1
+            wanted = substr($0, RSTART + 3) == language
+            if (wanted) { name = stem "-" ++count; printf "" >name; print name }
+            next
+        }
+        wanted { print substr($0, indentation + 1) >name }' "$1"
+}
+
+# spans FILE: the texts in backticks of a document's prose, one a line.
+spans() { prose "$1" | { grep -oE '`[^`]+`' || true; } | sed 's/^`//; s/`$//'; }
+
+# anchors FILE: the names under which a document's headings are linked to.
+anchors() {
+    prose "$1" | sed -n 's/^##* //p' | tr '[:upper:]' '[:lower:]' | sed "s/[^a-z0-9 _-]//g; s/ /-/g"
+}
+
+# --- links --------------------------------------------------------------------------------------------------------------------
+
+leads_somewhere() {
+    local file=${2%%#*} anchor=
+    [[ $2 == *#* ]] && anchor=${2#*#}
+    if [ -n "$file" ]; then file=$(dirname "$1")/$file; else file=$1; fi
+    [ -e "$file" ] || { echo "no $file"; return 1; }
+    [ -z "$anchor" ] || anchors "$file" | grep -qxF -- "$anchor" || { echo "no #$anchor in $file"; return 1; }
+}
+for document in "${documents[@]}"; do
+    while IFS= read -r link; do
+        [[ $link == http* || $link == mailto:* ]] || check "$document: link $link" leads_somewhere "$document" "$link"
+    done < <(prose "$document" | grep -oE '\]\([^)]+\)' | sed 's/^](//; s/)$//')
+done
+for document in docs/*.md; do
+    [ "$document" = docs/README.md ] || check "README.md or a document leads to $document" \
+        grep -qE "\]\((docs/)?$(basename "$document")[)#]" README.md CONTRIBUTING.md docs/*.md
+done
+
+# --- commands and paths -------------------------------------------------------------------------------------------------------
+
+./dev help >"$work/usage"
+is_command() { grep -qE "^  $1( |$)" "$work/usage"; }
+has_option() { grep -qE "\"$1[\",]" tools/Options.cpp; }
+is_machine() { [[ $1 == *NAME* || $1 == *FILE* || $1 == my-* ]] || [ -f "$1" ] || [ -f "machines/$1.json" ]; }
+for document in "${documents[@]}"; do
+    mapfile -t scripts < <(blocks "$document" sh)
+    { spans "$document"; cat "${scripts[@]}" /dev/null; } | grep -oE '\./dev [^#]*' | sort -u >"$work/commands"
+    while IFS= read -r line; do
+        read -ra words <<<"$line"
+        check "$document: $line" is_command "${words[1]}"
+        [ "${words[1]}" = host ] || continue
+        for ((i = 2; i < ${#words[@]}; i++)); do
+            case ${words[i]} in
+            --machine)
+                i=$((i + 1))
+                check "$document: machine ${words[i]}" is_machine "${words[i]}"
+                ;;
+            --*) check "$document: option ${words[i]}" has_option "${words[i]}" ;;
+            esac
+        done
+    done <"$work/commands"
+done
+
+folders=$(git ls-tree -d --name-only HEAD 2>/dev/null || find . -maxdepth 1 -type d -name '[a-z]*' -printf '%f\n')
+folders=$(printf '%s\ndocs\n' "$folders" | sed 's/\./\\./g' | sort -u | paste -sd'|')
+exists() { compgen -G "$1" >/dev/null; }
+for document in "${documents[@]}"; do
+    while IFS= read -r path; do check "$document: path $path" exists "$path"; done < <(
+        spans "$document" | grep -E "^(($folders)/[^ ]*|[A-Za-z.]+\.(md|json|txt))$" | grep -v 'NAME' | sort -u
+    )
+done
+
+# --- properties ---------------------------------------------------------------------------------------------------------------
+
+header=include/GraphicCardInfo.h
+# Each getter as "property|type|comment".
+awk '/^    \/\/\/ / { comment = comment " " substr($0, 9); next }
+    match($0, /Get[A-Za-z]+\(\) const;/) {
+        name = substr($0, RSTART + 3, RLENGTH - 12)
+        type = substr($0, 5, RSTART - 5)
+        sub(/ $/, "", type)
+        print name "|" type "|" comment
+    }
+    { comment = "" }' $header >"$work/getters"
+# Each row of the first table, without the spaces around its cells.
+awk '/^## / { exit } /^\| `/ { gsub(/ *\| */, "|"); print }' docs/properties.md >"$work/rows"
+
+is_49() { [ "$(wc -l <"$1")" -eq 49 ] || { wc -l "$1"; return 1; }; }
+check "the header has 49 getters" is_49 "$work/getters"
+check "docs/properties.md has 49 rows" is_49 "$work/rows"
+check "the properties stand in the record's order, with the getters' types" same \
+    <(cut -d'|' -f1,2 "$work/getters") <(sed 's/`//g' "$work/rows" | cut -d'|' -f2,3)
+check "the record's members have the same order and types" same <(cut -d'|' -f1,2 "$work/getters") \
+    <(sed -nE 's/^    (unsigned int|const char\*|bool|float) ([A-Z][A-Za-z]*);$/\2|\1/p' $header)
+
+# The sources that the host program tells, as "property|Intel|NVIDIA|AMD".
+tr '\n' ' ' <tools/FieldSources.cpp | grep -oP '\{"[A-Za-z]+",(?= *\{\{)|\{"[^"]*", *"[^"]*"\}' |
+    sed -E 's/^\{"([A-Za-z]+)",$/\1/; s/^\{"([^"]*)", *"[^"]*"\}$/= \1/' |
+    awk '/^= / { line = line "|" substr($0, 3); next } { if (line) print line; line = $0 } END { print line }' >"$work/sources"
+
+units_are_told() { # CELL COMMENT: each unit of a cell such as "MiB; NVIDIA: bytes"
+    local unit
+    [ "$1" = - ] && return
+    while IFS= read -r unit; do [[ $2 == *"$unit"* ]] || { echo "no \"$unit\" in: $2"; return 1; }; done < <(
+        tr ';' '\n' <<<"$1" | sed 's/^ *//; s/^[A-Za-z, ]*: *//'
+    )
+}
+names_source() { # CELL SOURCE: every name of an interface that the program tells stands in the document, and the reverse of "always"
+    local word
+    if [ "$2" = "not told by this vendor" ] || [ "$2" = constant ]; then
+        [[ $1 == always* ]] || { echo "the program says: $2"; return 1; }
+        return
+    fi
+    [[ $1 != always* ]] || { echo "the program says: $2"; return 1; }
+    while IFS= read -r word; do [[ $1 == *"$word"* ]] || { echo "the program says: $2"; return 1; }; done < <(
+        grep -oE '[A-Za-z0-9_]*(_|::|\.|nvmlDevice|DwmIs)[A-Za-z0-9_]+' <<<"$2"
+    )
+}
+while IFS='|' read -r _ property _ unit neutral intel nvidia amd _; do
+    name=${property//\`/}
+    comment=$(grep "^$name|" "$work/getters" | cut -d'|' -f3)
+    check "$name: the header tells the unit" units_are_told "$unit" "$comment"
+    check "$name: has a neutral value" test -n "$neutral"
+    check "$name: has a comment" test -n "$comment"
+    IFS='|' read -r _ of_intel of_nvidia of_amd < <(grep "^$name|" "$work/sources")
+    check "$name: Intel's source" names_source "$intel" "${of_intel:-missing}"
+    check "$name: NVIDIA's source" names_source "$nvidia" "${of_nvidia:-missing}"
+    check "$name: AMD's source" names_source "$amd" "${of_amd:-missing}"
+done <"$work/rows"
+
+# --- messages and machines ----------------------------------------------------------------------------------------------------
+
+sed -nE '/^constexpr Explanation explanations/,/^};/s/^    \{"([^"]*)",.*/\1/p' tools/Messages.cpp |
+    sed 's/ Status code.*//' >"$work/messages"
+check "the program explains messages" test -s "$work/messages"
+while IFS= read -r message; do check "docs/messages.md tells \"$message\"" holds docs/messages.md "$message"; done <"$work/messages"
+
+check "machines/README.md lists every machine and nothing else" same \
+    <(sed -nE 's/^\| `([^`]*)` \|.*/\1/p' machines/README.md | sort) \
+    <(find machines -maxdepth 1 -name '*.json' -printf '%f\n' | sed 's/\.json$//' | sort)
+
+# --- programs -----------------------------------------------------------------------------------------------------------------
+
+compile() {
+    x86_64-w64-mingw32-g++-posix -std=c++17 -Wall -Wextra -Werror -fsyntax-only -Iinclude -Isimulation/include \
+        -isystem "$build/deps/include" -x c++ "$1"
+}
+for block in $(blocks docs/hosting.md "cpp complete"); do
+    check "docs/hosting.md: $(basename "$block") compiles" compile "$block"
+    count=$((${count:-0} + 1))
+done
+check "docs/hosting.md has a complete program" test "${count:-0}" -gt 0
+
+# Parts of a program: their includes go to the top, the rest into a function that has an enumeration.
+for document in "${documents[@]}"; do
+    for block in $(blocks "$document" cpp); do
+        {
+            printf '#include <cstdio>\n#include <windows.h>\n#include <objbase.h>\n'
+            printf '#include "GraphicCardEnumeration.h"\n#include "GraphicCardInfo.h"\n#include "GraphicCardLog.h"\n'
+            grep '^#include' "$block"
+            printf 'using namespace orvel::shared::enumeration;\nvoid Host(GraphicCardEnumeration& cards);\n'
+            printf 'void Host(GraphicCardEnumeration& cards)\n{\n(void)cards;\n{\n'
+            grep -v '^#include' "$block"
+            printf '}\n}\n'
+        } >"$block.cpp"
+        check "$document: $(basename "$block") compiles" compile "$block.cpp"
+    done
+    for block in $(blocks "$document" json); do check "$document: $(basename "$block") is JSON" jq -e . "$block"; done
+done
+
+# --- host program -------------------------------------------------------------------------------------------------------------
+
+# Every command of the shell blocks that runs the host program or copies a machine, in their order, on the program that is built.
+mkdir "$work/place"
+ln -s "$source/machines" "$work/place/machines"
+printf '#!/bin/sh\nshift\nexec "%s" "%s" "$@"\n' "$wine" "$build/bin/orvel-graphic-cards.exe" >"$work/place/dev"
+chmod +x "$work/place/dev"
+runs() {
+    local status=0
+    (cd "$work/place" && sh -c "$1") </dev/null || status=$?
+    [ "$status" -eq 0 ] || [[ $1 == *--doctor* && $status -le 2 ]]
+}
+for document in "${documents[@]}"; do
+    mapfile -t scripts < <(blocks "$document" sh)
+    while IFS= read -r line; do check "$document: $line runs" runs "$line"; done < <(
+        cat "${scripts[@]}" /dev/null | sed 's/ *#.*//' | grep -E '^(\./dev host|cp )'
+    )
+done
+
+echo "$((checks - failures)) passed, $failures failed"
+exit $((failures > 0))
