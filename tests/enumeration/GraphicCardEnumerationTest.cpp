@@ -83,6 +83,19 @@ TEST_CASE("Records are grouped by vendor: Intel, NVIDIA, AMD")
     CHECK(result.Card(2)["Manufacturer"] == "AMD");
 }
 
+TEST_CASE("Each vendor's run opens one connection to WMI, and closes it before the next")
+{
+    const Enumerated result = Enumerate(Machine("workstation"));
+    std::vector<std::string> connections;
+    for (const std::string& call : result.Trace) {
+        if (call.starts_with("wmi connect") || call == "wmi disconnect") {
+            connections.push_back(call.substr(0, call.find(' ', 4)));
+        }
+    }
+    CHECK(connections == std::vector<std::string>{"wmi connect", "wmi disconnect", "wmi connect", "wmi disconnect",
+                                                  "wmi connect", "wmi disconnect"});
+}
+
 TEST_CASE("A status that is no standard exception reaches the host, and nothing stays open")
 {
     Json machine = HealthyLaptop();

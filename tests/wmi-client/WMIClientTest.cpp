@@ -1,5 +1,7 @@
 #include "WMIClient.h"
 
+#include <cstdlib>
+#include <memory>
 #include <thread>
 
 #include <objbase.h>
@@ -14,6 +16,7 @@ using orvel::shared::wmi::WMIClient;
 namespace {
 
 constexpr wchar_t cimv2[] = L"\\\\.\\root\\cimv2";
+const std::string connectToCimv2 = "wmi connect \\\\.\\root\\cimv2";
 constexpr long missingProperty = static_cast<long>(0x80041002);
 constexpr long typeMismatch = static_cast<long>(0x80020005);
 
@@ -212,6 +215,95 @@ TEST_CASE("A client that goes releases its connection, rows and result set")
         CHECK(Live()["wmi"] == 3);
     }
     CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("Clients that live at the same time share one connection, which the last of them closes")
+{
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    {
+        auto first = std::make_unique<WMIClient>(cimv2);
+        WMIClient second(cimv2);
+        CHECK(Only(Trace(), "wmi") == std::vector{connectToCimv2});
+        first.reset();
+        CHECK(Live()["wmi"] == 1);
+        CHECK(second.Query(L"SELECT P FROM Thing") == 0);
+        CHECK(second.GetNext());
+    }
+    CHECK(Only(Trace(), "wmi disconnect").size() == 1);
+    CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("Clients that share a connection keep their rows apart")
+{
+    Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
+    WMIClient first(cimv2);
+    WMIClient second(cimv2);
+    REQUIRE(first.Query(L"SELECT P FROM Thing") == 0);
+    REQUIRE(first.GetNext());
+    REQUIRE(second.Query(L"SELECT P FROM Thing WHERE P = '2'") == 0);
+    REQUIRE(second.GetNext());
+    CHECK_FALSE(second.GetNext());
+    uint32_t number = 0;
+    CHECK(first.GetValue(L"P", number) == 0);
+    CHECK(number == 1);
+    CHECK(first.GetNext());
+}
+
+TEST_CASE("A client that comes after the last one has gone connects anew")
+{
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    const std::string disconnect = "wmi disconnect";
+    WMIClient{cimv2};
+    WMIClient{cimv2};
+    CHECK(Only(Trace(), "wmi") == std::vector{connectToCimv2, disconnect, connectToCimv2, disconnect});
+    CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("Another namespace gets a connection of its own")
+{
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    const std::string connectToWmi = "wmi connect \\\\.\\root\\wmi";
+    {
+        WMIClient first(cimv2);
+        WMIClient other(L"\\\\.\\root\\wmi");
+        WMIClient same(cimv2);
+        CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToWmi});
+        CHECK(Live()["wmi"] == 2);
+    }
+    CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("Another thread gets a connection of its own")
+{
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    {
+        WMIClient first(cimv2);
+        std::thread([] {
+            REQUIRE(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
+            {
+                WMIClient other(cimv2);
+                CHECK(Live()["wmi"] == 2);
+                CHECK(other.Query(L"SELECT P FROM Thing") == 0);
+            }
+            ::CoUninitialize();
+        }).join();
+        CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToCimv2});
+        CHECK(Live()["wmi"] == 1);
+        CHECK(first.Query(L"SELECT P FROM Thing") == 0);
+    }
+    CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("A failed connection is tried anew by the next client")
+{
+    Simulate({{"wmi", {{"connect", "0x80041003"}}}});
+    WMIClient first(cimv2);
+    WMIClient second(cimv2);
+    CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToCimv2});
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    WMIClient third(cimv2);
+    CHECK(third.Query(L"SELECT P FROM Thing") == 0);
+    CHECK(first.Query(L"SELECT P FROM Thing") == static_cast<long>(0x80041003));
 }
 
 TEST_CASE("On a thread without COM every query fails with COM's own status")

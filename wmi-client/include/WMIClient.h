@@ -19,14 +19,16 @@ namespace orvel::shared::wmi {
 /// Runs WQL queries on one WMI namespace and reads the rows of the last one.
 ///
 /// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure; nothing is thrown.
-/// A client belongs to the thread that made it, and that thread must have initialised COM.
+/// A client belongs to the thread that made it, and that thread must have initialised COM. Clients of one thread and
+/// namespace that live at the same time share one connection, which the last of them closes.
 class ORVEL_WMI_CLIENT_API WMIClient {
 public:
-    /// Connects to a namespace such as L"\\\\.\\root\\cimv2". A failed connection is told by every Query.
+    /// Connects to a namespace such as L"\\\\.\\root\\cimv2". A failed connection is told by every Query; the next client
+    /// tries anew.
     explicit WMIClient(const wchar_t* namespacePath);
     WMIClient(const WMIClient&) = delete;
     WMIClient& operator=(const WMIClient&) = delete;
-    /// Releases the result set and the connection.
+    /// Releases the result set, and the connection where no other client holds it.
     virtual ~WMIClient();
 
     /// Runs a WQL text and waits for WMI's verdict on it, so that a wrong text or class fails here. The former result set

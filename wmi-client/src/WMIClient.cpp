@@ -3,52 +3,14 @@
 #include <wbemidl.h>
 #include <wrl/client.h>
 
+#include "BasicString.h"
+#include "Connection.h"
+
 namespace orvel::shared::wmi {
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-/// A BSTR that frees itself.
-class BasicString {
-public:
-    explicit BasicString(const wchar_t* text) : text(::SysAllocString(text)) {}
-    BasicString(const BasicString&) = delete;
-    BasicString& operator=(const BasicString&) = delete;
-    ~BasicString() { ::SysFreeString(text); }
-    operator BSTR() const { return text; }
-
-private:
-    BSTR text;
-};
-
-/// Lets WMI act for the caller. An in-process object has no proxy and refuses, which is harmless.
-void AllowImpersonation(IUnknown* proxy)
-{
-    ::CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
-                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
-}
-
-HRESULT Connect(const wchar_t* namespacePath, ComPtr<IWbemServices>& services)
-{
-    ComPtr<IWbemLocator> locator;
-    HRESULT status = ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                                        reinterpret_cast<void**>(locator.GetAddressOf()));
-    if (FAILED(status)) {
-        return status;
-    }
-    status = locator->ConnectServer(BasicString(namespacePath), nullptr, nullptr, nullptr, 0, nullptr, nullptr,
-                                    services.GetAddressOf());
-    if (status != WBEM_S_NO_ERROR) {
-        services.Reset();
-        return status;
-    }
-    if (!services) {
-        return WBEM_E_FAILED;
-    }
-    AllowImpersonation(services.Get());
-    return WBEM_S_NO_ERROR;
-}
 
 std::string ToUtf8(const wchar_t* text, int units)
 {
@@ -67,15 +29,14 @@ bool IsUnsignedInSignedVariant(CIMTYPE type, const VARIANT& value)
 } // namespace
 
 struct WMIClient::State {
-    HRESULT Connection = E_FAIL;
-    ComPtr<IWbemServices> Services;
+    std::shared_ptr<const wmi::Connection> Connection;
     ComPtr<IEnumWbemClassObject> Rows;
     ComPtr<IWbemClassObject> Row;
 };
 
 WMIClient::WMIClient(const wchar_t* namespacePath) : state(std::make_unique<State>())
 {
-    state->Connection = Connect(namespacePath, state->Services);
+    state->Connection = Connection::To(namespacePath);
 }
 
 WMIClient::~WMIClient() = default;
@@ -84,12 +45,13 @@ long WMIClient::Query(const wchar_t* wql)
 {
     state->Row.Reset();
     state->Rows.Reset();
-    if (!state->Services) {
-        return state->Connection;
+    IWbemServices* const services = state->Connection->Services();
+    if (!services) {
+        return state->Connection->Status();
     }
     // Without WBEM_FLAG_RETURN_IMMEDIATELY: a bad text or class has to fail here, not at the first row.
-    const HRESULT status = state->Services->ExecQuery(BasicString(L"WQL"), BasicString(wql), WBEM_FLAG_FORWARD_ONLY, nullptr,
-                                                      state->Rows.ReleaseAndGetAddressOf());
+    const HRESULT status = services->ExecQuery(BasicString(L"WQL"), BasicString(wql), WBEM_FLAG_FORWARD_ONLY, nullptr,
+                                               state->Rows.ReleaseAndGetAddressOf());
     if (status != WBEM_S_NO_ERROR) {
         state->Rows.Reset();
         return status;

@@ -81,11 +81,9 @@ TEST_CASE("The platform is asked in the fixed order")
         "nvapi NvAPI_GPU_GetRamBusWidth",
         "nvml nvmlDeviceGetClockInfo 2",
         "nvml nvmlDeviceGetMemoryBusWidth",
-        connect,
-        "wmi query SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory",
+        "wmi query SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory", // on the enumerator's own connection
         "wmi next",
         "wmi get SMBIOSMemoryType",
-        "wmi disconnect",
         "nvapi NvAPI_GPU_GetMemoryInfoEx", // shared
         "nvapi NvAPI_GPU_GetMemoryInfoEx", // dedicated
         "nvapi NvAPI_GPU_GetAllClockFrequencies type=4",
