@@ -100,6 +100,24 @@ TEST_CASE("A failed platform count is logged and the count as it stands is used"
     CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetPlatforms: Failed to get Open CL platforms"});
 }
 
+TEST_CASE("A count of platforms or devices that no computer has is taken as one that no memory holds")
+{
+    for (const uint32_t count : {65537U, 4294967295U}) {
+        for (const int status : {0, -1001}) {
+            CAPTURE(count);
+            CAPTURE(status);
+            Json platforms = MachineWith({Device("GPU")});
+            platforms["opencl"]["platforms_count"] = {{"status", status}, {"value", count}};
+            Simulate(platforms);
+            CHECK_THROWS_AS(OpenCLWrapper().GetPlatforms(), std::bad_alloc);
+            Json devices = MachineWith({Device("GPU")});
+            devices["opencl"]["platforms"][0]["devices_count"] = {{"status", status}, {"value", count}};
+            Simulate(devices);
+            CHECK_THROWS_AS(OpenCLWrapper().GetAllDevices(), std::bad_alloc);
+        }
+    }
+}
+
 TEST_CASE("A failed platform count without a count and a failed fetch give no platforms")
 {
     Json machine = MachineWith({Device("GPU")});

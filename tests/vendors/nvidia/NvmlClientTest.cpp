@@ -98,6 +98,16 @@ TEST_CASE("A failed device count shuts NVML down twice and gives a client withou
     }
 }
 
+TEST_CASE("A device count that no computer has is taken as one that no memory holds, and the session ends")
+{
+    for (const uint32_t count : {65537U, 4294967295U}) {
+        CAPTURE(count);
+        Simulate({{"nvml", {{"nvmlDeviceGetCount_v2", count}}}});
+        CHECK_THROWS_AS(NvmlClient(), std::bad_alloc);
+        CHECK(Live()["nvml"] == 0);
+    }
+}
+
 TEST_CASE("A failed shutdown after a failed device count throws its status")
 {
     Simulate({{"nvml", {{"nvmlDeviceGetCount_v2", {{"status", 15}}}, {"nvmlShutdown", 4}}}});
