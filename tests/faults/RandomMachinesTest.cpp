@@ -79,7 +79,8 @@ void CheckCard(const Json& card, const Json& healthy)
         INFO(name);
         const Json& usual = healthy.at(name);
         CHECK((usual.is_number() ? IsNumber(value) : value.type() == usual.type()));
-        if (value.is_string() && !isCut) {
+        const bool isAnyBytes = name == "BiosVersion"; // which the registry holds, halves of UTF-16 pairs too
+        if (value.is_string() && !isCut && !isAnyBytes) {
             CHECK(value.get<std::string>().find("\xEF\xBF\xBD") == std::string::npos); // stands for what is no UTF-8
         }
     }
@@ -108,6 +109,8 @@ void CheckMachine(uint32_t seed, const Json& healthyCard)
 
 } // namespace
 
+TEST_SUITE_BEGIN("soak");
+
 TEST_CASE("Random machines give whole records, or end a vendor's run")
 {
     const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
@@ -119,3 +122,5 @@ TEST_CASE("Random machines give whole records, or end a vendor's run")
     }
     ::SetUnhandledExceptionFilter(former);
 }
+
+TEST_SUITE_END();

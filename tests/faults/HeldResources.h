@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+
+namespace orvel::tests {
+
+/// What this process holds of the system.
+struct HeldResources {
+    size_t Handles = 0;
+    size_t Modules = 0;
+    size_t HeapBytes = 0;    ///< allocated from the process's heaps
+    size_t PrivateBytes = 0; ///< committed memory that is this process's alone
+};
+
+/// Counted from the system's own tables: GetProcessHandleCount and GetProcessMemoryInfo tell nothing of use under Wine.
+HeldResources HeldNow();
+
+} // namespace orvel::tests
