@@ -1,6 +1,7 @@
 #include "system/DisplayRegistry.h"
 
 #include "system/Handles.h"
+#include "system/RegistryText.h"
 #include "system/TextEncoding.h"
 
 namespace orvel::shared::enumeration {
@@ -15,13 +16,6 @@ RegistryKey OpenKey(HKEY parent, const wchar_t* path)
     HKEY key = nullptr;
     const bool isOpen = ::RegOpenKeyExW(parent, path, 0, KEY_READ, &key) == ERROR_SUCCESS;
     return RegistryKey(isOpen ? key : nullptr);
-}
-
-/// Whether a text of the form pci\ven_vvvv&dev_dddd… names the adapter.
-bool IsMatchingDevice(const std::string& matchingDeviceId, const std::string& vendorId, const std::string& deviceId)
-{
-    return matchingDeviceId.size() >= 21 && matchingDeviceId.compare(8, 4, vendorId) == 0 &&
-           matchingDeviceId.compare(17, 4, deviceId) == 0;
 }
 
 } // namespace
@@ -55,13 +49,13 @@ std::string FindBiosString(HKEY key, const std::string& vendorId, const std::str
 
 std::string ReadTextValue(HKEY key, const wchar_t* name)
 {
-    wchar_t text[longestValueBytes / sizeof(wchar_t) + 1];
-    DWORD bytes = longestValueBytes;
-    if (::RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(text), &bytes) != ERROR_SUCCESS) {
+    BYTE data[longestValueBytes];
+    DWORD bytes = sizeof(data);
+    if (::RegQueryValueExW(key, name, nullptr, nullptr, data, &bytes) != ERROR_SUCCESS) {
         return {};
     }
-    text[bytes / sizeof(wchar_t)] = L'\0'; // the data need not end in one; an odd last byte is no unit
-    return ToUtf8(text);
+    const std::u16string text = RegistryText(data, bytes);
+    return ToUtf8(std::wstring(text.begin(), text.end()));
 }
 
 } // namespace orvel::shared::enumeration

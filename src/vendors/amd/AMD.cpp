@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "enumeration/StatusNames.h"
+#include "enumeration/VideoControllerQuery.h"
 #include "enumeration/WmiNamespace.h"
 #include "system/DisplayRegistry.h"
 #include "system/Log.h"
@@ -145,11 +146,8 @@ void AMD::ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& car
 
 AMD::Walk AMD::ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList& list) const
 {
-    // Intended: the name stands in the text as it is, so an apostrophe in it makes the query fail.
-    const std::wstring wql = L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_1002%' AND Name = '" +
-                             ToUtf16(gpu.Card.CardName) + L"'";
     wmi::WMIClient& row = sources.Client;
-    if (row.Query(wql.c_str()) != 0) {
+    if (row.Query(ToUtf16(AmdAdapterQuery(gpu.Card.CardName)).c_str()) != 0) {
         ORVEL_LOG_AS(plog::error, queryInfo) << "Failed to get Win32_VideoController fields from WMI";
         return Walk::QueryFailed;
     }

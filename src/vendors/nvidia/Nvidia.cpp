@@ -1,6 +1,7 @@
 #include "vendors/nvidia/Nvidia.h"
 
 #include "enumeration/StatusNames.h"
+#include "enumeration/VideoControllerQuery.h"
 #include "enumeration/WmiNamespace.h"
 #include "system/Log.h"
 #include "system/OpenCLWrapper.h"
@@ -21,9 +22,7 @@ void Nvidia::QueryInfo(GraphicCardList& list)
     // Intended: the first GPU only, matched by its place in NVAPI and NVML and by its device id in WMI.
     const Gpu gpu{nvapi, nvml, nvapi.GetGpuHandle(0), nvml.GetGpuHandle(0)};
     const std::string deviceId = nvapi.GetDeviceId(gpu.Handle);
-    const std::wstring wql =
-        L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_10DE&DEV_" + ToUtf16(deviceId) + L"%'";
-    if (row.Query(wql.c_str()) != 0) {
+    if (row.Query(ToUtf16(NvidiaAdapterQuery(deviceId)).c_str()) != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
         return;
     }
