@@ -21,3 +21,8 @@ endif()
 
 # Windows 7 is the oldest system that hosts run on.
 add_compile_definitions(_WIN32_WINNT=0x0601 UNICODE _UNICODE NOMINMAX)
+
+option(ORVEL_WARNINGS_AS_ERRORS "Let a compiler's warning fail the build" OFF)
+if(ORVEL_WARNINGS_AS_ERRORS)
+    set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
+endif()

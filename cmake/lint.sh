@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# lint.sh PROJECT BUILD: clang-tidy on the product's sources, with the cross-build's own commands, and cppcheck on all that is
+# built. Any finding fails.
+set -euo pipefail
+
+project=$1
+lint=$2/lint
+mkdir -p "$lint/cppcheck"
+
+# The commands are GCC's: clang takes its target and the C++ library's folders by name, and leaves out what it does not know.
+library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
+jq --arg library "$library" '[.[] | select(.file | test("/(src|wmi-client/src|fallback)/[^.]*[.]cpp$"))
+    | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-fno-lifetime-dse"; ""))]' \
+    "$2/compile_commands.json" >"$lint/compile_commands.json"
+jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
+    xargs -P "$(nproc)" -n 4 clang-tidy -p "$lint" --quiet --config-file="$project/.clang-tidy" \
+        2> >(sed '/^[0-9]* warnings\? generated[.]$/d' >&2)
+
+cd "$project"
+cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --language=c++ --std=c++20 --platform=win64 --inline-suppr \
+    --enable=warning,performance,portability --library=windows --cppcheck-build-dir="$lint/cppcheck" \
+    -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I wmi-client/include -I simulation/include -I tools \
+    --suppressions-list=cmake/cppcheck-suppressions.txt src wmi-client tools fallback simulation
