@@ -1,0 +1,15 @@
+#pragma once
+
+#include <CL/cl.h>
+
+#include "system/Handles.h"
+
+namespace orvel::bench {
+
+/// OpenCL as long as it is used.
+shared::enumeration::ModuleHandle LoadOpenCl();
+
+/// Reads a parameter of the first device with this name and vendor, listing the devices and looking every function up anew.
+void ReadDevice(HMODULE opencl, const char* name, cl_uint vendor, cl_device_info parameter);
+
+} // namespace orvel::bench

@@ -1,0 +1,190 @@
+#include "Measure.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+
+#include <windows.h>
+
+#include <psapi.h>
+
+#include "Floor.h"
+#include "GraphicCardEnumeration.h"
+#include "OrvelSimulation.h"
+
+namespace orvel::bench {
+
+namespace {
+
+using Trace = std::vector<std::string>;
+
+constexpr int warmUpRuns = 10;
+constexpr int modelledRuns = 3;
+constexpr double vendors = 3;
+
+HMODULE Simulation()
+{
+    static const HMODULE module = [] {
+        wchar_t program[MAX_PATH];
+        ::GetModuleFileNameW(nullptr, program, MAX_PATH);
+        const auto folder = std::filesystem::path(program).parent_path();
+        return ::LoadLibraryW((folder / "simulation" / "orvel-simulation.dll").c_str());
+    }();
+    return module;
+}
+
+template <typename Function>
+Function Find(const char* name)
+{
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(Simulation(), name)));
+}
+
+Trace TraceSoFar()
+{
+    return nlohmann::json::parse(Find<decltype(&OrvelSimulationReport)>("OrvelSimulationReport")())["trace"];
+}
+
+size_t CountOf(const Trace& trace, const std::string& prefix)
+{
+    return static_cast<size_t>(
+        std::count_if(trace.begin(), trace.end(), [&](const std::string& call) { return call.starts_with(prefix); }));
+}
+
+size_t RunProduct()
+{
+    shared::enumeration::GraphicCardEnumeration enumeration;
+    enumeration.QueryGraphicCards();
+    return enumeration.size();
+}
+
+double Microseconds(const std::function<void()>& run)
+{
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER begin;
+    LARGE_INTEGER end;
+    ::QueryPerformanceFrequency(&frequency);
+    ::QueryPerformanceCounter(&begin);
+    run();
+    ::QueryPerformanceCounter(&end);
+    return static_cast<double>(end.QuadPart - begin.QuadPart) * 1e6 / static_cast<double>(frequency.QuadPart);
+}
+
+double MedianOf(int runs, const std::function<void()>& run)
+{
+    std::vector<double> times;
+    for (int index = 0; index < runs; ++index) {
+        times.push_back(Microseconds(run));
+    }
+    return Median(times);
+}
+
+/// Product and floor by turns, so that whatever else the computer does falls on both.
+void MeasureByTurns(const Machine& machine, Figures& figures)
+{
+    std::vector<double> product;
+    std::vector<double> floor;
+    for (int index = -warmUpRuns; index < machine.Runs; ++index) {
+        const double productTime = Microseconds([] { RunProduct(); });
+        const double floorTime = Microseconds(RunFloor);
+        if (index >= 0) {
+            product.push_back(productTime);
+            floor.push_back(floorTime);
+        }
+    }
+    figures.Product = Median(product);
+    figures.Floor = Median(floor);
+}
+
+Trace ProductTrace(const nlohmann::json& machine)
+{
+    Simulate(machine);
+    RunProduct();
+    return TraceSoFar();
+}
+
+Trace FloorTrace(const nlohmann::json& machine)
+{
+    Simulate(machine);
+    PrepareFloor();
+    RunFloor();
+    return TraceSoFar();
+}
+
+} // namespace
+
+void Simulate(const nlohmann::json& machine)
+{
+    if (!Simulation()) {
+        throw std::runtime_error("orvel-simulation.dll cannot be loaded");
+    }
+    const char* problem = "";
+    const auto simulate = Find<decltype(&OrvelSimulateMachineText)>("OrvelSimulateMachineText");
+    if (simulate(machine.dump().c_str(), "machine", &problem) != ORVEL_SIMULATION_IN_PLACE) {
+        throw std::runtime_error(problem);
+    }
+}
+
+Figures MeasureMachine(const Machine& machine)
+{
+    Figures figures;
+    figures.Machine = machine.Name;
+    figures.HasSameTrace = HasSameTrace(machine.Json);
+    const Trace trace = ProductTrace(machine.Json);
+    figures.Calls = trace.size();
+    figures.Connections = CountOf(trace, "wmi connect");
+    figures.Queries = CountOf(trace, "wmi query");
+
+    Simulate(machine.Json);
+    PrepareFloor();
+    figures.Cards = RunProduct();
+    MeasureByTurns(machine, figures);
+
+    Simulate(WithLatency(machine.Json));
+    figures.Modelled = MedianOf(modelledRuns, [] { RunProduct(); });
+    figures.Ideal = vendors * connectionMicroseconds + static_cast<double>(figures.Queries) * queryMicroseconds;
+    return figures;
+}
+
+bool HasSameTrace(const nlohmann::json& machine)
+{
+    const Trace product = ProductTrace(machine);
+    const Trace floor = FloorTrace(machine);
+    if (product == floor) {
+        return true;
+    }
+    const auto [left, right] = std::mismatch(product.begin(), product.end(), floor.begin(), floor.end());
+    std::fprintf(stderr, "call %td: the product makes \"%s\", the floor \"%s\"\n", left - product.begin(),
+                 left == product.end() ? "" : left->c_str(), right == floor.end() ? "" : right->c_str());
+    return false;
+}
+
+double MeasureLoading(const nlohmann::json& machine)
+{
+    Simulate(machine);
+    return Microseconds([] {
+        if (!::LoadLibraryW(L"orvel-graphic-cards-enumeration.dll")) {
+            throw std::runtime_error("orvel-graphic-cards-enumeration.dll cannot be loaded");
+        }
+    });
+}
+
+size_t MeasurePeakWorkingSet(const nlohmann::json& machine, bool isEnumerated)
+{
+    Simulate(machine);
+    if (isEnumerated) {
+        RunProduct();
+    }
+    PROCESS_MEMORY_COUNTERS memory{};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(), &memory, sizeof(memory));
+    return memory.PeakWorkingSetSize / 1024;
+}
+
+double Median(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+} // namespace orvel::bench

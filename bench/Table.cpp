@@ -1,0 +1,125 @@
+#include "Table.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+
+namespace orvel::bench {
+
+namespace {
+
+[[gnu::format(__MINGW_PRINTF_FORMAT, 1, 2)]] std::string Text(const char* format, ...)
+{
+    char text[512];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof(text), format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+std::string Row(const Figures& f)
+{
+    return Text("| %s | %zu | %zu | %.0f | %.0f | %.2f | %zu | %zu | %.1f | %.1f | %.3f |\n", f.Machine.c_str(), f.Cards,
+                f.Calls, f.Product, f.Floor, f.Product / f.Floor, f.Connections, f.Queries, f.Modelled / 1000,
+                f.Ideal / 1000, f.Modelled / f.Ideal);
+}
+
+std::string Row(const Target& target)
+{
+    return Text("| %s | %.3g | %.3g | %s |\n", target.Name.c_str(), target.Limit, target.Measured,
+                target.Measured <= target.Limit ? "met" : "missed");
+}
+
+const Figures& Find(const Results& results, const std::string& machine)
+{
+    return *std::find_if(results.Machines.begin(), results.Machines.end(),
+                         [&](const Figures& figures) { return figures.Machine == machine; });
+}
+
+double LargestModelledRatio(const Results& results)
+{
+    double largest = 0;
+    for (const Figures& figures : results.Machines) {
+        largest = std::max(largest, figures.Modelled / figures.Ideal);
+    }
+    return largest;
+}
+
+double DllMebibytes(const Results& results)
+{
+    std::uintmax_t bytes = 0;
+    for (const auto& [dll, size] : results.DllBytes) {
+        bytes += size;
+    }
+    return static_cast<double>(bytes) / (1024 * 1024);
+}
+
+} // namespace
+
+std::vector<Target> Targets(const Results& results)
+{
+    const Figures& laptop = Find(results, "Intel laptop");
+    const Figures& one = Find(results, "1 Intel adapter");
+    const Figures& many = Find(results, "64 Intel adapters");
+    return {{"Intel laptop, ratio to the floor", 1.3, laptop.Product / laptop.Floor},
+            {"64 Intel adapters, ratio to the floor", 1.15, many.Product / many.Floor},
+            {"modelled time, largest ratio to the ideal", 1.02, LargestModelledRatio(results)},
+            {"64 adapters, in times of one", 64, many.Product / one.Product},
+            {"both DLLs, MiB", 1.5, DllMebibytes(results)}};
+}
+
+std::string ToTable(const Results& results)
+{
+    std::string text =
+        "| machine | cards | calls | µs | floor, µs | ratio | connections | queries | modelled, ms | ideal, ms | ratio |\n"
+        "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|\n";
+    for (const Figures& figures : results.Machines) {
+        text += Row(figures);
+    }
+    text += Text("\nLoad time %.1f ms; peak working set %.1f MiB, of which %.1f MiB without the library\n",
+                 results.LoadMicroseconds / 1000, static_cast<double>(results.PeakWorkingSetKib) / 1024,
+                 static_cast<double>(results.PeakWorkingSetBeforeKib) / 1024);
+    for (const auto& [dll, bytes] : results.DllBytes) {
+        text += Text("%s %.0f KiB\n", dll.c_str(), static_cast<double>(bytes) / 1024);
+    }
+    text += "\n| target | at most | measured | |\n|---|--:|--:|---|\n";
+    for (const Target& target : Targets(results)) {
+        text += Row(target);
+    }
+    return text;
+}
+
+nlohmann::json ToJson(const Results& results)
+{
+    auto machines = nlohmann::json::array();
+    for (const Figures& f : results.Machines) {
+        machines.push_back({{"machine", f.Machine},
+                            {"cards", f.Cards},
+                            {"calls", f.Calls},
+                            {"sameTrace", f.HasSameTrace},
+                            {"microseconds", f.Product},
+                            {"floorMicroseconds", f.Floor},
+                            {"ratio", f.Product / f.Floor},
+                            {"wmiConnections", f.Connections},
+                            {"wmiQueries", f.Queries},
+                            {"modelledMicroseconds", f.Modelled},
+                            {"idealMicroseconds", f.Ideal},
+                            {"modelledRatio", f.Modelled / f.Ideal}});
+    }
+    auto targets = nlohmann::json::array();
+    for (const Target& target : Targets(results)) {
+        targets.push_back({{"target", target.Name},
+                           {"atMost", target.Limit},
+                           {"measured", target.Measured},
+                           {"isMet", target.Measured <= target.Limit}});
+    }
+    return {{"machines", machines},
+            {"targets", targets},
+            {"loadMicroseconds", results.LoadMicroseconds},
+            {"peakWorkingSetKib", results.PeakWorkingSetKib},
+            {"peakWorkingSetBeforeKib", results.PeakWorkingSetBeforeKib},
+            {"dllBytes", results.DllBytes}};
+}
+
+} // namespace orvel::bench
