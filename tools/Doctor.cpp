@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "LikelyCause.h"
 #include "SystemChecks.h"
 #include "TextLayout.h"
 
@@ -20,9 +21,9 @@ const char* NameOf(CheckStatus status)
     case CheckStatus::NotNeeded:
         return "not needed";
     case CheckStatus::Limits:
-        return "missing: limits the records";
+        return "limits the records";
     case CheckStatus::Stops:
-        return "missing: nothing can be enumerated";
+        return "nothing can be enumerated";
     }
     return "";
 }
@@ -60,12 +61,17 @@ void AddWmi(std::vector<Check>& checks)
                           "no vendor's cards are enumerated", windows));
     checks.push_back(Make("wmi-physical-memory", FindWmiClass("Win32_PhysicalMemory"), CheckStatus::Stops,
                           "the enumeration ends with a status at the first card", windows));
+    const uint32_t memoryType = MemoryType();
+    checks.push_back(Make("memory-type", {IsKnownMemory(memoryType), "SMBIOS type " + std::to_string(memoryType)},
+                          CheckStatus::Limits,
+                          "Intel's and NVIDIA's cards are not enumerated, and the MemoryBandwidth of AMD's is infinite",
+                          "nothing on this computer; its memory is newer than the library's table, such as DDR5"));
 }
 
 void AddLibraries(std::vector<Check>& checks)
 {
     const auto missingFor = [](const char* vendorId) {
-        return HasAdapterOf(vendorId) ? CheckStatus::Limits : CheckStatus::NotNeeded;
+        return NamesOfAdapters(vendorId).empty() ? CheckStatus::NotNeeded : CheckStatus::Limits;
     };
     const CheckStatus nvidia = missingFor("10DE");
     const CheckStatus amd = missingFor("1002");
@@ -73,6 +79,10 @@ void AddLibraries(std::vector<Check>& checks)
     const char* amdDriver = "AMD's display driver";
     checks.push_back(Make("opencl.dll", FindDll("opencl.dll"), CheckStatus::Stops, "no vendor's cards are enumerated",
                           "any vendor's display driver"));
+    const std::string withoutOpenCl = IntelAdaptersWithoutOpenCl();
+    checks.push_back(Make("opencl-intel", {withoutOpenCl.empty(), withoutOpenCl}, CheckStatus::Limits,
+                          "Intel's cards are not enumerated: OpenCL has to list them under WMI's names",
+                          "Intel's display driver"));
     checks.push_back(Make("nvml.dll", FindDll("nvml.dll"), CheckStatus::Stops, "the library cannot be loaded",
                           "NVIDIA's display driver, or the substitute from the folder \"fallback\""));
     checks.push_back(Make("nvapi64.dll", FindDll("nvapi64.dll"), nvidia, "NVIDIA's card is not enumerated", nvidiaDriver));

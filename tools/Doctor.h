@@ -12,8 +12,8 @@ namespace orvel::tools {
 enum class CheckStatus {
     Found,     ///< as it should be
     NotNeeded, ///< missing, but this computer has no card that would need it
-    Limits,    ///< missing: some records, or some of their values, will be
-    Stops,     ///< missing: nothing can be enumerated
+    Limits,    ///< not as it should be: some records, or some of their values, will be missing
+    Stops,     ///< not as it should be: nothing can be enumerated
 };
 
 /// One thing that the library leans on.

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "FieldSources.h"
+#include "LikelyCause.h"
 #include "Messages.h"
 #include "TextLayout.h"
 
@@ -48,21 +49,34 @@ std::string ReasonOf(const Report& report, const CardField& field, const FieldVa
 struct Ended {
     std::string Message;
     std::string Meaning;
+    std::string Cause;
 };
+
+/// Whether the line is the first of NVIDIA's or AMD's run.
+bool BeginsRun(const LogLine& line)
+{
+    return line.Function.ends_with("NvapiClient::NvapiClient") || line.Function.ends_with("ADLWrapper::ADLWrapper");
+}
 
 std::vector<Ended> WhatEnded(const Report& report)
 {
     std::vector<Ended> ended;
+    std::string lastWarning; // of the same vendor's run
     for (const LogLine& line : report.Log) {
-        if (line.Message.starts_with(unexpected)) {
+        if (BeginsRun(line)) {
+            lastWarning.clear();
+        } else if (SeverityName(line.Severity) == std::string_view("warning")) {
+            lastWarning = line.Message.substr(0, line.Message.find('\n'));
+        } else if (line.Message.starts_with(unexpected)) {
             const std::string message = line.Message.substr(unexpected.size());
-            ended.push_back({message, ExplainMessage(message)});
+            ended.push_back({message, ExplainMessage(message), LikelyCause(message, lastWarning)});
+            lastWarning.clear();
         }
     }
     if (report.Error) {
         const auto* status = std::get_if<long>(&*report.Error);
         ended.push_back({Describe(*report.Error),
-                         status ? ExplainStatus(*status) : ExplainMessage(std::get<std::string>(*report.Error))});
+                         status ? ExplainStatus(*status) : ExplainMessage(std::get<std::string>(*report.Error)), ""});
     }
     return ended;
 }
@@ -100,6 +114,9 @@ std::string ExplainAsText(const Report& report, const TextStyle& style)
     for (const Ended& end : ended) {
         WriteWrapped(out, end.Message, 2);
         WriteWrapped(out, end.Meaning.empty() ? "no explanation is known" : end.Meaning, 6);
+        if (!end.Cause.empty()) {
+            WriteWrapped(out, "on this computer: " + end.Cause, 6);
+        }
     }
     out << SummaryOf(report) << '\n';
     return out.str();
@@ -128,7 +145,7 @@ std::string ExplainAsJson(const Report& report)
     }
     object["ended"] = Json::array();
     for (const Ended& end : WhatEnded(report)) {
-        object["ended"].push_back({{"message", end.Message}, {"meaning", end.Meaning}});
+        object["ended"].push_back({{"message", end.Message}, {"meaning", end.Meaning}, {"cause", end.Cause}});
     }
     return object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -13,8 +13,9 @@ struct Explanation {
 
 constexpr Explanation explanations[] = {
     {"invalid unordered_map<K, T> key", "Windows or the driver reported a code that has no name: an adapter whose "
-                                        "availability WMI does not tell (a disabled or "
-                                        "half-installed device), or a memory type newer than the table, such as DDR5."},
+                                        "availability WMI does not tell (a disabled or half-installed device, or one of "
+                                        "NVIDIA's that WMI does not list), or a memory type newer than the table, such as "
+                                        "DDR5."},
     {"Argument out of range",
      "The machine's memory has a type for which no transfer rate is known. The usual cause is DDR5 or LPDDR5 memory."},
     {"invalid stod argument",

@@ -1,7 +1,8 @@
 #include "SystemChecks.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <vector>
+#include <cstdlib>
 
 #include <windows.h>
 
@@ -16,6 +17,8 @@ namespace orvel::tools {
 namespace {
 
 using Microsoft::WRL::ComPtr;
+
+constexpr uint32_t unknownMemoryType = 2; // SMBIOS's own code
 
 std::string Hex(long status)
 {
@@ -62,8 +65,22 @@ HRESULT Connect(ComPtr<IWbemServices>& services)
     return connected;
 }
 
-/// Runs a query and counts its rows.
-HRESULT CountRows(const std::string& wql, int& rows)
+/// A property of a row as text; "" where the row does not tell it.
+std::string TextOf(IWbemClassObject& row, const wchar_t* property)
+{
+    VARIANT value;
+    ::VariantInit(&value);
+    std::string text;
+    if (SUCCEEDED(row.Get(property, 0, &value, nullptr, nullptr)) &&
+        SUCCEEDED(::VariantChangeType(&value, &value, 0, VT_BSTR))) {
+        text = ToUtf8(value.bstrVal);
+    }
+    ::VariantClear(&value);
+    return text;
+}
+
+/// Runs a query and reads a property of each row.
+HRESULT ReadColumn(const std::string& wql, const wchar_t* property, std::vector<std::string>& column)
 {
     ComPtr<IWbemServices> services;
     if (const HRESULT status = Connect(services); FAILED(status)) {
@@ -81,8 +98,13 @@ HRESULT CountRows(const std::string& wql, int& rows)
         if (FAILED(status) || found->Next(WBEM_INFINITE, 1, &row, &count) != WBEM_S_NO_ERROR || count == 0) {
             return status;
         }
-        ++rows;
+        column.push_back(TextOf(*row.Get(), property));
     }
+}
+
+std::string AdaptersOf(const std::string& vendorId)
+{
+    return "SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_" + vendorId + "%'";
 }
 
 } // namespace
@@ -108,16 +130,26 @@ Finding FindWmiNamespace()
 
 Finding FindWmiClass(const std::string& name)
 {
-    int rows = 0;
-    const HRESULT status = CountRows("SELECT * FROM " + name, rows);
-    return {SUCCEEDED(status), SUCCEEDED(status) ? std::to_string(rows) + (rows == 1 ? " row" : " rows") : Hex(status)};
+    std::vector<std::string> rows;
+    const HRESULT status = ReadColumn("SELECT * FROM " + name, L"Name", rows);
+    const std::string count = std::to_string(rows.size()) + (rows.size() == 1 ? " row" : " rows");
+    return {SUCCEEDED(status), SUCCEEDED(status) ? count : Hex(status)};
 }
 
-bool HasAdapterOf(const std::string& vendorId)
+std::vector<std::string> NamesOfAdapters(const std::string& vendorId)
 {
-    int rows = 0;
-    CountRows("SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_" + vendorId + "%'", rows);
-    return rows > 0;
+    std::vector<std::string> names;
+    ReadColumn(AdaptersOf(vendorId), L"Name", names);
+    return names;
+}
+
+uint32_t MemoryType()
+{
+    std::vector<std::string> types;
+    ReadColumn("SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory", L"SMBIOSMemoryType", types);
+    const auto told = std::find_if(types.begin(), types.end(), [](const std::string& type) { return type != "0"; });
+    const unsigned long type = told == types.end() ? 0 : std::strtoul(told->c_str(), nullptr, 10);
+    return type == 0 ? unknownMemoryType : static_cast<uint32_t>(type);
 }
 
 Finding FindDxgi()

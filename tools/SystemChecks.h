@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvel::tools {
 
@@ -22,8 +24,11 @@ Finding FindWmiNamespace();
 /// A WMI class: found when it can be queried.
 Finding FindWmiClass(const std::string& name);
 
-/// Whether WMI lists a video controller of a PCI vendor ("8086").
-bool HasAdapterOf(const std::string& vendorId);
+/// The names of a PCI vendor's ("8086") video controllers, as WMI lists them.
+std::vector<std::string> NamesOfAdapters(const std::string& vendorId);
+
+/// SMBIOS's code of the type of the machine's memory, as the library takes it: 2, unknown, where WMI does not tell it.
+uint32_t MemoryType();
 
 /// A DXGI factory.
 Finding FindDxgi();

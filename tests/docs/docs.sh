@@ -94,7 +94,7 @@ for document in "${documents[@]}"; do
     done <"$work/commands"
 done
 
-folders=$(git ls-tree -d --name-only HEAD 2>/dev/null || find . -maxdepth 1 -type d -name '[a-z]*' -printf '%f\n')
+folders=$(git ls-tree -d --name-only HEAD 2>/dev/null || find . -maxdepth 1 -type d -name '[a-z]*' ! -name build ! -name dist -printf '%f\n')
 folders=$(printf '%s\ndocs\n' "$folders" | sed 's/\./\\./g' | sort -u | paste -sd'|')
 exists() { compgen -G "$1" >/dev/null; }
 for document in "${documents[@]}"; do
@@ -167,6 +167,10 @@ sed -nE '/^constexpr Explanation explanations/,/^};/s/^    \{"([^"]*)",.*/\1/p' 
     sed 's/ Status code.*//' >"$work/messages"
 check "the program explains messages" test -s "$work/messages"
 while IFS= read -r message; do check "docs/messages.md tells \"$message\"" holds docs/messages.md "$message"; done <"$work/messages"
+
+check "docs/messages.md lists the doctor's checks in their order" same \
+    <(sed -n '/^## What `--doctor`/,$s/^| `\([^`]*\)` .*/\1/p' docs/messages.md) \
+    <(tr '\n' ' ' <tools/Doctor.cpp | grep -oP 'Make\( *"\K[a-z0-9.-]+(?=")')
 
 check "machines/README.md lists every machine and nothing else" same \
     <(sed -nE 's/^\| `([^`]*)` \|.*/\1/p' machines/README.md | sort) \

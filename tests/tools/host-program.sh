@@ -169,13 +169,38 @@ for file in "$source"/machines/*.json; do
     run --machine "$file" --explain --json
     check "what ends a run on $(basename "$file") is explained" json_is '[.ended[] | select(.meaning == "")] | length' 0
 done
+cause_is() { # MACHINE MESSAGE CAUSE
+    run --machine "$1" --explain --json
+    json_is "[.ended[] | select(.message | startswith(\"$2\")) | .cause] | unique" "[\"$3\"]"
+}
+check "memory that the library does not know is told as the cause" cause_is ddr5-desktop "Argument out of range" \
+    "the memory is of SMBIOS type 34, which the library does not know"
+check "it is the cause of NVIDIA's end too" cause_is ddr5-desktop "invalid unordered_map" \
+    "the memory is of SMBIOS type 34, which the library does not know"
+check "an adapter that OpenCL does not list is told as the cause" cause_is intel-laptop-no-opencl-driver "invalid stod" \
+    "OpenCL lists no device of Intel's with WMI's name: \\\"Intel(R) UHD Graphics 620\\\""
+check "a loader that cannot be loaded is told as the cause" cause_is server "Failed to load opencl.dll" \
+    "opencl.dll cannot be loaded, error 1114"
+check "a vendor without a card is told as the cause" cause_is intel-laptop "Failed to initialize NVAPI" \
+    "WMI lists no card of NVIDIA's"
+check "a driver that does not belong to a card is told as the cause" cause_is nvidia-missing-driver \
+    "Failed to initialize NVAPI" "WMI lists a card of NVIDIA's, but nvapi64.dll cannot be loaded, error 1114"
+jq '.wmi.classes.Win32_VideoController[0].Availability = null' "$source/machines/intel-laptop.json" >"$work/disabled.json"
+check "a warning before the end is told as the cause" cause_is "$work/disabled.json" "invalid unordered_map" \
+    "the last warning before it is \\\"Failed to get Availability from WMI\\\""
+jq '.wmi.classes.Win32_VideoController[] |= (select(.PNPDeviceID | contains("8086")).DriverVersion = null) | .nvml = {"nvmlInit_v2": 9}' \
+    "$source/machines/workstation.json" >"$work/two.json"
+run --machine "$work/two.json" --explain --json
+check "a warning of another vendor's run is no cause" json_is \
+    '[.ended[] | select(.message | startswith("Failed to initialize NVML")) | .cause | startswith("nvml.dll is ")]' '[true]'
+
 run --explain --doctor
 check "two views at once are refused" exits_with 2
 
 run --machine workstation --doctor --json
 check "--doctor exits with 0 where all is well" exits_with 0
 check "--doctor's checks have stable names" json_is '[.checks[].name] | join(" ")' \
-    '"com wmi-namespace wmi-bios wmi-video-controller wmi-physical-memory opencl.dll nvml.dll nvapi64.dll atiadlxx.dll amdadlx64.dll dxgi registry-pci registry-video library"'
+    '"com wmi-namespace wmi-bios wmi-video-controller wmi-physical-memory memory-type opencl.dll opencl-intel nvml.dll nvapi64.dll atiadlxx.dll amdadlx64.dll dxgi registry-pci registry-video library"'
 run --machine intel-laptop --doctor --json
 check "a vendor's library is not needed without its card" json_is \
     '[.status, (.checks[] | select(.status == "not-needed") | .name)]' '[0,"nvapi64.dll","atiadlxx.dll","amdadlx64.dll"]'
@@ -183,6 +208,13 @@ run --machine nvidia-missing-driver --doctor --json
 check "a missing driver limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"nvapi64.dll"]'
 check "what limits the records exits with 1" exits_with 1
+run --machine ddr5-desktop --doctor --json
+check "memory that the library does not know limits the records" json_is \
+    '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"memory-type"]'
+run --machine intel-laptop-no-opencl-driver --doctor --json
+check "an adapter of Intel's that OpenCL does not list limits the records" json_is \
+    '[.status, (.checks[] | select(.status == "limits") | .name, .detail)]' \
+    '[1,"opencl-intel","\"Intel(R) UHD Graphics 620\""]'
 run --machine server --doctor
 check "a missing OpenCL loader exits with 2" exits_with 2
 check "a missing OpenCL loader is told with what brings it" prints "any vendor's display driver"

@@ -1,0 +1,111 @@
+#include "LikelyCause.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "OpenClDevices.h"
+#include "SystemChecks.h"
+#include "system/MemoryBandwidth.h"
+
+namespace orvel::tools {
+
+namespace {
+
+constexpr uint32_t intelVendor = 0x8086;
+
+std::string Quoted(const std::string& text)
+{
+    return "\"" + text + "\"";
+}
+
+bool IsListedByOpenCl(const std::string& name)
+{
+    const auto devices = OpenClDevices();
+    return std::any_of(devices.begin(), devices.end(),
+                       [&](const OpenClDevice& device) { return device.Name == name && device.VendorId == intelVendor; });
+}
+
+std::string MemoryCause()
+{
+    const uint32_t type = MemoryType();
+    return IsKnownMemory(type)
+               ? ""
+               : "the memory is of SMBIOS type " + std::to_string(type) + ", which the library does not know";
+}
+
+std::string OpenClCause()
+{
+    const std::string missing = IntelAdaptersWithoutOpenCl();
+    return missing.empty() ? "" : "OpenCL lists no device of Intel's with WMI's name: " + missing;
+}
+
+std::string DllCause(const char* dll)
+{
+    const Finding finding = FindDll(dll);
+    return finding.IsFound ? "" : std::string(dll) + " cannot be loaded, " + finding.Detail;
+}
+
+std::string NvapiCause()
+{
+    const std::string missing = DllCause("nvapi64.dll");
+    if (NamesOfAdapters("10DE").empty()) {
+        return "WMI lists no card of NVIDIA's";
+    }
+    return missing.empty() ? "" : "WMI lists a card of NVIDIA's, but " + missing;
+}
+
+std::string NvmlCause()
+{
+    const Finding finding = FindDll("nvml.dll");
+    return finding.IsFound ? "nvml.dll is " + finding.Path : "nvml.dll cannot be loaded, " + finding.Detail;
+}
+
+/// The cause that can be looked for here; "" where there is none.
+std::string SeenCause(const std::string& message)
+{
+    const auto begins = [&message](const char* text) { return message.starts_with(text); };
+    if (begins("Argument out of range") || begins("invalid unordered_map")) {
+        return MemoryCause();
+    }
+    if (begins("invalid stod") || begins("invalid stof")) {
+        return OpenClCause();
+    }
+    if (begins("Failed to load opencl.dll")) {
+        return DllCause("opencl.dll");
+    }
+    if (begins("Failed to initialize NVAPI")) {
+        return NvapiCause();
+    }
+    return begins("Failed to initialize NVML") ? NvmlCause() : "";
+}
+
+} // namespace
+
+bool IsKnownMemory(uint32_t memoryType)
+{
+    try {
+        shared::enumeration::TransferFactor(memoryType);
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
+
+std::string IntelAdaptersWithoutOpenCl()
+{
+    std::string missing;
+    for (const std::string& name : NamesOfAdapters("8086")) {
+        if (!IsListedByOpenCl(name)) {
+            missing += (missing.empty() ? "" : ", ") + Quoted(name);
+        }
+    }
+    return missing;
+}
+
+std::string LikelyCause(const std::string& message, const std::string& lastWarning)
+{
+    // A warning tells what this run could not read; what is seen now may have been so all along.
+    return lastWarning.empty() ? SeenCause(message) : "the last warning before it is " + Quoted(lastWarning);
+}
+
+} // namespace orvel::tools
