@@ -30,17 +30,6 @@ Json Expected(const std::string& name)
     return Json::parse(file);
 }
 
-/// A record whose fractions are those of 32-bit floats, however many digits they are written with.
-Json AsFloats(Json card)
-{
-    for (Json& value : card) {
-        if (value.is_number_float()) {
-            value = value.get<float>();
-        }
-    }
-    return card;
-}
-
 LogLines Lines(const Json& log)
 {
     LogLines lines;

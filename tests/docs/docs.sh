@@ -8,18 +8,7 @@ export LC_ALL=C.UTF-8
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$source" || exit 1
-failures=0
-checks=0
-
-check() {
-    checks=$((checks + 1))
-    if ! "${@:2}" >"$work/output" 2>&1; then
-        failures=$((failures + 1))
-        echo "FAILED: $1"
-        head -c 2000 "$work/output"
-    fi
-}
-same() { diff <(cat "$1") <(cat "$2"); }
+source "$source/tests/support/checks.sh"
 holds() { grep -qF -- "$2" "$1" || { echo "no \"$2\" in $1"; return 1; }; }
 
 documents=(README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md docs/*.md machines/README.md)

@@ -9,18 +9,7 @@ here=$source/tests/package
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
-failures=0
-checks=0
-
-check() {
-    checks=$((checks + 1))
-    if ! "${@:2}" >"$work/output" 2>&1; then
-        failures=$((failures + 1))
-        echo "FAILED: $1"
-        head -c 2000 "$work/output"
-    fi
-}
-same() { diff <(cat "$1") <(cat "$2"); }
+source "$source/tests/support/checks.sh"
 holds() { grep -qF -- "$2" "$1" || { echo "no \"$2\" in:" && cat "$1"; }; }
 lacks() { ! grep -nF -- "$2" "$1"; }
 

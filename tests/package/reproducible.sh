@@ -12,7 +12,7 @@ mkdir -p "$copy/build"
 tar -C "$source" -c --exclude=./build --exclude=./dist --exclude=./.git . | tar -C "$copy" -x
 ln -s "$build/deps" "$copy/build/deps"
 cmake -S "$copy" -B "$copy/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$copy/cmake/Toolchain-mingw64.cmake" -DBUILD_TESTING=OFF >/dev/null
-ninja -C "$copy/build" --quiet
+ninja -C "$copy/build" --quiet program
 second=$("$copy/cmake/make-package.sh" "$copy" "$copy/build" "$copy/dist")
 if ! cmp "$zip" "$second"; then
     diff <(unzip -lv "$zip" | awk '{ print $7, $8 }') <(unzip -lv "$second" | awk '{ print $7, $8 }') || true

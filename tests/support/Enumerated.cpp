@@ -21,4 +21,14 @@ Enumerated Enumerate(const Json& machine)
     return result;
 }
 
+Json AsFloats(Json card)
+{
+    for (Json& value : card) {
+        if (value.is_number_float()) {
+            value = value.get<float>();
+        }
+    }
+    return card;
+}
+
 } // namespace orvel::tests

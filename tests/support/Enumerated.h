@@ -18,6 +18,9 @@ struct Enumerated {
 /// Puts the process on the machine and enumerates once, as a host does.
 Enumerated Enumerate(const Json& machine);
 
+/// A record whose fractions are those of 32-bit floats, however many digits they are written with.
+Json AsFloats(Json card);
+
 /// A line of LogLines.
 std::string Line(const std::string& severity, const std::string& function, const std::string& message);
 

@@ -82,14 +82,4 @@ LogLines WithSession(const LogLines& lines)
     return all;
 }
 
-Json AsFloats(Json card)
-{
-    for (Json& value : card) {
-        if (value.is_number_float()) {
-            value = value.get<float>();
-        }
-    }
-    return card;
-}
-
 } // namespace orvel::tests

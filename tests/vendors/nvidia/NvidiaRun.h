@@ -25,7 +25,4 @@ std::string EndLine(const std::string& reason);
 /// The lines of a session with NVAPI and NVML and, between them, those of the run.
 LogLines WithSession(const LogLines& lines);
 
-/// A record whose fractions are those of 32-bit floats.
-Json AsFloats(Json card);
-
 } // namespace orvel::tests
