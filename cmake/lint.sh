@@ -19,5 +19,5 @@ jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
 cd "$project"
 cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --language=c++ --std=c++20 --platform=win64 --inline-suppr \
     --enable=warning,performance,portability --library=windows --cppcheck-build-dir="$lint/cppcheck" \
-    -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I wmi-client/include -I simulation/include -I tools \
-    --suppressions-list=cmake/cppcheck-suppressions.txt src wmi-client tools fallback simulation
+    -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I wmi-client/include -I simulation/include -I tools -I fuzz -I tests \
+    --suppressions-list=cmake/cppcheck-suppressions.txt src wmi-client tools fallback simulation bench fuzz tests
