@@ -9,7 +9,7 @@ mkdir -p "$lint/cppcheck"
 
 # The commands are GCC's: clang takes its target and the C++ library's folders by name, and leaves out what it does not know.
 library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
-jq --arg library "$library" '[.[] | select(.file | test("/(src|wmi-client/src|fallback)/[^.]*[.]cpp$"))
+jq --arg library "$library" '[.[] | select(.file | test("/(cmake|src|wmi-client/src|fallback)/[^.]*[.]cpp$"))
     | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-fno-lifetime-dse|-Wshadow=local|-Werror"; ""))]' \
     "$2/compile_commands.json" >"$lint/compile_commands.json"
 jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
@@ -20,4 +20,4 @@ cd "$project"
 cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --language=c++ --std=c++20 --platform=win64 --inline-suppr \
     --enable=warning,performance,portability --library=windows --cppcheck-build-dir="$lint/cppcheck" \
     -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I wmi-client/include -I simulation/include -I tools -I fuzz -I tests \
-    --suppressions-list=cmake/cppcheck-suppressions.txt src wmi-client tools fallback simulation bench fuzz tests
+    --suppressions-list=cmake/cppcheck-suppressions.txt cmake src wmi-client tools fallback simulation bench fuzz tests

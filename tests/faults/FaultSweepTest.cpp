@@ -45,8 +45,8 @@ std::string Joined(const Fields& fields)
 
 void CheckNothingLives(const Enumerated& result, const std::set<std::string>& alive)
 {
-    for (const auto& [interface, objects] : result.Live) {
-        CHECK_MESSAGE((objects == 0 || alive.contains(interface)), interface << " has " << objects << " live objects");
+    for (const auto& [api, objects] : result.Live) {
+        CHECK_MESSAGE((objects == 0 || alive.contains(api)), api << " has " << objects << " live objects");
     }
 }
 
@@ -126,10 +126,10 @@ const std::map<std::string, std::string> otherNames = {{"query", "/wmi/failures"
 std::string NameOfCall(const std::string& call)
 {
     std::istringstream words(call);
-    std::string interface;
+    std::string api;
     std::string name;
-    words >> interface >> name;
-    if (interface == "wmi" && name == "get") {
+    words >> api >> name;
+    if (api == "wmi" && name == "get") {
         words >> name;
     }
     const auto other = otherNames.find(name);

@@ -49,10 +49,10 @@ Consequence Other(const std::string& manufacturer, Fields fields)
     return result;
 }
 
-Consequence StaysAlive(const std::string& interface)
+Consequence StaysAlive(const std::string& api)
 {
     Consequence result;
-    result.Alive.insert(interface);
+    result.Alive.insert(api);
     return result;
 }
 
@@ -92,10 +92,10 @@ Fault Removing(const Pointer& path, const Consequence& expected)
     return {"without " + path.to_string(), {{path, std::nullopt}}, expected};
 }
 
-Fault Hiding(const std::string& interface, const std::string& function, const Consequence& expected)
+Fault Hiding(const std::string& api, const std::string& function, const Consequence& expected)
 {
-    const std::string list = interface == "nvapi" ? "unresolved" : "missing";
-    return Setting(Pointer("/" + interface + "/" + list + "/-"), function, expected);
+    const std::string list = api == "nvapi" ? "unresolved" : "missing";
+    return Setting(Pointer("/" + api + "/" + list + "/-"), function, expected);
 }
 
 Json Status(long status)

@@ -28,7 +28,7 @@ Consequence operator+(Consequence left, const Consequence& right);
 Consequence Nothing();
 Consequence Lost(std::set<std::string> manufacturers);
 Consequence Other(const std::string& manufacturer, Fields fields);
-Consequence StaysAlive(const std::string& interface);
+Consequence StaysAlive(const std::string& api);
 Consequence Thrown(long status, std::set<std::string> lost);
 
 /// One change of a machine: another value, or none at all. "/…/-" appends to an array.
@@ -64,7 +64,7 @@ std::vector<Fault> AdlxFaults();
 Fault Setting(const Pointer& path, const Json& value, const Consequence& expected);
 Fault Removing(const Pointer& path, const Consequence& expected);
 /// The function's name in the interface's list of functions that cannot be found.
-Fault Hiding(const std::string& interface, const std::string& function, const Consequence& expected);
+Fault Hiding(const std::string& api, const std::string& function, const Consequence& expected);
 Json Status(long status);
 Json StatusAndValue(long status, const Json& value);
 

@@ -372,9 +372,9 @@ Json Maker::Make()
     ChangeNvml(machine["nvml"]);
     ChangeAdl(machine["adl"]);
     ChangeAdlx(machine["adlx"]);
-    for (const char* interface : {"dwm", "wmi", "registry", "dxgi", "opencl", "nvapi", "nvml", "adl", "adlx"}) {
+    for (const char* api : {"dwm", "wmi", "registry", "dxgi", "opencl", "nvapi", "nvml", "adl", "adlx"}) {
         if (Chance(oddness / 8)) {
-            machine.erase(interface);
+            machine.erase(api);
         }
     }
     return machine;

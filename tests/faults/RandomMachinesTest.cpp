@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <set>
 
-#define WIN32_LEAN_AND_MEAN // its "interface" is a macro otherwise
 #include <windows.h>
 
 #include <doctest/doctest.h>
@@ -34,15 +33,15 @@ LONG WINAPI TellMachine(EXCEPTION_POINTERS* exception)
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-bool Hides(const Json& machine, const char* interface, const char* list, const char* function)
+bool Hides(const Json& machine, const char* api, const char* list, const char* function)
 {
-    const Json names = machine.value(interface, Json::object()).value(list, Json::array());
+    const Json names = machine.value(api, Json::object()).value(list, Json::array());
     return std::find(names.begin(), names.end(), function) != names.end();
 }
 
-bool Refuses(const Json& machine, const char* interface, const char* function)
+bool Refuses(const Json& machine, const char* api, const char* function)
 {
-    const Json answer = machine.value(interface, Json::object()).value(function, Json(0));
+    const Json answer = machine.value(api, Json::object()).value(function, Json(0));
     return answer != 0;
 }
 
@@ -99,8 +98,8 @@ void CheckMachine(uint32_t seed, const Json& healthyCard)
         CheckCard(card, healthyCard);
     }
     const auto unended = Unended(machine, result);
-    for (const auto& [interface, objects] : result.Live) {
-        CHECK_MESSAGE((objects == 0 || unended.contains(interface)), interface << " has " << objects << " live objects");
+    for (const auto& [api, objects] : result.Live) {
+        CHECK_MESSAGE((objects == 0 || unended.contains(api)), api << " has " << objects << " live objects");
     }
     if (unended.contains("adlx")) {
         Enumerate(Machine("workstation")); // ends what is left open

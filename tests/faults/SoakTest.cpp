@@ -3,14 +3,15 @@
 #include <cstdlib>
 #include <memory>
 
-#define WIN32_LEAN_AND_MEAN // its "interface" is a macro otherwise
 #include <windows.h>
+
+#include <objbase.h>
 
 #include <doctest/doctest.h>
 
 #include "Faults.h"
 #include "GraphicCardEnumeration.h"
-#include "HeldResources.h"
+#include "support/HeldResources.h"
 
 using namespace orvel::tests;
 
@@ -20,21 +21,40 @@ struct CloseHandle {
     void operator()(HANDLE handle) const { ::CloseHandle(handle); }
 };
 
-using Event = std::unique_ptr<void, CloseHandle>;
+using Handle = std::unique_ptr<void, CloseHandle>;
 
 constexpr int roundsPerMachine = 100; // the simulation keeps a trace, which starts anew with the machine
 
-void EnumerateRounds(const Json& machine, int rounds)
+void EnumerateOnce()
+{
+    orvel::shared::enumeration::GraphicCardEnumeration enumeration;
+    try {
+        enumeration.QueryGraphicCards();
+    } catch (long) { // a status of WMI, on the machine that is made for it
+    }
+}
+
+void EnumerateOnNewThread()
+{
+    const Handle thread(::CreateThread(
+        nullptr, 0,
+        [](void*) -> DWORD {
+            ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+            EnumerateOnce();
+            ::CoUninitialize();
+            return 0;
+        },
+        nullptr, 0, nullptr));
+    ::WaitForSingleObject(thread.get(), INFINITE);
+}
+
+void EnumerateRounds(const Json& machine, int rounds, void (*enumerate)())
 {
     for (int round = 0; round < rounds; ++round) {
         if (round % roundsPerMachine == 0) {
             Simulate(machine);
         }
-        orvel::shared::enumeration::GraphicCardEnumeration enumeration;
-        try {
-            enumeration.QueryGraphicCards();
-        } catch (long) { // a status of WMI, on the machine that is made for it
-        }
+        enumerate();
     }
     Simulate(machine);
 }
@@ -45,17 +65,18 @@ int Rounds()
     return text ? std::atoi(text) : 500;
 }
 
-void CheckNothingAddsUp(const Json& machine, int rounds)
+void CheckNothingAddsUp(const Json& machine, int rounds, void (*enumerate)() = EnumerateOnce)
 {
-    EnumerateRounds(machine, roundsPerMachine);
+    EnumerateRounds(machine, roundsPerMachine, enumerate);
     const HeldResources first = HeldNow();
-    EnumerateRounds(machine, rounds);
+    EnumerateRounds(machine, rounds, enumerate);
     const HeldResources last = HeldNow();
     MESSAGE(rounds << " rounds: handles " << first.Handles << " to " << last.Handles << ", modules " << first.Modules
                    << " to " << last.Modules << ", heap KiB " << first.HeapBytes / 1024 << " to " << last.HeapBytes / 1024
                    << ", private KiB " << first.PrivateBytes / 1024 << " to " << last.PrivateBytes / 1024);
     CHECK(last.Handles <= first.Handles + 2); // the system opens one for itself now and then
     CHECK(last.Modules == first.Modules);
+    CHECK(last.TlsIndexes == first.TlsIndexes);
     // A leak of 7 bytes a round would be more than this in 10,000 rounds.
     CHECK(last.HeapBytes <= first.HeapBytes + 64 * 1024);
     CHECK(last.PrivateBytes <= first.PrivateBytes + 1024 * 1024); // the heaps take memory in large pieces
@@ -69,15 +90,23 @@ TEST_CASE("What the process holds is counted")
 {
     const HeldResources before = HeldNow();
     const std::string text(100000, 'x');
-    const Event event(::CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    const Handle event(::CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    const DWORD tlsIndex = ::TlsAlloc();
     const HeldResources after = HeldNow();
     CHECK(after.HeapBytes >= before.HeapBytes + text.size());
     CHECK(after.Handles == before.Handles + 1);
+    CHECK(after.TlsIndexes == before.TlsIndexes + 1);
+    ::TlsFree(tlsIndex);
 }
 
 TEST_CASE("Enumerating again and again holds no more handles, modules and memory")
 {
     CheckNothingAddsUp(HealthyWorkstation(), Rounds());
+}
+
+TEST_CASE("Nor does it where each enumeration has a thread of its own")
+{
+    CheckNothingAddsUp(HealthyWorkstation(), Rounds() / 5, EnumerateOnNewThread);
 }
 
 TEST_CASE("Nor does it where a status leaves the enumeration each time")
@@ -92,7 +121,7 @@ TEST_CASE("Nor where ADLX is left open each time")
     Json machine = HealthyWorkstation();
     machine["wmi"]["failures"].push_back({{"contains", "VEN_1002"}, {"status", -1}});
     CheckNothingAddsUp(machine, Rounds() / 5);
-    EnumerateRounds(HealthyWorkstation(), 1); // ends it
+    EnumerateRounds(HealthyWorkstation(), 1, EnumerateOnce); // ends it
 }
 
 TEST_CASE("Nor where OpenCL's functions are missing")

@@ -1,5 +1,8 @@
 #include "Connection.h"
 
+#include <atomic>
+#include <cstdint>
+#include <mutex>
 #include <vector>
 
 #include "BasicString.h"
@@ -10,9 +13,25 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-/// The open connections of this thread: what one apartment opened is no other's to use. They belong to their users, so that
-/// nothing of COM outlives the last of them.
-thread_local std::vector<std::weak_ptr<const Connection>> openConnections;
+/// A connection and the thread that opened it: what one apartment opened is no other's to use.
+struct OpenConnection {
+    uint64_t Thread;
+    std::weak_ptr<const Connection> Shared; // belongs to its users, so that nothing of COM outlives the last of them
+};
+
+std::mutex openConnectionsMutex;
+std::vector<OpenConnection> openConnections; // not thread_local: a thread's destructors keep the DLL loaded until its end
+
+/// A number that no other thread has or had, unlike the system's, which come again.
+uint64_t ThisThread()
+{
+    static std::atomic<uint64_t> threads;
+    thread_local uint64_t number = 0;
+    if (number == 0) {
+        number = ++threads;
+    }
+    return number;
+}
 
 HRESULT Connect(const wchar_t* namespacePath, ComPtr<IWbemServices>& services)
 {
@@ -35,6 +54,20 @@ HRESULT Connect(const wchar_t* namespacePath, ComPtr<IWbemServices>& services)
     return WBEM_S_NO_ERROR;
 }
 
+/// The thread's open connection to the namespace, or null.
+std::shared_ptr<const Connection> FindOpen(uint64_t thread, const std::wstring& path)
+{
+    const std::lock_guard lock(openConnectionsMutex);
+    std::erase_if(openConnections, [](const OpenConnection& open) { return open.Shared.expired(); });
+    for (const OpenConnection& open : openConnections) {
+        auto connection = open.Thread == thread ? open.Shared.lock() : nullptr;
+        if (connection && connection->Path() == path) {
+            return connection;
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
 Connection::Connection(const wchar_t* namespacePath)
@@ -43,16 +76,13 @@ Connection::Connection(const wchar_t* namespacePath)
 
 std::shared_ptr<const Connection> Connection::To(const wchar_t* namespacePath)
 {
-    std::erase_if(openConnections, [](const auto& connection) { return connection.expired(); });
-    for (const auto& known : openConnections) {
-        auto connection = known.lock(); // null where another thread has just dropped the last client
-        if (connection && namespacePath && connection->path == namespacePath) {
-            return connection;
-        }
+    if (auto open = FindOpen(ThisThread(), namespacePath ? namespacePath : L"")) {
+        return open;
     }
     auto connection = std::make_shared<const Connection>(namespacePath);
     if (connection->Services()) {
-        openConnections.push_back(connection);
+        const std::lock_guard lock(openConnectionsMutex);
+        openConnections.push_back({ThisThread(), connection});
     }
     return connection;
 }

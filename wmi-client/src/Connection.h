@@ -17,6 +17,7 @@ public:
 
     explicit Connection(const wchar_t* namespacePath);
 
+    const std::wstring& Path() const { return path; }
     /// 0, or why there are no services.
     HRESULT Status() const { return status; }
     /// Null after a failure.

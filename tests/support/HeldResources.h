@@ -8,6 +8,7 @@ namespace orvel::tests {
 struct HeldResources {
     size_t Handles = 0;
     size_t Modules = 0;
+    size_t TlsIndexes = 0;   ///< of thread-local storage
     size_t HeapBytes = 0;    ///< allocated from the process's heaps
     size_t PrivateBytes = 0; ///< committed memory that is this process's alone
 };

@@ -57,6 +57,17 @@ size_t CountModules()
     return bytes / sizeof(HMODULE);
 }
 
+size_t CountTlsIndexes()
+{
+    constexpr size_t mostIndexes = 1088;
+    std::vector<DWORD> free;
+    for (DWORD index = ::TlsAlloc(); index != TLS_OUT_OF_INDEXES; index = ::TlsAlloc()) {
+        free.push_back(index);
+    }
+    std::for_each(free.begin(), free.end(), ::TlsFree);
+    return mostIndexes - free.size();
+}
+
 size_t AllocatedBytes(HANDLE heap)
 {
     size_t bytes = 0;
@@ -99,6 +110,7 @@ HeldResources HeldNow()
     HeldResources held;
     held.Handles = CountHandles();
     held.Modules = CountModules();
+    held.TlsIndexes = CountTlsIndexes();
     held.HeapBytes = CountHeapBytes();
     held.PrivateBytes = CountPrivateBytes();
     return held;
