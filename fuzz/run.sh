@@ -1,15 +1,18 @@
 #!/usr/bin/env bash
-# run.sh BUILD OPTION…: runs every fuzz target of a native build with these options of the fuzzer, on the seeds here.
-# What it finds beyond them is kept in BUILD/corpus, inputs that fail in BUILD/failing.
+# run.sh BUILD CORPUS OPTION…: runs every fuzz target of a native build with these options of the fuzzer, on the seeds here and
+# on the folder CORPUS, where new inputs are kept; "" keeps none. Inputs that fail go to BUILD/failing.
 set -euo pipefail
 
 build=$1
-shift
+kept=$2
+shift 2
+forgotten=$(mktemp -d)
+trap 'rm -rf "$forgotten"' EXIT
 seeds=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)/seeds
 mkdir -p "$build/failing"
 for folder in "$seeds"/*/; do
     target=$(basename "$folder")
-    corpus=$build/corpus/$target
+    corpus=${kept:-$forgotten}/$target
     mkdir -p "$corpus"
     echo "== $target"
     if ! "$build/fuzz-$target" -max_len=512 -artifact_prefix="$build/failing/$target-" "$@" "$corpus" "$folder" \
