@@ -72,6 +72,7 @@ double FreshFigure(const std::string& folder, const char* figure)
 double FreshMedian(const std::string& folder, const char* figure)
 {
     std::vector<double> values;
+    values.reserve(freshProcesses);
     for (int index = 0; index < freshProcesses; ++index) {
         values.push_back(FreshFigure(folder, figure));
     }

@@ -91,7 +91,7 @@ void ReadBusNumber(const char* vendorId, const char* deviceId)
     char found[255] = "";
     for (DWORD index = 0; SubkeyName(root.get(), index, name); ++index) {
         if (found[0] == '\0' && std::strstr(name, vendorId) && std::strstr(name, deviceId)) {
-            std::strcpy(found, name);
+            std::memcpy(found, name, sizeof(found));
         }
     }
     if (found[0] != '\0') {

@@ -73,6 +73,7 @@ double Microseconds(const std::function<void()>& run)
 double MedianOf(int runs, const std::function<void()>& run)
 {
     std::vector<double> times;
+    times.reserve(static_cast<size_t>(runs));
     for (int index = 0; index < runs; ++index) {
         times.push_back(Microseconds(run));
     }

@@ -1,6 +1,6 @@
 // GCC's runtime does not give back what it has taken of the process when the DLL that it is part of is unloaded. Its reserve
-// of memory for exceptions adds up, and so does its index of thread-local storage: a process has 1088 of them, and the runtime
-// aborts without one. A host that loads and frees the library again and again would end there.
+// of memory for exceptions adds up, and so does its index of thread-local storage: a process has 1088 of them, and the
+// runtime aborts without one. A host that loads and frees the library again and again would end there.
 
 #include <array>
 #include <cstddef>

@@ -23,9 +23,13 @@ constexpr int32_t ADLX_NOT_SUPPORTED = 12;
 /// What ADLX hands out: a pointer to this, whose first member points to the published table of functions. The first
 /// parameter of each function is the object itself.
 struct AdlxObject {
+    AdlxObject(void* const* itsTable, const char* itsName, const AdlxGpuModel* itsGpu = nullptr)
+        : table(itsTable), name(itsName), gpu(itsGpu)
+    {}
+
     void* const* table;
-    const char* name;                  // of the interface
-    const AdlxGpuModel* gpu = nullptr; // the GPU that the object is or speaks about
+    const char* name;        // of the interface
+    const AdlxGpuModel* gpu; // the GPU that the object is or speaks about
     long references = 0;
     std::optional<LiveObject> live = {}; // while there are references
 };

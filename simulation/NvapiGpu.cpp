@@ -69,7 +69,7 @@ int32_t GiveText(const char* name, const void* handle, char* target, Answer<std:
             return NVAPI_INVALID_ARGUMENT;
         return (gpu.*member).Give(NVAPI_NOT_SUPPORTED, [target](const std::string& text) {
             std::memset(target, 0, ShortStringSize);
-            std::memcpy(target, text.data(), std::min(text.size(), ShortStringSize - 1));
+            text.copy(target, ShortStringSize - 1);
         });
     });
 }

@@ -99,7 +99,7 @@ std::string Hexadecimal(HRESULT result)
     return text;
 }
 
-std::optional<std::string> Register(const Machine& machine, ComPtr<IWbemLocator> systemLocator)
+std::optional<std::string> Register(const Machine& machine, const ComPtr<IWbemLocator>& systemLocator)
 {
     Registration& registration = TheRegistration();
     registration.factory.Serve(std::make_shared<WmiSession>(std::make_shared<const Machine>(machine), systemLocator));
@@ -125,7 +125,7 @@ std::optional<std::string> PutWmiInPlace(const Machine& machine)
         if (FAILED(result))
             return "the computer's own WMI cannot be reached, error " + Hexadecimal(result);
     }
-    return Register(machine, std::move(locator));
+    return Register(machine, locator);
 }
 
 void TakeWmiAway()

@@ -26,7 +26,7 @@ bool IsWordCharacter(wchar_t character)
 std::wstring TakeWord(std::wstring_view& rest)
 {
     const auto end = std::ranges::find_if_not(rest, IsWordCharacter);
-    const std::wstring word(rest.begin(), end);
+    std::wstring word(rest.begin(), end);
     rest.remove_prefix(word.size());
     return word;
 }
