@@ -37,14 +37,14 @@ std::vector<std::string> MachineNames()
     return names;
 }
 
-std::string MachineFile(const std::string& nameOrFile)
+std::optional<std::string> MachineFile(const std::string& nameOrFile)
 {
-    const auto names = MachineNames();
-    const bool isShipped = std::find(names.begin(), names.end(), nameOrFile) != names.end();
-    if (!isShipped || std::filesystem::exists(std::filesystem::u8path(nameOrFile))) {
+    if (std::filesystem::exists(std::filesystem::u8path(nameOrFile))) {
         return nameOrFile;
     }
-    return (MachinesFolder() / (nameOrFile + ".json")).string();
+    const auto names = MachineNames();
+    const bool isShipped = std::find(names.begin(), names.end(), nameOrFile) != names.end();
+    return isShipped ? std::optional((MachinesFolder() / (nameOrFile + ".json")).string()) : std::nullopt;
 }
 
 std::string TitleOf(const std::string& machineName)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,9 @@ std::filesystem::path SimulationFolder();
 /// Short names of the shipped machines, sorted.
 std::vector<std::string> MachineNames();
 
-/// The file that `--machine` means: a file of this name, or the shipped machine of this short name. UTF-8.
-std::string MachineFile(const std::string& nameOrFile);
+/// The file that `--machine` means: a file of this name, or else the shipped machine of this short name; none where there is
+/// neither. UTF-8.
+std::optional<std::string> MachineFile(const std::string& nameOrFile);
 
 /// What a machine file calls itself; "" when it does not say, or cannot be read.
 std::string TitleOf(const std::string& machineName);

@@ -14,25 +14,25 @@ std::variant<Options, Ending> ParseOptions(const std::vector<std::string>& argum
     bool isExplain = false;
     bool isDoctor = false;
     bool isList = false;
-    CLI::App app("Shows every Intel, NVIDIA and AMD graphics card of this computer, or of a simulated machine.",
+    CLI::App app("Shows the Intel, NVIDIA and AMD graphics cards of this computer, or of a\nsimulated machine.",
                  "orvel-graphic-cards");
     app.set_version_flag("--version", "orvel-graphic-cards " ORVEL_VERSION);
     app.add_flag("--json", options.Json, "Print one JSON object instead of text");
     app.add_flag("--brief", options.Brief, "Leave out what is not told");
-    app.add_option("--machine", options.Machine, "Enumerate a simulated machine: its file, or the name of a shipped one")
+    app.add_option("--machine", options.Machine, "Enumerate a simulated machine: a file, or a shipped one")
         ->type_name("FILE");
-    app.add_option("--output", options.Output, "Write to this file, whole or not at all, instead of standard output")
-        ->type_name("FILE");
-    app.add_flag("--log", options.Log, "Print the library's log lines on standard error as they happen");
-    auto* explain = app.add_flag("--explain", isExplain, "Tell for each value where it comes from, or why it is missing");
-    auto* doctor =
-        app.add_flag("--doctor", isDoctor, "Check what the library leans on: what is missing, and what brings it");
+    app.add_option("--output", options.Output, "Write to this file, whole or not at all")->type_name("FILE");
+    app.add_flag("--log", options.Log, "Print the library's log lines on standard error");
+    auto* explain = app.add_flag("--explain", isExplain, "Tell where each value comes from, or why it is missing");
+    auto* doctor = app.add_flag("--doctor", isDoctor, "Check what the library leans on, and what is missing");
     auto* list = app.add_flag("--list-machines", isList, "List the shipped machines");
     explain->excludes(doctor)->excludes(list);
     doctor->excludes(list);
-    app.footer("Exit status: 0 done, 2 wrong option or machine file, 3 a library cannot be loaded,\n"
-               "4 the enumeration ended with an exception. With --doctor: 0 all is well, 1 something\n"
-               "limits the records, 2 nothing can be enumerated.");
+    app.get_formatter()->column_width(24);
+    app.get_formatter()->label("Excludes", "not with");
+    app.footer("Exit status: 0 done, 2 wrong option or machine file, 3 a library cannot be\n"
+               "loaded, 4 the enumeration ended with an exception. With --doctor: 0 all is well,\n"
+               "1 something limits the records, 2 nothing can be enumerated.");
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as CLI11 wants them
         app.parse(reversed);

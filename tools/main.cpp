@@ -111,6 +111,16 @@ int RunEnumeration(const Options& options, const TextStyle& style)
     return report.Error ? Fail(ExitException, Describe(*report.Error)) : status;
 }
 
+/// Puts the process on the machine that is asked for; what kept it from that.
+std::optional<SimulationProblem> TakeMachine(const std::string& nameOrFile)
+{
+    if (const auto file = MachineFile(nameOrFile)) {
+        return SimulateMachine(*file);
+    }
+    return SimulationProblem{ExitWrongInput,
+                             nameOrFile + ": neither a file nor a shipped machine (--list-machines lists these)"};
+}
+
 int Run(const Options& options)
 {
     if (options.Show == Mode::ListMachines) {
@@ -118,7 +128,7 @@ int Run(const Options& options)
     }
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // the host's duty: the library leaves COM alone
     if (options.Machine) {
-        if (const auto problem = SimulateMachine(MachineFile(*options.Machine))) {
+        if (const auto problem = TakeMachine(*options.Machine)) {
             return Fail(problem->Status, problem->Text);
         }
     }

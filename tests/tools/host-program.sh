@@ -30,6 +30,7 @@ prints() { [[ $out == *"$1"* ]]; }
 is_silent() { [ -z "$out" ]; }
 is_one_line() { [ "$(wc -l <"$work/err")" -eq 1 ]; }
 is_quiet() { [ -z "$err" ]; }
+fits_80_columns() { ! awk 'length > 80' "$work/out" | grep .; }
 has_no_carriage_return() { ! grep -q $'\r' "$work/out"; }
 json_is() { [ "$(jq -c "$1" "$work/out")" = "$2" ]; }
 
@@ -49,6 +50,7 @@ refused() {
 run --help
 check "--help exits with 0" exits_with 0
 check "--help tells the options" prints "--machine"
+check "--help fits 80 columns" fits_80_columns
 run --version
 check "--version exits with 0" exits_with 0
 check "--version tells the version" prints "orvel-graphic-cards $(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")"
@@ -67,6 +69,7 @@ run --machine "$work/none.json"
 check "a missing machine file exits with 2" exits_with 2
 check "a missing machine file is named" says none.json
 check "a missing machine file is told in one line" is_one_line
+check "the shipped machines are offered in its place" says --list-machines
 
 refused "broken JSON" '{"name": "x",' line
 refused "unknown key" '{"wmi": {"classes": {}, "klasses": {}}}' /wmi klasses
@@ -119,7 +122,6 @@ check "before Windows Vista composition is off and not asked for" json_is \
 
 # --- the other views ----------------------------------------------------------------------------------------------------------
 
-fits_80_columns() { ! awk 'length > 80' "$work/out" | grep .; }
 is_the_same_as() { diff "$work/out" "$1"; }
 has_no_colours() { ! grep -q $'\x1b' "$work/out"; }
 lacks() { [[ $out != *"$1"* ]]; }
