@@ -9,6 +9,9 @@ void PrepareFloor();
 /// value lives only where the next call depends on it.
 void RunFloor();
 
+/// NVIDIA's part of the preparation: NVML.
+void PrepareNvidiaFloor();
+
 // The runs of the single vendors.
 void RunIntelFloor();
 void RunNvidiaFloor();

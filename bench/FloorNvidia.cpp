@@ -175,18 +175,17 @@ nvmlDevice_t StartNvml()
     nvml.Init();
     unsigned int count = 0;
     nvml.Count(&count);
-    nvmlDevice_t first = nullptr;
-    for (unsigned int index = count; index-- > 0;) {
-        nvml.HandleByIndex(count - 1 - index, &first);
+    nvmlDevice_t devices[NVAPI_MAX_PHYSICAL_GPUS]{};
+    for (unsigned int index = 0; index < count && index < std::size(devices); ++index) {
+        nvml.HandleByIndex(index, &devices[index]);
     }
-    return first;
+    return devices[0];
 }
 
 } // namespace
 
-void PrepareFloor()
+void PrepareNvidiaFloor()
 {
-    PrepareSystemFloor();
     const HMODULE module = ::LoadLibraryW(L"nvml.dll");
     FindIn(module, "nvmlInit_v2", nvml.Init);
     FindIn(module, "nvmlShutdown", nvml.Shutdown);

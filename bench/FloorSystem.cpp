@@ -4,7 +4,6 @@
 #include <dxgi.h>
 #include <wrl/client.h>
 
-#include "Floor.h"
 #include "system/Handles.h"
 
 namespace orvel::bench {
@@ -50,13 +49,6 @@ void ReadComposition()
     ::VerifyVersionInfoW(&version, VER_MAJORVERSION, ::VerSetConditionMask(0, VER_MAJORVERSION, VER_GREATER_EQUAL));
     BOOL enabled = FALSE;
     isCompositionEnabled(&enabled);
-}
-
-void RunFloor()
-{
-    RunIntelFloor();
-    RunNvidiaFloor();
-    RunAmdFloor();
 }
 
 } // namespace orvel::bench

@@ -1,6 +1,5 @@
 // A host that loads the library for a while, and perhaps again and again, as a plug-in or a setup program does.
 
-#include <memory>
 #include <thread>
 
 #include <windows.h>
@@ -9,38 +8,31 @@
 
 #include <doctest/doctest.h>
 
+#include "support/Handles.h"
 #include "support/HeldResources.h"
 #include "support/SimulatedRun.h"
 
 using namespace orvel::tests;
+using orvel::shared::enumeration::FindFunction;
+using orvel::shared::enumeration::ModuleHandle;
 
 namespace {
 
 constexpr wchar_t library[] = L"orvel-graphic-cards-enumeration.dll";
 constexpr wchar_t client[] = L"orvel-shared-wmi-client.dll";
 
-struct FreeLoaded {
-    void operator()(HMODULE module) const { ::FreeLibrary(module); }
-};
-
-using LoadedLibrary = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeLoaded>;
-
-template <typename Function>
-Function Find(const LoadedLibrary& from, const std::string& member)
-{
-    const std::string name = "_ZN5orvel6shared11enumeration22GraphicCardEnumeration" + member;
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(from.get(), name.c_str())));
-}
-
 /// Enumerates with a library that is loaded for it; the number of cards.
 size_t LoadAndEnumerate()
 {
-    const LoadedLibrary loaded(::LoadLibraryW(library));
-    const auto construct = Find<void (*)(void*)>(loaded, "C1Ev");
-    const auto query = Find<void (*)(void*)>(loaded, "17QueryGraphicCardsEv");
-    const auto destroy = Find<void (*)(void*)>(loaded, "D1Ev");
-    const auto size = reinterpret_cast<size_t (*)(const void*)>(reinterpret_cast<void*>(
-        ::GetProcAddress(loaded.get(), "_ZNK5orvel6shared11enumeration22GraphicCardEnumeration4sizeEv")));
+    using Change = void (*)(void*);
+    using Count = size_t (*)(const void*);
+    const ModuleHandle loaded(::LoadLibraryW(library));
+    const HMODULE in = loaded.get();
+    const auto construct = FindFunction<Change>(in, "_ZN5orvel6shared11enumeration22GraphicCardEnumerationC1Ev");
+    const auto query =
+        FindFunction<Change>(in, "_ZN5orvel6shared11enumeration22GraphicCardEnumeration17QueryGraphicCardsEv");
+    const auto destroy = FindFunction<Change>(in, "_ZN5orvel6shared11enumeration22GraphicCardEnumerationD1Ev");
+    const auto size = FindFunction<Count>(in, "_ZNK5orvel6shared11enumeration22GraphicCardEnumeration4sizeEv");
     if (!construct || !query || !destroy || !size) {
         return 0;
     }
@@ -70,12 +62,10 @@ TEST_CASE("The library goes when the host frees it, on the thread that has enume
 TEST_CASE("It goes where another thread has enumerated, which lives on")
 {
     Simulate(Machine("intel-laptop"));
-    LoadedLibrary loaded(::LoadLibraryW(library));
+    ModuleHandle loaded(::LoadLibraryW(library));
     size_t cards = 0;
-    const std::unique_ptr<void, decltype(&::CloseHandle)> hasEnumerated(::CreateEventW(nullptr, TRUE, FALSE, nullptr),
-                                                                        ::CloseHandle);
-    const std::unique_ptr<void, decltype(&::CloseHandle)> mayEnd(::CreateEventW(nullptr, TRUE, FALSE, nullptr),
-                                                                 ::CloseHandle);
+    const Handle hasEnumerated(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const Handle mayEnd(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread thread([&] {
         ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         cards = LoadAndEnumerate();

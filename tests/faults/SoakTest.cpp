@@ -1,7 +1,6 @@
 // What a host pays that enumerates again and again: nothing may add up. ORVEL_SOAK_ROUNDS chooses how often.
 
 #include <cstdlib>
-#include <memory>
 
 #include <windows.h>
 
@@ -11,17 +10,12 @@
 
 #include "Faults.h"
 #include "GraphicCardEnumeration.h"
+#include "support/Handles.h"
 #include "support/HeldResources.h"
 
 using namespace orvel::tests;
 
 namespace {
-
-struct CloseHandle {
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-
-using Handle = std::unique_ptr<void, CloseHandle>;
 
 constexpr int roundsPerMachine = 100; // the simulation keeps a trace, which starts anew with the machine
 

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "system/Handles.h"
+
+namespace orvel::tests {
+
+/// A thread or an event.
+using Handle = std::unique_ptr<void, shared::enumeration::CloseWith<&::CloseHandle>>;
+
+} // namespace orvel::tests
