@@ -11,6 +11,7 @@
 
 #include "Floor.h"
 #include "GraphicCardEnumeration.h"
+#include "LateBinding.h"
 #include "OrvelSimulation.h"
 
 namespace orvel::bench {
@@ -51,8 +52,21 @@ size_t CountOf(const Trace& trace, const std::string& prefix)
         std::count_if(trace.begin(), trace.end(), [&](const std::string& call) { return call.starts_with(prefix); }));
 }
 
+/// Loads the library when it is first called; the machine is in place by then.
+void LoadProduct()
+{
+    static const char* const missing = [] {
+        const HMODULE library = ::LoadLibraryW(L"orvel-graphic-cards-enumeration.dll");
+        return library ? tools::BindLate(library) : "(it cannot be loaded)";
+    }();
+    if (missing) {
+        throw std::runtime_error(std::string("orvel-graphic-cards-enumeration.dll: ") + missing);
+    }
+}
+
 size_t RunProduct()
 {
+    LoadProduct();
     shared::enumeration::GraphicCardEnumeration enumeration;
     enumeration.QueryGraphicCards();
     return enumeration.size();
@@ -163,11 +177,7 @@ bool HasSameTrace(const nlohmann::json& machine)
 double MeasureLoading(const nlohmann::json& machine)
 {
     Simulate(machine);
-    return Microseconds([] {
-        if (!::LoadLibraryW(L"orvel-graphic-cards-enumeration.dll")) {
-            throw std::runtime_error("orvel-graphic-cards-enumeration.dll cannot be loaded");
-        }
-    });
+    return Microseconds(LoadProduct);
 }
 
 size_t MeasurePeakWorkingSet(const nlohmann::json& machine, bool isEnumerated)

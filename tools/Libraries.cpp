@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "LateBinding.h"
+
 namespace orvel::tools {
 
 namespace {
@@ -84,8 +86,11 @@ std::optional<std::string> LoadEnumerationLibrary()
     if (!IsFound(L"nvml.dll")) {
         ::LoadLibraryW((ProgramFolder() / "fallback" / "nvml.dll").c_str());
     }
-    if (::LoadLibraryW(libraryName)) {
-        return std::nullopt;
+    if (const HMODULE library = ::LoadLibraryW(libraryName)) {
+        const char* missing = BindLate(library);
+        return missing ? std::optional(std::string("orvel-graphic-cards-enumeration.dll lacks ") + missing +
+                                       ": it belongs to another version of this program")
+                       : std::nullopt;
     }
     const DWORD error = ::GetLastError();
     const std::string missing = FindMissing("orvel-graphic-cards-enumeration.dll");
