@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Libraries.h"
+#include "Utf8Path.h"
 
 namespace orvel::tools {
 
@@ -30,7 +31,7 @@ std::vector<std::string> MachineNames()
     std::error_code noFolder;
     for (const auto& entry : std::filesystem::directory_iterator(MachinesFolder(), noFolder)) {
         if (entry.path().extension() == ".json") {
-            names.push_back(entry.path().stem().string());
+            names.push_back(PathText(entry.path().stem()));
         }
     }
     std::sort(names.begin(), names.end());
@@ -39,12 +40,12 @@ std::vector<std::string> MachineNames()
 
 std::optional<std::string> MachineFile(const std::string& nameOrFile)
 {
-    if (std::filesystem::exists(std::filesystem::u8path(nameOrFile))) {
+    if (std::filesystem::exists(ToPath(nameOrFile))) {
         return nameOrFile;
     }
     const auto names = MachineNames();
     const bool isShipped = std::find(names.begin(), names.end(), nameOrFile) != names.end();
-    return isShipped ? std::optional((MachinesFolder() / (nameOrFile + ".json")).string()) : std::nullopt;
+    return isShipped ? std::optional(PathText(MachinesFolder() / (nameOrFile + ".json"))) : std::nullopt;
 }
 
 std::string TitleOf(const std::string& machineName)

@@ -5,11 +5,13 @@
 
 #include <windows.h>
 
+#include "Utf8Path.h"
+
 namespace orvel::tools {
 
 std::optional<std::string> WriteFileWhole(const std::string& path, const std::string& content)
 {
-    const auto target = std::filesystem::u8path(path);
+    const auto target = ToPath(path);
     auto partial = target;
     partial += ".part";
     {
