@@ -138,7 +138,7 @@ std::optional<std::string> LoadSimulated(Module& module)
         return ToUtf8(path) + " cannot be loaded, error " + std::to_string(GetLastError());
     if (module.held != module.attached)
         return "the computer's own " + ToUtf8(module.name) + " was loaded instead of " + ToUtf8(path) +
-               " (Wine needs a WINEDLLOVERRIDES entry that makes it native)";
+               " (under Wine, set WINEDLLOVERRIDES=\"opencl,dxgi,dwmapi=n,b\")";
     const bool isRedirected = module.isImported && Product() != nullptr;
     if (!isRedirected && GetModuleHandleW(module.name) != module.attached)
         return "the computer's own " + ToUtf8(module.name) + " is in the process already, in front of the simulated one";

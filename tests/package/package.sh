@@ -6,7 +6,7 @@ source=$2
 build=$3
 wine=$4
 here=$source/tests/package
-work=$(mktemp -d)
+work=$(mktemp -d "${TMPDIR:-/tmp}/a package.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
 source "$source/tests/support/checks.sh"
@@ -19,7 +19,7 @@ package=$work/$name
 windows() { printf 'Z:%s' "${1//\//\\}"; }
 folder=$(windows "$package")
 export WINEPATH="$folder\\bin;$folder\\simulation"
-export WINEDLLOVERRIDES="$folder\\simulation\\opencl,$folder\\simulation\\dxgi,$folder\\simulation\\dwmapi=n;mscoree,mshtml="
+export WINEDLLOVERRIDES="opencl,dxgi,dwmapi=n,b;mscoree,mshtml="
 machines=$package/simulation/machines
 msvc_flags=(--target=x86_64-pc-windows-msvc -fexceptions -fcxx-exceptions "-I$here/msvc-crt" -Wall -Wextra -Werror
     "-I$package/include" "-I$package/simulation/include")
