@@ -1,0 +1,1 @@
+// The headers that the tests have precompiled; see tests/CMakeLists.txt.
