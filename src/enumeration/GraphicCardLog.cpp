@@ -1,46 +1,63 @@
 #include "GraphicCardLog.h"
 
+#include <algorithm>
 #include <memory>
 
+#include "enumeration/HostCallback.h"
 #include "system/Log.h"
+
+namespace orvel::shared::enumeration {
 
 namespace {
 
-/// Hands each record of this library to the host.
-class CallbackAppender : public plog::IAppender {
+/// This library's default logger, which hands each record to the host. The callback may set another one, and returns into
+/// this object: so once made it stays, and only what it holds changes.
+class HostLog : public plog::IAppender {
 public:
-    CallbackAppender(GraphicCardLogCallback callback, void* context) : callback(callback), context(context) {}
+    HostLog() { logger.addAppender(this); }
+
+    void SendTo(GraphicCardLogCallback newCallback, plog::Severity maxSeverity, void* newContext)
+    {
+        callback = newCallback;
+        context = newContext;
+        logger.setMaxSeverity(maxSeverity);
+    }
 
     void write(const plog::Record& record) override
     {
-        callback(record.getSeverity(), record.getFunc(), record.getMessage(), context);
+        CallHost({callback, record.getSeverity(), record.getFunc(), record.getMessage(), context});
     }
 
 private:
-    GraphicCardLogCallback callback;
-    void* context;
-};
-
-/// This library's default logger, as long as the host wants lines.
-struct HostLog {
-    HostLog(GraphicCardLogCallback callback, int maxSeverity, void* context)
-        : Appender(callback, context), Logger(static_cast<plog::Severity>(maxSeverity))
-    {
-        Logger.addAppender(&Appender);
-    }
-
-    CallbackAppender Appender;
-    plog::Logger<PLOG_DEFAULT_INSTANCE_ID> Logger;
+    GraphicCardLogCallback callback = nullptr;
+    void* context = nullptr;
+    plog::Logger<PLOG_DEFAULT_INSTANCE_ID> logger{plog::none};
 };
 
 std::unique_ptr<HostLog> hostLog;
 
+/// Makes the log where there is none yet; whether there is one then.
+bool HasHostLog() noexcept
+{
+    try {
+        if (!hostLog) {
+            hostLog = std::make_unique<HostLog>();
+        }
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 } // namespace
+
+} // namespace orvel::shared::enumeration
 
 void SetGraphicCardLog(GraphicCardLogCallback callback, int maxSeverity, void* context)
 {
-    hostLog.reset(); // first: plog knows one default logger only
-    if (callback) {
-        hostLog = std::make_unique<HostLog>(callback, maxSeverity, context);
+    using namespace orvel::shared::enumeration;
+    const auto severity = callback ? std::clamp<int>(maxSeverity, plog::none, plog::verbose) : plog::none;
+    if (HasHostLog()) {
+        hostLog->SendTo(callback, static_cast<plog::Severity>(severity), context);
     }
 }
