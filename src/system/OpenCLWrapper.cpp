@@ -63,13 +63,13 @@ std::vector<cl_platform_id> OpenCLWrapper::GetPlatforms() const
         return {};
     }
     cl_uint count = 0;
-    if (getPlatformIds(0, nullptr, &count) != CL_SUCCESS) {
+    if (getPlatformIds(0, nullptr, &count) != CL_SUCCESS || !IsBelievable(count)) {
         PLOGE << "Failed to get Open CL platforms";
     }
-    if (count == 0) {
+    if (count == 0 || !IsBelievable(count)) {
         return {};
     }
-    std::vector<cl_platform_id> platforms(BelievableCount(count));
+    std::vector<cl_platform_id> platforms(count);
     if (getPlatformIds(count, platforms.data(), nullptr) != CL_SUCCESS) {
         PLOGE << "Failed to get Open CL platforms";
         return {};
@@ -86,13 +86,13 @@ std::vector<cl_device_id> OpenCLWrapper::GetDevices(cl_platform_id platform) con
         return {};
     }
     cl_uint count = 0;
-    if (getDeviceIds(platform, CL_DEVICE_TYPE_GPU, 0, nullptr, &count) != CL_SUCCESS) {
+    if (getDeviceIds(platform, CL_DEVICE_TYPE_GPU, 0, nullptr, &count) != CL_SUCCESS || !IsBelievable(count)) {
         PLOGE << "Failed to get Open CL devices";
     }
-    if (count == 0) {
+    if (count == 0 || !IsBelievable(count)) {
         return {};
     }
-    std::vector<cl_device_id> devices(BelievableCount(count));
+    std::vector<cl_device_id> devices(count);
     if (getDeviceIds(platform, CL_DEVICE_TYPE_GPU, count, devices.data(), nullptr) != CL_SUCCESS) {
         PLOGE << "Failed to get Open CL devices";
         return {};
@@ -124,7 +124,8 @@ std::string OpenCLWrapper::GetDeviceInfo(cl_device_id device, cl_device_info par
         PLOGW << "Failed to get device info value size";
         return {};
     }
-    const Buffer value(static_cast<char*>(std::malloc(bytes)));
+    // A driver may write less than it has announced.
+    const Buffer value(static_cast<char*>(std::calloc(bytes, 1)));
     if (!value) {
         ReleaseOnFailure();
         PLOGE << "Failed to allocate memory for device info value";

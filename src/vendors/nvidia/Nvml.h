@@ -6,6 +6,7 @@ using nvmlDevice_t = struct nvmlDevice_st*;
 using nvmlReturn_t = int;
 
 constexpr nvmlReturn_t NVML_SUCCESS = 0;
+constexpr nvmlReturn_t NVML_ERROR_UNKNOWN = 999;
 
 constexpr int NVML_TEMPERATURE_THRESHOLD_SHUTDOWN = 0;
 constexpr int NVML_TEMPERATURE_THRESHOLD_SLOWDOWN = 1;

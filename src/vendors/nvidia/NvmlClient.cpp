@@ -18,6 +18,13 @@ std::string WithStatus(const char* text, nvmlReturn_t status)
     return std::string(text) + " Status code: " + std::to_string(status);
 }
 
+/// The number of devices; a number that no computer has is a failure of an unknown kind.
+nvmlReturn_t CountDevices(unsigned int& count)
+{
+    const nvmlReturn_t status = nvmlDeviceGetCount_v2(&count);
+    return status == NVML_SUCCESS && !IsBelievable(count) ? NVML_ERROR_UNKNOWN : status;
+}
+
 } // namespace
 
 NvmlClient::NvmlClient()
@@ -26,7 +33,7 @@ NvmlClient::NvmlClient()
         throw std::runtime_error(WithStatus("Failed to initialize NVML.", status));
     }
     unsigned int count = 0;
-    if (const nvmlReturn_t status = nvmlDeviceGetCount_v2(&count); status != NVML_SUCCESS) {
+    if (const nvmlReturn_t status = CountDevices(count); status != NVML_SUCCESS) {
         count = 0;
         PLOGE << "Failed to get device count: " << nvmlErrorString(status) << '\n';
         if (const nvmlReturn_t shutdown = nvmlShutdown(); shutdown != NVML_SUCCESS) {
@@ -35,7 +42,7 @@ NvmlClient::NvmlClient()
         PLOGI << "NVML shutdown successfully";
     }
     try {
-        deviceHandles.resize(BelievableCount(count));
+        deviceHandles.resize(count);
     } catch (...) {
         nvmlShutdown(); // no destructor runs for a client that was not made
         throw;
@@ -54,7 +61,7 @@ NvmlClient::NvmlClient()
 NvmlClient::~NvmlClient()
 {
     if (const nvmlReturn_t status = nvmlShutdown(); status != NVML_SUCCESS) {
-        PLOGE << WithStatus("Failed to shutdown NVML.", status);
+        PLOGE << "Failed to shutdown NVML. Status code: " << status;
     }
     PLOGI << "NVML shutdown successfully"; // Intended: after a failure too.
 }

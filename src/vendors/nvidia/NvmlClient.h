@@ -15,8 +15,8 @@ namespace orvel::shared::enumeration {
 class NvmlClient {
 public:
     /// Initialises NVML and takes a handle for every device. Throws std::runtime_error ("Failed to initialize NVML. Status
-    /// code: N", "Failed to shutdown NVML. Status code: N"). A device count that cannot be read gives a client without
-    /// devices.
+    /// code: N", "Failed to shutdown NVML. Status code: N"), and std::bad_alloc when memory is exhausted; NVML is not open
+    /// then. A device count that cannot be read, or is above 65,536, gives a client without devices.
     NvmlClient();
     NvmlClient(const NvmlClient&) = delete;
     NvmlClient& operator=(const NvmlClient&) = delete;
