@@ -43,10 +43,9 @@ NvapiClient::NvapiClient()
         throw std::runtime_error("Failed to initialize NVAPI. Status code: " + std::to_string(status));
     }
     if (const NvAPI_Status status = nvapi.NvAPI_EnumPhysicalGPUs(gpuHandles.data(), &gpuCount); status != NVAPI_OK) {
-        const std::string message = "Failed to enumerate physical GPUs. Status code: " + std::to_string(status);
-        PLOGE << message;
-        nvapi.NvAPI_Unload();
-        throw std::runtime_error(message);
+        PLOGE << "Failed to enumerate physical GPUs. Status code: " << status;
+        nvapi.NvAPI_Unload(); // before anything that may throw: no destructor runs for a client that was not made
+        throw std::runtime_error("Failed to enumerate physical GPUs. Status code: " + std::to_string(status));
     }
     PLOGI << "NVAPI initialized successfully";
 }
