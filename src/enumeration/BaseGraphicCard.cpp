@@ -3,6 +3,7 @@
 #include <dwmapi.h>
 
 #include "enumeration/StatusNames.h"
+#include "enumeration/WmiText.h"
 #include "system/Log.h"
 
 namespace orvel::shared::enumeration {
@@ -51,8 +52,7 @@ std::string BaseGraphicCard::GetCurrentResolution(wmi::WMIClient& row) const
 {
     std::string width;
     std::string height;
-    if (row.GetValue(L"CurrentHorizontalResolution", width) == 0 &&
-        row.GetValue(L"CurrentVerticalResolution", height) == 0) {
+    if (ReadText(row, L"CurrentHorizontalResolution", width) && ReadText(row, L"CurrentVerticalResolution", height)) {
         return width + "x" + height;
     }
     PLOGW << "Failed to get current resolution from WMI.";
@@ -71,7 +71,7 @@ uint32_t BaseGraphicCard::GetCurrentRefreshRate(wmi::WMIClient& row) const
 std::string BaseGraphicCard::GetDriverVersion(wmi::WMIClient& row) const
 {
     std::string version;
-    if (row.GetValue(L"DriverVersion", version) != 0) {
+    if (!ReadText(row, L"DriverVersion", version)) {
         PLOGW << "Failed to get driver version from WMI";
     }
     return version;
@@ -80,7 +80,7 @@ std::string BaseGraphicCard::GetDriverVersion(wmi::WMIClient& row) const
 std::string BaseGraphicCard::GetDriverReleaseDate(wmi::WMIClient& row) const
 {
     std::string date;
-    if (row.GetValue(L"DriverDate", date) != 0) {
+    if (!ReadText(row, L"DriverDate", date)) {
         PLOGW << "Failed to get Driver Date from WMI";
     }
     return date;
@@ -89,7 +89,7 @@ std::string BaseGraphicCard::GetDriverReleaseDate(wmi::WMIClient& row) const
 std::string BaseGraphicCard::GetAdapterName(wmi::WMIClient& row) const
 {
     std::string name;
-    if (row.GetValue(L"Name", name) != 0) {
+    if (!ReadText(row, L"Name", name)) {
         PLOGW << "Failed to get Adapter Name from WMI";
     }
     return name;
@@ -107,7 +107,7 @@ uint32_t BaseGraphicCard::GetAdapterRam(wmi::WMIClient& row) const
 std::string BaseGraphicCard::GetAdapterStatus(wmi::WMIClient& row) const
 {
     std::string status;
-    if (row.GetValue(L"Status", status) != 0) {
+    if (!ReadText(row, L"Status", status)) {
         PLOGW << "Failed to get Status from WMI";
     }
     return status;

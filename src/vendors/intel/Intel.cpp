@@ -2,6 +2,7 @@
 
 #include "enumeration/StatusNames.h"
 #include "enumeration/WmiNamespace.h"
+#include "enumeration/WmiText.h"
 #include "system/DisplayRegistry.h"
 #include "system/Log.h"
 #include "system/MemoryBandwidth.h"
@@ -32,7 +33,7 @@ void Intel::QueryInfo(GraphicCardList& list)
     }
     std::string serialNumber;
     client.GetNext();
-    client.GetValue(L"SerialNumber", serialNumber); // stays empty where there is none
+    ReadText(client, L"SerialNumber", serialNumber);
 
     if (client.Query(L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'") != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
@@ -61,7 +62,7 @@ GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& row, const OpenCLWrappe
 void Intel::ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::string& vendorId) const
 {
     std::string pnpDeviceId;
-    if (row.GetValue(L"PNPDeviceID", pnpDeviceId) != 0 || pnpDeviceId.empty()) {
+    if (!ReadText(row, L"PNPDeviceID", pnpDeviceId) || pnpDeviceId.empty()) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get PNPDeviceID from WMI";
     } else {
         const PnpDeviceId id = ParsePnpDeviceId(pnpDeviceId);
@@ -70,7 +71,7 @@ void Intel::ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::
         card.SubsystemId = id.Subsystem;
     }
     card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(vendorId, card.DeviceId));
-    if (row.GetValue(L"Name", card.CardName) != 0) {
+    if (!ReadText(row, L"Name", card.CardName)) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Card Name from WMI";
     }
     card.ChipName = IntelChipName(card.CardName);
@@ -96,14 +97,14 @@ void Intel::ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl
     const auto ask = [&](cl_device_info param) { return opencl.GetDeviceInfoByName(card.CardName, param, vendorId); };
 
     std::string adapterDacType;
-    row.GetValue(L"AdapterDACType", adapterDacType); // stays empty where there is none
+    ReadText(row, L"AdapterDACType", adapterDacType);
     card.GpuType = IntelGpuType(adapterDacType);
     card.GpuClockMax = ToFloat(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY));
     card.MemoryClockMax = GetMemorySpeed();
     card.MemoryBoostClock = ToFloat(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY)); // Intended: repeats the GPU's clock.
 
     std::string adapterRam;
-    const bool hasAdapterRam = row.GetValue(L"AdapterRAM", adapterRam) == 0;
+    const bool hasAdapterRam = ReadText(row, L"AdapterRAM", adapterRam);
     card.MemorySize = static_cast<uint32_t>(ToInt(hasAdapterRam ? IntelMemorySize(adapterRam) : std::string()));
     card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedMemorySize(vendorId, card.DeviceId, card.SubsystemId)));
 
@@ -112,7 +113,7 @@ void Intel::ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl
     card.MemoryBandwidth = MemoryBandwidth(speed, width, TransferFactor(GetMemoryType()));
     card.Cores = static_cast<uint32_t>(ToInt(ask(CL_DEVICE_MAX_COMPUTE_UNITS)));
     card.Shaders = static_cast<uint32_t>(ToInt(ask(CL_DEVICE_MAX_COMPUTE_UNITS)));
-    if (row.GetValue(L"DriverDate", card.DriverReleaseDate) != 0) {
+    if (!ReadText(row, L"DriverDate", card.DriverReleaseDate)) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
     }
     card.BiosVersion = GetBiosString(vendorId, card.DeviceId);
