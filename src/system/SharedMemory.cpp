@@ -18,12 +18,25 @@ using Microsoft::WRL::ComPtr;
 // Spelled out here because the import libraries of the compilers do not all carry it.
 constexpr GUID idxgiFactoryId = {0x7B7166EC, 0x21C7, 0x44AE, {0xB2, 0x1A, 0xC9, 0xAE, 0x32, 0x1A, 0xE3, 0x69}};
 
+/// What a call has handed out; null when it has failed, whatever it has written.
+template <typename Interface, typename Call>
+ComPtr<Interface> Received(Call call)
+{
+    Interface* object = nullptr;
+    ComPtr<Interface> received;
+    if (SUCCEEDED(call(&object))) {
+        *received.GetAddressOf() = object; // not Attach, to which MinGW's headers add a reference
+    }
+    return received;
+}
+
 std::vector<DXGI_ADAPTER_DESC> AdapterDescriptions(IDXGIFactory& factory)
 {
     std::vector<DXGI_ADAPTER_DESC> descriptions;
     for (UINT index = 0;; ++index) {
-        ComPtr<IDXGIAdapter> adapter;
-        if (factory.EnumAdapters(index, adapter.GetAddressOf()) == DXGI_ERROR_NOT_FOUND || !adapter) {
+        const auto adapter =
+            Received<IDXGIAdapter>([&](IDXGIAdapter** received) { return factory.EnumAdapters(index, received); });
+        if (!adapter) {
             return descriptions;
         }
         DXGI_ADAPTER_DESC description{};
@@ -46,8 +59,9 @@ std::string GetSharedMemorySize(const std::string& vendorId, const std::string& 
     const auto device = static_cast<UINT>(ToInt(deviceId, 16));
     const UINT subsystem = ToUnsignedLong(WithoutHyphens(subsystemId), 16);
 
-    ComPtr<IDXGIFactory> factory;
-    if (FAILED(::CreateDXGIFactory(idxgiFactoryId, reinterpret_cast<void**>(factory.GetAddressOf()))) || !factory) {
+    const auto factory = Received<IDXGIFactory>(
+        [](IDXGIFactory** received) { return ::CreateDXGIFactory(idxgiFactoryId, reinterpret_cast<void**>(received)); });
+    if (!factory) {
         return {};
     }
     const auto descriptions = AdapterDescriptions(*factory.Get());

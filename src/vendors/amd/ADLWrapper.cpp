@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "system/LastStore.h"
 #include "system/Log.h"
 #include "vendors/amd/AdlxInterfaces.h"
 
@@ -26,15 +27,15 @@ ADLWrapper::ADLWrapper() : module(::LoadLibraryW(L"atiadlxx.dll"))
         PLOGE << "ADL initialization failed";
         return;
     }
-    const auto create = FindFunction<ADL2_Main_Control_Create_t>(module.get(), "ADL2_Main_Control_Create");
-    crossfireGet = FindFunction<decltype(crossfireGet)>(module.get(), "ADL2_Adapter_Crossfire_Get");
-    eccCaps = FindFunction<decltype(eccCaps)>(module.get(), "ADL2_Workstation_ECC_Caps");
-    eccGet = FindFunction<decltype(eccGet)>(module.get(), "ADL2_Workstation_ECC_Get");
-    eccDataGet = FindFunction<decltype(eccDataGet)>(module.get(), "ADL2_Workstation_ECCData_Get");
-    graphicCoreInfoGet = FindFunction<decltype(graphicCoreInfoGet)>(module.get(), "ADL2_Adapter_Graphic_Core_Info_Get");
-    observedClockInfoGet = FindFunction<decltype(observedClockInfoGet)>(module.get(), "ADL_Adapter_ObservedClockInfo_Get");
-    currentActivityGet = FindFunction<decltype(currentActivityGet)>(module.get(), "ADL_Overdrive5_CurrentActivity_Get");
-    mainControlDestroy = FindFunction<decltype(mainControlDestroy)>(module.get(), "ADL2_Main_Control_Destroy");
+    const auto create = FindFunction<ADL2_Main_Control_Create_t>(module, "ADL2_Main_Control_Create");
+    crossfireGet = FindFunction<decltype(crossfireGet)>(module, "ADL2_Adapter_Crossfire_Get");
+    eccCaps = FindFunction<decltype(eccCaps)>(module, "ADL2_Workstation_ECC_Caps");
+    eccGet = FindFunction<decltype(eccGet)>(module, "ADL2_Workstation_ECC_Get");
+    eccDataGet = FindFunction<decltype(eccDataGet)>(module, "ADL2_Workstation_ECCData_Get");
+    graphicCoreInfoGet = FindFunction<decltype(graphicCoreInfoGet)>(module, "ADL2_Adapter_Graphic_Core_Info_Get");
+    observedClockInfoGet = FindFunction<decltype(observedClockInfoGet)>(module, "ADL_Adapter_ObservedClockInfo_Get");
+    currentActivityGet = FindFunction<decltype(currentActivityGet)>(module, "ADL_Overdrive5_CurrentActivity_Get");
+    mainControlDestroy = FindFunction<decltype(mainControlDestroy)>(module, "ADL2_Main_Control_Destroy");
     if (create) {
         create(&Allocate, 1, &context, 1); // Intended: the context alone tells whether it succeeded.
     }
@@ -48,11 +49,12 @@ ADLWrapper::~ADLWrapper()
 
 void ADLWrapper::Destroy() noexcept
 {
-    if (mainControlDestroy && context) {
-        mainControlDestroy(context);
+    if (ADL_CONTEXT_HANDLE created = TakeForGood(context); mainControlDestroy && created) {
+        mainControlDestroy(created);
     }
-    module.reset();
-    context = nullptr;
+    if (HMODULE loaded = TakeForGood(module)) {
+        ::FreeLibrary(loaded);
+    }
     ORVEL_LOG_AS(plog::error, "orvel::shared::enumeration::ADLWrapper::~ADLWrapper") << "ADL Destroyed successfully";
 }
 
@@ -135,8 +137,10 @@ void ADLWrapper::GetPixelFillRate(IADLXPerformanceMonitoringServices& services, 
 {
     AdlxPtr<IADLXGPUMetricsSupport> support;
     AdlxPtr<IADLXGPUMetrics> metrics;
-    const bool hasSupport = Succeeded(services.GetSupportedGPUMetrics(&gpu, support.Receive())) && support;
-    const bool hasMetrics = Succeeded(services.GetCurrentGPUMetrics(&gpu, metrics.Receive())) && metrics;
+    const bool hasSupport =
+        support.Receive([&](IADLXGPUMetricsSupport** received) { return services.GetSupportedGPUMetrics(&gpu, received); });
+    const bool hasMetrics =
+        metrics.Receive([&](IADLXGPUMetrics** received) { return services.GetCurrentGPUMetrics(&gpu, received); });
     if (!hasSupport || !hasMetrics) {
         return;
     }

@@ -22,7 +22,8 @@ public:
     /// See Destroy.
     ~ADLWrapper();
 
-    /// Destroys the context and gives the library back; after that there is none. May be called again, which only logs.
+    /// Destroys the context and gives the library back; after that there is none. May be called again, even after the
+    /// destruction, which only logs.
     void Destroy() noexcept;
 
     /// The context; null where there is none.
@@ -60,7 +61,7 @@ private:
     ADL_Adapter_ObservedClockInfo_Get_t observedClockInfoGet = nullptr; // Intended: looked up, never called.
     ADL_Overdrive5_CurrentActivity_Get_t currentActivityGet = nullptr;
     ADL2_Main_Control_Destroy_t mainControlDestroy = nullptr;
-    ModuleHandle module;
+    HMODULE module; // no ModuleHandle: it has to be null after the destruction as well, see Destroy
 };
 
 } // namespace orvel::shared::enumeration

@@ -57,6 +57,7 @@ ADLX_RESULT ADLXHelper::InitializeWithCallerAdl(void* adlContext, ADLX_ADL_Main_
         return result;
     }
     QueryVersions();
+    moduleOfCallback = ModuleOf(reinterpret_cast<const void*>(memoryFree));
     return initializeWithCallerAdl(adlxVersion, &system, &mapping, adlContext, memoryFree);
 }
 
@@ -86,6 +87,7 @@ ADLX_RESULT ADLXHelper::Terminate()
     initialize = nullptr;
     terminate = nullptr;
     module.reset();
+    moduleOfCallback.reset();
     return result;
 }
 

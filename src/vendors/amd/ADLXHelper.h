@@ -20,7 +20,8 @@ public:
     virtual ~ADLXHelper();
 
     /// Initialises ADLX on the caller's ADL context. ADLX_INVALID_ARGS without a context or callback, ADLX_FAIL where the
-    /// library or one of its six entry points is missing, else ADLX's own result.
+    /// library or one of its six entry points is missing, else ADLX's own result. The module that holds the callback stays
+    /// loaded until Terminate.
     ADLX_RESULT InitializeWithCallerAdl(void* adlContext, ADLX_ADL_Main_Memory_Free memoryFree);
 
     /// Initialises ADLX without ADL.
@@ -47,6 +48,7 @@ private:
     bool HasEntryPoints() const;
     void QueryVersions();
 
+    ModuleHandle moduleOfCallback; ///< ADLX may call it until it is terminated, so it must not be unloaded before
     ModuleHandle module;
     uint64_t fullVersion = 0;
     const char* version = nullptr;

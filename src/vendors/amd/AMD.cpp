@@ -8,6 +8,7 @@
 #include "enumeration/StatusNames.h"
 #include "enumeration/VideoControllerQuery.h"
 #include "enumeration/WmiNamespace.h"
+#include "enumeration/WmiText.h"
 #include "system/DisplayRegistry.h"
 #include "system/Log.h"
 #include "system/NumberText.h"
@@ -63,7 +64,7 @@ void AMD::QueryInfo(GraphicCardList& list)
     }
     Sources sources{client, opencl, adl, {}};
     client.GetNext();
-    client.GetValue(L"SerialNumber", sources.SerialNumber); // stays empty where there is none
+    ReadText(client, L"SerialNumber", sources.SerialNumber);
 
     try {
         if (InitializeAdlx(adl) && ReadGpus(sources, list) == Walk::QueryFailed) {
@@ -94,12 +95,12 @@ AMD::Walk AMD::ReadGpus(const Sources& sources, GraphicCardList& list) const
 {
     AdlxPtr<IADLXGPUList> gpus;
     IADLXSystem* system = Adlx().GetSystemServices();
-    if (!system || !Succeeded(system->GetGPUs(gpus.Receive())) || !gpus) {
+    if (!system || !gpus.Receive([&](IADLXGPUList** received) { return system->GetGPUs(received); })) {
         return Walk::Finished;
     }
     for (uint32_t index = 0; index < gpus->Size(); ++index) { // the list may shrink on the way
         AdlxPtr<IADLXGPU> gpu;
-        if (!Succeeded(gpus->At_GPUList(index, gpu.Receive())) || !gpu) {
+        if (!gpu.Receive([&](IADLXGPU** received) { return gpus->At_GPUList(index, received); })) {
             continue;
         }
         AdlxPtr<IADLXPerformanceMonitoringServices> services; // held until the GPU's rows are read
@@ -125,9 +126,11 @@ AMD::Gpu AMD::ReadGpu(IADLXGPU& gpu, AdlxPtr<IADLXPerformanceMonitoringServices>
     const auto adapter = NumberOf<int32_t>(
         [&](int32_t* index) { return mapping ? mapping->AdlAdapterIndexFromADLXGPU(&gpu, index) : ADLX_FAIL; });
 
-    const ADLX_RESULT hasServices = Adlx().GetSystemServices()->GetPerformanceMonitoringServices(services.Receive());
+    const bool hasServices = services.Receive([](IADLXPerformanceMonitoringServices** received) {
+        return Adlx().GetSystemServices()->GetPerformanceMonitoringServices(received);
+    });
     ReadAdl(sources.Adl, adapter, card);
-    if (Succeeded(hasServices) && services) {
+    if (hasServices) {
         sources.Adl.GetPixelFillRate(*services, gpu, adapter);
     }
     return result;
@@ -155,7 +158,7 @@ AMD::Walk AMD::ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList&
         GraphicCardProperties card = gpu.Card;
         ReadStatusAndDisplay(row, card);
         ReadMachine(gpu, sources.OpenCl, card);
-        if (row.GetValue(L"DriverDate", card.DriverReleaseDate) != 0) {
+        if (!ReadText(row, L"DriverDate", card.DriverReleaseDate)) {
             ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
         }
         card.BiosVersion = GetBiosString(gpu.VendorId, card.DeviceId);

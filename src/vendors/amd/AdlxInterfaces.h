@@ -129,8 +129,17 @@ public:
         }
     }
 
-    /// Where a call puts the object and its reference; to be used on an empty pointer, once.
-    Interface** Receive() { return &object; }
+    /// Makes the call that hands the object and its reference out, on an empty pointer; whether there is one then. What a
+    /// failed call has written is no reference.
+    template <typename Call>
+    bool Receive(Call call)
+    {
+        Interface* received = nullptr;
+        if (Succeeded(call(&received))) {
+            object = received;
+        }
+        return object != nullptr;
+    }
 
     Interface* operator->() const { return object; }
     Interface& operator*() const { return *object; }
