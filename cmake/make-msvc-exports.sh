@@ -26,6 +26,7 @@ for class in GraphicCardEnumeration GraphicCardInfo; do
             CXXConstructorDecl,*) gcc=${class}_MsvcConstructor ;;
             CXXDestructorDecl,*) msvc=${msvc/'??_D'/'??1'} && msvc=${msvc/%XXZ/@XZ} ;; # the complete-object destructor
             *,QueryGraphicCards) gcc=${class}_Msvc$name ;;
+            *,__autoclassinit2) printf '    "%s" = ZeroFillObject\n' "$gcc" && gcc=ZeroFillObject ;; # one body, four names
             esac
             printf '    "%s" = %s\n' "$msvc" "$gcc"
         done

@@ -12,7 +12,8 @@ class GraphicCardList;
 /// Finds the graphics adapters of this computer and owns one record for each.
 ///
 /// Construct it, call QueryGraphicCards once, read the records with size and get. The calling thread must have initialised
-/// COM (in a single-threaded or a multi-threaded apartment). One object is used by one thread at a time.
+/// COM (in a single-threaded or a multi-threaded apartment). One enumeration runs at a time in a process, also with several
+/// objects. `GraphicCards` in GraphicCards.h wraps it for hosts that want to move it, or to enumerate again.
 class ORVEL_GRAPHIC_CARDS_API GraphicCardEnumeration {
 public:
     /// An enumeration without records. Throws std::bad_alloc when memory is exhausted.
@@ -22,8 +23,8 @@ public:
     ~GraphicCardEnumeration();
 
     /// Makes this object refer to the other's records and abandons its own. Meant for objects of which only one will ever be
-    /// destroyed.
-    GraphicCardEnumeration& operator=(const GraphicCardEnumeration& other);
+    /// destroyed; otherwise the records are destroyed twice.
+    ORVEL_GRAPHIC_CARDS_SHALLOW GraphicCardEnumeration& operator=(const GraphicCardEnumeration& other);
 
     GraphicCardEnumeration(const GraphicCardEnumeration&) = delete;
 

@@ -8,9 +8,11 @@ namespace orvel::shared::enumeration {
 
 /// One graphics adapter: a flat, read-only record of 49 properties.
 ///
-/// `GraphicCardEnumeration` builds and owns the records; a host only reads them. Every text is NUL-terminated UTF-8, belongs
-/// to the record and is valid as long as it; it is never null. A property that its vendor does not tell, or that could not
-/// be read, holds the neutral value given at its getter. A finished record never changes: any number of threads may read it.
+/// `GraphicCardEnumeration` builds and owns the records; a host only reads them. Every text is NUL-terminated, belongs to
+/// the record and is valid as long as it; it is never null. Texts are UTF-8; those of NVAPI, NVML, ADLX and OpenCL are
+/// passed on as the driver gives them, which is not always UTF-8. A property that its vendor does not report, or that could
+/// not be read, holds the neutral value given at its getter. A finished record never changes: any number of threads may read
+/// it.
 class ORVEL_GRAPHIC_CARDS_API GraphicCardInfo {
 public:
     /// Takes one value per property, in the order of the getters, and copies every text.
@@ -35,7 +37,7 @@ public:
 
     /// Copies every property, the texts by address only: afterwards both records share the source's texts, and the target's
     /// own are abandoned. Meant for records of which only one will ever be destroyed; pass records by pointer instead.
-    GraphicCardInfo& operator=(const GraphicCardInfo& other);
+    ORVEL_GRAPHIC_CARDS_SHALLOW GraphicCardInfo& operator=(const GraphicCardInfo& other);
 
     GraphicCardInfo(const GraphicCardInfo&) = delete;
 
@@ -80,7 +82,8 @@ public:
     float GetPcieGeneration() const;
     /// Highest transfer rate of the PCI Express link in MB/s; only NVIDIA tells it, 0 otherwise.
     float GetPciTransferRate() const;
-    /// Lanes of the PCI Express link. NVIDIA: at this moment; AMD: the maximum; Intel: always 0.
+    /// Lanes of the PCI Express link. NVIDIA: at this moment; Intel: always 0. AMD: the maximum, taken from a call that ADL
+    /// reports as failed, and 0 when it reports success.
     unsigned int GetPciLanes() const;
     /// Pixel fill rate in gigapixels per second; only computed for Intel, 0 otherwise.
     float GetPixelFillRate() const;
@@ -116,12 +119,13 @@ public:
     /// Type of the machine's memory (not the card's), such as "DDR4"; "UNKNOWN": not readable; AMD: "" for a type without
     /// name.
     const char* GetMemoryType() const;
-    /// Memory bandwidth. NVIDIA: the card's, in GB/s. Intel and AMD: figured from the machine's memory modules; infinite on
-    /// an AMD card when their type is not known. 0: not readable.
+    /// Memory bandwidth. NVIDIA: the card's, in GB/s. Intel and AMD: computed from the machine's memory modules; infinite on
+    /// an AMD card when their type has no transfer factor, as DDR5. 0: not readable.
     float GetMemoryBandwidth() const;
     /// Width of the memory bus in bits. NVIDIA: the card's; Intel: that of the machine's first module; AMD: always 0.
     unsigned int GetMemoryBusWidth() const;
-    /// Number of cores: NVIDIA CUDA cores, AMD stream processors, Intel compute units; 0: not readable.
+    /// Number of cores: NVIDIA CUDA cores, AMD stream processors, Intel compute units; 0: not readable. AMD: whatever ADL's
+    /// call returns, so also what a failed call has written.
     unsigned int GetCores() const;
     /// Number of shaders: always the same as GetCores.
     unsigned int GetShaders() const;
@@ -131,13 +135,15 @@ public:
     const char* GetBiosVersion() const;
     /// Whether the card works in an SLI group; false for Intel and AMD.
     bool GetNvidiaSli() const;
-    /// Whether the card supports CrossFire; false for Intel and NVIDIA.
+    /// Whether the card supports CrossFire, whatever ADL's call returns; false for Intel and NVIDIA.
     bool GetAmdCrossfire() const;
-    /// Error correction of the card's memory: 0 none, or not told; 1 supported; 2 enabled. Intel: always 0.
+    /// Error correction of the card's memory: 0 none, or not reported; 1 supported; 2 enabled. Intel: always 0. AMD: 1 also
+    /// when it is enabled, where ADL's call for the mode succeeds; other numbers are passed on as ADL gives them.
     unsigned int GetEccStatus() const;
-    /// Single-bit memory errors since start-up; 0: none, or not told.
+    /// Single-bit memory errors since start-up; 0: none, or not reported. AMD: taken from a call that ADL reports as failed,
+    /// and 0 when it reports success.
     unsigned int GetEccSingleBitErrors() const;
-    /// Double-bit memory errors since start-up; 0: none, or not told.
+    /// Double-bit memory errors since start-up, under the same rule.
     unsigned int GetEccDoubleBitErrors() const;
     /// Name of the video controller in WMI; "": not readable.
     const char* GetAdapterName() const;

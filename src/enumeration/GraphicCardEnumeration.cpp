@@ -1,10 +1,12 @@
 #include "GraphicCardEnumeration.h"
 
-#include <cstring>
 #include <exception>
 #include <memory>
 
 #include "enumeration/GraphicCardList.h"
+#include "system/ErrorText.h"
+#include "system/FloatingPoint.h"
+#include "system/LastStore.h"
 #include "system/Log.h"
 #include "vendors/amd/AMD.h"
 #include "vendors/intel/Intel.h"
@@ -16,8 +18,7 @@ GraphicCardEnumeration::GraphicCardEnumeration() : list(new GraphicCardList) {}
 
 GraphicCardEnumeration::~GraphicCardEnumeration()
 {
-    delete list;
-    list = nullptr;
+    delete TakeForGood(list);
 }
 
 // Intended: both objects refer to one list afterwards, and the target's own is abandoned.
@@ -25,6 +26,7 @@ GraphicCardEnumeration& GraphicCardEnumeration::operator=(const GraphicCardEnume
 
 void GraphicCardEnumeration::QueryGraphicCards()
 {
+    const MaskedFloatingPoint masked;
     // Intended: the order of creation is not the order of the run.
     const std::shared_ptr<BaseGraphicCard> intel = std::make_shared<Intel>();
     const std::shared_ptr<BaseGraphicCard> amd = std::make_shared<AMD>();
@@ -33,7 +35,7 @@ void GraphicCardEnumeration::QueryGraphicCards()
         try {
             vendor->QueryInfo(*list);
         } catch (const std::exception& error) {
-            PLOGE << "Unexpected error occurred: " << error.what();
+            PLOGE << "Unexpected error occurred: " << TextOf(error);
         }
     }
 }
@@ -48,11 +50,9 @@ GraphicCardInfo* GraphicCardEnumeration::get(int index) const
     return list->get(static_cast<std::size_t>(index)); // a negative index becomes one that is too large
 }
 
-#ifndef _MSC_VER
-void GraphicCardEnumeration::__autoclassinit2(size_t size)
-{
-    std::memset(static_cast<void*>(this), 0, size);
-}
-#endif
-
 } // namespace orvel::shared::enumeration
+
+unsigned int GetGraphicCardsVersion()
+{
+    return ORVEL_GRAPHIC_CARDS_VERSION_NUMBER;
+}

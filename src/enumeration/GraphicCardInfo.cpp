@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "system/LastStore.h"
+
 namespace orvel::shared::enumeration {
 
 namespace {
@@ -15,8 +17,7 @@ const char* CopyText(const char* text)
 
 void ReleaseText(const char*& text)
 {
-    delete[] text;
-    text = nullptr;
+    delete[] TakeForGood(text);
 }
 
 } // namespace
@@ -108,13 +109,6 @@ GraphicCardInfo::~GraphicCardInfo()
 
 // Intended: the texts are shared, not copied, and the target's own are abandoned.
 GraphicCardInfo& GraphicCardInfo::operator=(const GraphicCardInfo& other) = default;
-
-#ifndef _MSC_VER
-void GraphicCardInfo::__autoclassinit2(size_t size)
-{
-    std::memset(static_cast<void*>(this), 0, size);
-}
-#endif
 
 unsigned int GraphicCardInfo::GetAvailabilityCode() const
 {

@@ -1,6 +1,7 @@
 // What the operations do that MSVC's names lead to where the ABIs differ by more than the name: MSVC's constructors return
 // their object, and its handlers understand only its own exceptions. MsvcExports.def gives them their names.
 
+#include <cstring>
 #include <new>
 
 #include "GraphicCardEnumeration.h"
@@ -49,6 +50,12 @@ void* GraphicCardInfo_MsvcConstructor(
             eccSingleBitErrors, eccDoubleBitErrors, adapterName, adapterRam, adapterStatus);
     });
     return storage;
+}
+
+// What code that MSVC has generated calls before a constructor, under both classes' names and both compilers'.
+void ZeroFillObject(void* object, size_t size)
+{
+    std::memset(object, 0, size);
 }
 
 } // extern "C"

@@ -5,6 +5,7 @@
 
 #include "WMIClient.h"
 #include "enumeration/WmiNamespace.h"
+#include "system/ErrorText.h"
 #include "system/Log.h"
 #include "system/MemoryBandwidth.h"
 
@@ -72,7 +73,7 @@ float GetMemoryBandwidth()
     try {
         factor = TransferFactor(GetMemoryType());
     } catch (const std::exception& error) {
-        PLOGE << "Error: " << error.what();
+        PLOGE << "Error: " << TextOf(error);
     }
     return MemoryBandwidth(speed, GetTotalWidth(), factor);
 }
