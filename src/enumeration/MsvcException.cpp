@@ -6,10 +6,16 @@
 
 #include "enumeration/MsvcException.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <mutex>
+#include <set>
+#include <string>
 
 #include <windows.h>
+
+#include "system/ErrorText.h"
 
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
@@ -84,20 +90,46 @@ CatchableType Catchable(const TypeDescriptor& type, int32_t size, uint32_t prope
     return {properties, AddressOf(&type), {0, -1, 0}, size, 0};
 }
 
-/// All that describes one type to its handlers. It has to lie in the image, so it is static.
-struct Description {
-    CatchableType Catchables[2];
-    CatchableTypes Types;
-    ThrowInfo Info;
+/// All that describes one kind of exception to its handlers. It lies in the image and never changes: a host may keep an
+/// exception, as std::exception_ptr, and throw it again when others were thrown meanwhile.
+class Description {
+public:
+    explicit Description(const CatchableType& type) : Description({type, {}}, 1) {}
+    Description(const CatchableType& type, const CatchableType& base) : Description({type, base}, 2) {}
+    Description(const Description&) = delete;
+    Description& operator=(const Description&) = delete;
+
+    const ThrowInfo& Info() const { return info; }
+
+private:
+    Description(const std::array<CatchableType, 2>& types, int32_t count)
+        : catchables(types),
+          list{count, {AddressOf(&catchables[0]), AddressOf(&catchables[1])}},
+          info{0, 0, 0, AddressOf(&list)}
+    {}
+
+    std::array<CatchableType, 2> catchables;
+    CatchableTypes list;
+    ThrowInfo info;
 };
 
-void Fill(Description& description, int32_t count)
+const Description statusDescription(Catchable(longType, sizeof(long), isSimpleType));
+const Description badAllocDescription(Catchable(badAllocType, sizeof(StandardException), 0),
+                                      Catchable(exceptionType, sizeof(StandardException), 0));
+const Description exceptionDescription(Catchable(exceptionType, sizeof(StandardException), 0));
+
+/// The same text with a lifetime that no copy of an exception exceeds: until the library is unloaded. Copies share their
+/// text and do not own it, as no heap is common to both compilers. There are few different texts, so they are kept.
+const char* KeptText(const char* text) noexcept
 {
-    description.Types.Count = count;
-    for (int32_t i = 0; i < count; ++i) {
-        description.Types.Types[i] = AddressOf(&description.Catchables[i]);
+    static std::mutex mutex;
+    static std::set<std::string> texts;
+    try {
+        const std::lock_guard lock(mutex);
+        return texts.emplace(text).first->c_str();
+    } catch (...) {
+        return badAllocationText;
     }
-    description.Info = {0, 0, 0, AddressOf(&description.Types)};
 }
 
 [[noreturn]] void Raise(const void* object, const ThrowInfo& info)
@@ -110,23 +142,13 @@ void Fill(Description& description, int32_t count)
 
 void ThrowStatus(long status)
 {
-    static Description description;
-    description.Catchables[0] = Catchable(longType, sizeof(status), isSimpleType);
-    Fill(description, 1);
-    Raise(&status, description.Info);
+    Raise(&status, statusDescription.Info());
 }
 
-void ThrowStandard(const TypeDescriptor& type, const char* text)
+void ThrowStandard(const Description& description, const char* text)
 {
-    static Description description;
-    // The text has to outlive this frame: a host may keep a copy of the exception.
-    static char lastText[sizeof(MsvcException::Text)];
-    std::memcpy(lastText, text, sizeof(lastText));
-    const StandardException exception{exceptionTable + 1, lastText, false};
-    description.Catchables[0] = Catchable(type, sizeof(exception), 0);
-    description.Catchables[1] = Catchable(exceptionType, sizeof(exception), 0);
-    Fill(description, &type == &exceptionType ? 1 : 2);
-    Raise(&exception, description.Info);
+    const StandardException exception{exceptionTable + 1, text, false};
+    Raise(&exception, description.Info());
 }
 
 } // namespace
@@ -143,7 +165,7 @@ void MsvcException::TakeCurrent() noexcept
         What = Kind::Status;
         Status = status;
     } catch (const std::bad_alloc&) {
-        take(Kind::BadAlloc, "bad allocation");
+        What = Kind::BadAlloc;
     } catch (const std::exception& error) {
         take(Kind::Exception, error.what());
     } catch (...) {
@@ -160,10 +182,10 @@ void MsvcException::Throw() const
         ThrowStatus(Status);
         return;
     case Kind::BadAlloc:
-        ThrowStandard(badAllocType, Text);
+        ThrowStandard(badAllocDescription, badAllocationText);
         return;
     case Kind::Exception:
-        ThrowStandard(exceptionType, Text);
+        ThrowStandard(exceptionDescription, KeptText(Text));
         return;
     }
 }
