@@ -2,9 +2,11 @@
 //
 // orvel-graphic-cards-enumeration.dll imports nvml.dll when it is loaded, so a host that must start on every computer ships
 // this one beside its program. Where the system folder has the driver's own, every call goes there; elsewhere NVML says that
-// no driver is loaded. The driver's is looked for at the first call: a DLL must not load another one while it is being
-// loaded.
+// no driver is loaded. The driver's is loaded when the first session begins and given back when the last one ends: a DLL
+// must not load or free another one while it is itself being loaded or freed.
 
+#include <atomic>
+#include <mutex>
 #include <string>
 
 #include <windows.h>
@@ -14,6 +16,7 @@ namespace {
 using Device = void*;
 using Status = int;
 
+constexpr Status success = 0;
 constexpr Status uninitialized = 1;
 constexpr Status driverNotLoaded = 9;
 constexpr Status functionNotFound = 13;
@@ -35,25 +38,42 @@ HMODULE LoadDriver()
     }
     // With its whole path: the bare name would find this DLL.
     const HMODULE found = ::LoadLibraryW((std::wstring(folder) + L"\\nvml.dll").c_str());
-    return found == OwnModule() ? nullptr : found;
-}
-
-/// The driver's nvml.dll; null on a computer that has none.
-HMODULE Driver()
-{
-    static const HMODULE driver = LoadDriver();
-    return driver;
-}
-
-/// Passes a call on to the driver; `withoutDriver` where there is none.
-template <typename... Arguments>
-Status Forward(const char* function, Status withoutDriver, Arguments... arguments)
-{
-    if (!Driver()) {
-        return withoutDriver;
+    if (found == OwnModule()) {
+        ::FreeLibrary(found);
+        return nullptr;
     }
-    using Function = Status (*)(Arguments...);
-    const auto call = reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(Driver(), function)));
+    return found;
+}
+
+/// The driver's nvml.dll while sessions are open in it, which NVML counts. Outside a session there is nothing to ask.
+std::mutex sessionMutex;
+unsigned int sessions = 0;
+std::atomic<HMODULE> driver = nullptr;
+
+template <typename Function>
+Function FindIn(HMODULE module, const char* function)
+{
+    return module ? reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, function))) : nullptr;
+}
+
+/// Gives the driver's DLL back when no session is open in it.
+void ReleaseUnused()
+{
+    if (sessions == 0) {
+        if (const HMODULE unused = driver.exchange(nullptr)) {
+            ::FreeLibrary(unused);
+        }
+    }
+}
+
+/// Passes a call on to the driver.
+template <typename... Arguments>
+Status Forward(const char* function, Arguments... arguments)
+{
+    if (!driver) {
+        return uninitialized;
+    }
+    const auto call = FindIn<Status (*)(Arguments...)>(driver, function);
     return call ? call(arguments...) : functionNotFound;
 }
 
@@ -82,8 +102,15 @@ const char* OwnErrorString(Status status)
         "In use by another client",
         "Insufficient Memory",
         "No data",
-        "vGPU ECC Not Supported",
+        "Vgpu ecc not supported",
         "Insufficient Resources",
+        "Frequency not supported",
+        "Argument version mismatch",
+        "Deprecated",
+        "Not Ready",
+        "GPU Not Found",
+        "Invalid state",
+        "Reset type not supported",
     };
     const bool isKnown = status >= 0 && status < static_cast<Status>(sizeof(texts) / sizeof(*texts));
     return isKnown ? texts[status] : "Unknown Error";
@@ -95,71 +122,79 @@ extern "C" {
 
 Status nvmlInit_v2()
 {
-    return Forward("nvmlInit_v2", driverNotLoaded);
+    const std::lock_guard lock(sessionMutex);
+    if (!driver) {
+        driver = LoadDriver();
+    }
+    const Status status = driver ? Forward("nvmlInit_v2") : driverNotLoaded;
+    sessions += status == success ? 1 : 0;
+    ReleaseUnused();
+    return status;
 }
 
 Status nvmlShutdown()
 {
-    return Forward("nvmlShutdown", uninitialized);
+    const std::lock_guard lock(sessionMutex);
+    const Status status = Forward("nvmlShutdown");
+    sessions -= status == success ? 1 : 0;
+    ReleaseUnused();
+    return status;
 }
 
 const char* nvmlErrorString(Status status)
 {
-    using Function = const char* (*)(Status);
-    const HMODULE driver = Driver();
-    const auto call =
-        driver ? reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(driver, "nvmlErrorString"))) : nullptr;
+    const auto call = FindIn<const char* (*)(Status)>(driver, "nvmlErrorString");
     return call ? call(status) : OwnErrorString(status);
 }
 
 Status nvmlDeviceGetCount_v2(unsigned int* count)
 {
-    return Forward("nvmlDeviceGetCount_v2", uninitialized, count);
+    return Forward("nvmlDeviceGetCount_v2", count);
 }
 
 Status nvmlDeviceGetHandleByIndex_v2(unsigned int index, Device* device)
 {
-    return Forward("nvmlDeviceGetHandleByIndex_v2", uninitialized, index, device);
+    return Forward("nvmlDeviceGetHandleByIndex_v2", index, device);
 }
 
 Status nvmlDeviceGetSerial(Device device, char* serial, unsigned int length)
 {
-    return Forward("nvmlDeviceGetSerial", uninitialized, device, serial, length);
+    return Forward("nvmlDeviceGetSerial", device, serial, length);
 }
 
 Status nvmlDeviceGetCudaComputeCapability(Device device, int* major, int* minor)
 {
-    return Forward("nvmlDeviceGetCudaComputeCapability", uninitialized, device, major, minor);
+    return Forward("nvmlDeviceGetCudaComputeCapability", device, major, minor);
 }
 
 Status nvmlDeviceGetTemperatureThreshold(Device device, int threshold, unsigned int* celsius)
 {
-    return Forward("nvmlDeviceGetTemperatureThreshold", uninitialized, device, threshold, celsius);
+    return Forward("nvmlDeviceGetTemperatureThreshold", device, threshold, celsius);
 }
 
 Status nvmlDeviceGetCurrPcieLinkGeneration(Device device, unsigned int* generation)
 {
-    return Forward("nvmlDeviceGetCurrPcieLinkGeneration", uninitialized, device, generation);
+    return Forward("nvmlDeviceGetCurrPcieLinkGeneration", device, generation);
 }
 
 Status nvmlDeviceGetMaxPcieLinkGeneration(Device device, unsigned int* generation)
 {
-    return Forward("nvmlDeviceGetMaxPcieLinkGeneration", uninitialized, device, generation);
+    return Forward("nvmlDeviceGetMaxPcieLinkGeneration", device, generation);
 }
 
 Status nvmlDeviceGetMaxPcieLinkWidth(Device device, unsigned int* lanes)
 {
-    return Forward("nvmlDeviceGetMaxPcieLinkWidth", uninitialized, device, lanes);
+    return Forward("nvmlDeviceGetMaxPcieLinkWidth", device, lanes);
 }
 
 Status nvmlDeviceGetClockInfo(Device device, int clockType, unsigned int* megahertz)
 {
-    return Forward("nvmlDeviceGetClockInfo", uninitialized, device, clockType, megahertz);
+    return Forward("nvmlDeviceGetClockInfo", device, clockType, megahertz);
 }
 
 Status nvmlDeviceGetMemoryBusWidth(Device device, unsigned int* bits)
 {
-    return Forward("nvmlDeviceGetMemoryBusWidth", uninitialized, device, bits);
+    return Forward("nvmlDeviceGetMemoryBusWidth", device, bits);
 }
 
 } // extern "C"

@@ -4,12 +4,17 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <doctest/doctest.h>
 
 #include <windows.h>
+
+#include "support/ReplacedImport.h"
+
+using orvel::tests::ReplacedImport;
 
 namespace {
 
@@ -47,22 +52,6 @@ const IMAGE_DATA_DIRECTORY& Directory(HMODULE module, int entry)
     return headers->OptionalHeader.DataDirectory[entry];
 }
 
-/// Makes a module call another function in place of the one that it imports.
-void ReplaceImport(HMODULE module, const char* name, void* replacement)
-{
-    void* const imported = reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), name));
-    auto* import = At<IMAGE_IMPORT_DESCRIPTOR>(module, Directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
-    for (; import->Name != 0; ++import) {
-        for (auto* slot = At<void*>(module, import->FirstThunk); *slot; ++slot) {
-            DWORD protection = 0;
-            if (*slot == imported && ::VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
-                *slot = replacement;
-                ::VirtualProtect(slot, sizeof(*slot), protection, &protection);
-            }
-        }
-    }
-}
-
 /// The fallback, freshly loaded on a computer whose driver's nvml.dll is in this folder of the tests.
 class Fallback {
 public:
@@ -70,11 +59,15 @@ public:
     {
         REQUIRE(module);
         folderOfDriver = ProgramFolder() / driver;
-        ReplaceImport(module, "GetSystemDirectoryW", reinterpret_cast<void*>(&TellFolderOfDriver));
+        import.emplace(module, L"kernel32.dll", "GetSystemDirectoryW", reinterpret_cast<void*>(&TellFolderOfDriver));
     }
     Fallback(const Fallback&) = delete;
     Fallback& operator=(const Fallback&) = delete;
-    ~Fallback() { ::FreeLibrary(module); }
+    ~Fallback()
+    {
+        import.reset();
+        ::FreeLibrary(module);
+    }
 
     template <typename... Arguments>
     int Call(const char* name, Arguments... arguments) const
@@ -94,6 +87,7 @@ public:
 
 private:
     HMODULE module;
+    std::optional<ReplacedImport> import;
 };
 
 /// The names that the library imports from nvml.dll.
@@ -177,13 +171,19 @@ TEST_CASE("Without a driver the status codes have NVML's texts")
     CHECK(nvml.ErrorString(18) == "Driver/library version mismatch");
     CHECK(nvml.ErrorString(19) == "In use by another client");
     CHECK(nvml.ErrorString(20) == "Insufficient Memory");
+    CHECK(nvml.ErrorString(21) == "No data");
+    CHECK(nvml.ErrorString(22) == "Vgpu ecc not supported");
     CHECK(nvml.ErrorString(23) == "Insufficient Resources");
+    CHECK(nvml.ErrorString(24) == "Frequency not supported");
+    CHECK(nvml.ErrorString(25) == "Argument version mismatch");
+    CHECK(nvml.ErrorString(26) == "Deprecated");
+    CHECK(nvml.ErrorString(27) == "Not Ready");
+    CHECK(nvml.ErrorString(28) == "GPU Not Found");
+    CHECK(nvml.ErrorString(29) == "Invalid state");
+    CHECK(nvml.ErrorString(30) == "Reset type not supported");
     for (const int unknown : {-1, 31, 999, 12345}) {
         CAPTURE(unknown);
         CHECK(nvml.ErrorString(unknown) == "Unknown Error");
-    }
-    for (int status = 0; status < 31; ++status) {
-        CHECK_FALSE(nvml.ErrorString(status).empty());
     }
 }
 
@@ -194,8 +194,7 @@ TEST_CASE("A driver's own nvml.dll in the system folder answers every call")
     int major = 0;
     int minor = 0;
     Device device = nullptr;
-    CHECK(nvml.Call("nvmlInit_v2") == 101);
-    CHECK(nvml.Call("nvmlShutdown") == 102);
+    CHECK(nvml.Call("nvmlInit_v2") == 0);
     CHECK(nvml.ErrorString(101) == "the driver's text");
     CHECK((nvml.Call("nvmlDeviceGetCount_v2", &number) == 103 && number == 3));
     CHECK((nvml.Call("nvmlDeviceGetHandleByIndex_v2", 1U, &device) == 104 && device == reinterpret_cast<void*>(0x1001)));
@@ -207,13 +206,33 @@ TEST_CASE("A driver's own nvml.dll in the system folder answers every call")
     CHECK((nvml.Call("nvmlDeviceGetMaxPcieLinkWidth", device, &number) == 109 && number == 16));
     CHECK((nvml.Call("nvmlDeviceGetClockInfo", device, 2, &number) == 110 && number == 7502));
     CHECK((nvml.Call("nvmlDeviceGetMemoryBusWidth", device, &number) == 111 && number == 192));
+    CHECK(nvml.Call("nvmlShutdown") == 0);
+}
+
+TEST_CASE("The driver's own nvml.dll is loaded from the first session to the end of the last")
+{
+    const auto isLoaded = [] {
+        return ::GetModuleHandleW((ProgramFolder() / "stand-in-driver" / "nvml.dll").c_str()) != nullptr;
+    };
+    const Fallback nvml("stand-in-driver");
+    CHECK_FALSE(isLoaded());
+    CHECK(nvml.Call("nvmlInit_v2") == 0);
+    CHECK(nvml.Call("nvmlInit_v2") == 0);
+    CHECK(nvml.Call("nvmlShutdown") == 0);
+    CHECK(isLoaded());
+    CHECK(nvml.Call("nvmlShutdown") == 0);
+    CHECK_FALSE(isLoaded());
+    CHECK(nvml.Call("nvmlShutdown") == 1); // no session: not initialised
+    CHECK(nvml.ErrorString(101) == "Unknown Error");
 }
 
 TEST_CASE("A function that the driver lacks is answered with 13")
 {
     const Fallback nvml("stand-in-driver");
     char serial[30] = "";
+    CHECK(nvml.Call("nvmlInit_v2") == 0);
     CHECK(nvml.Call("nvmlDeviceGetSerial", Device(), &serial[0], 30U) == 13);
+    CHECK(nvml.Call("nvmlShutdown") == 0);
 }
 
 TEST_CASE("The fallback in the system folder is not taken for a driver")

@@ -1,16 +1,19 @@
 // Stands in for the nvml.dll that NVIDIA's driver puts into the system folder: an old one, without nvmlDeviceGetSerial.
-// Every answer tells that the call and its arguments came through.
+// Every answer tells that the call and its arguments came through. Sessions begin and end with success, and are counted.
 
 #define STAND_IN extern "C" __declspec(dllexport)
 
+static int sessions = 0;
+
 STAND_IN int nvmlInit_v2()
 {
-    return 101;
+    ++sessions;
+    return 0;
 }
 
 STAND_IN int nvmlShutdown()
 {
-    return 102;
+    return sessions-- > 0 ? 0 : 102;
 }
 
 STAND_IN const char* nvmlErrorString(int status)

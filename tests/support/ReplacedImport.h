@@ -1,0 +1,32 @@
+#pragma once
+
+#include <windows.h>
+
+namespace orvel::tests {
+
+/// The module of the tests themselves, with the parts of the product that are linked into it.
+HMODULE TestModule();
+
+/// Makes a module call another function in place of one that it imports, as long as it lives.
+class ReplacedImport {
+public:
+    /// `name` is exported by the loaded `dll`.
+    ReplacedImport(HMODULE module, const wchar_t* dll, const char* name, void* replacement);
+    ReplacedImport(const ReplacedImport&) = delete;
+    ReplacedImport& operator=(const ReplacedImport&) = delete;
+    ~ReplacedImport();
+
+    /// The function that the module called before.
+    template <typename Function>
+    Function Original() const
+    {
+        return reinterpret_cast<Function>(original);
+    }
+
+private:
+    HMODULE module;
+    void* original;
+    void* replacement;
+};
+
+} // namespace orvel::tests
