@@ -1,6 +1,8 @@
 #include "GraphicCardEnumeration.h"
 
+#include <algorithm>
 #include <climits>
+#include <cstring>
 #include <memory>
 
 #include <doctest/doctest.h>
@@ -48,6 +50,8 @@ TEST_CASE("A second query appends a second set of records")
     CHECK(enumeration.get(1) != first);
 }
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // hosts are warned of it
 TEST_CASE("An assigned enumeration intentionally refers to the source's records")
 {
     Simulate(HealthyLaptop());
@@ -60,6 +64,20 @@ TEST_CASE("An assigned enumeration intentionally refers to the source's records"
     CHECK(target->get(0) == source.get(0));
     // only one of the two may be destroyed
 }
+#pragma GCC diagnostic pop
+
+TEST_CASE("A destroyed enumeration holds no list, and destroying it again releases nothing")
+{
+    Simulate(HealthyLaptop());
+    alignas(GraphicCardEnumeration) unsigned char storage[sizeof(GraphicCardEnumeration)];
+    auto* const cards = new (storage) GraphicCardEnumeration;
+    cards->QueryGraphicCards();
+    cards->~GraphicCardEnumeration();
+    void* list = storage;
+    std::memcpy(&list, storage, sizeof(list));
+    CHECK(list == nullptr);
+    cards->~GraphicCardEnumeration();
+}
 
 TEST_CASE("A vendor that ends with an exception is logged once, and the others run in their order")
 {
@@ -69,8 +87,13 @@ TEST_CASE("A vendor that ends with an exception is logged once, and the others r
     REQUIRE(result.Cards.size() == 2);
     CHECK(result.Card(0)["Manufacturer"] == "Nvidia");
     CHECK(result.Card(1)["Manufacturer"] == "AMD");
-    CHECK(result.Log.front() ==
-          Line("error", "GraphicCardEnumeration::QueryGraphicCards", "Unexpected error occurred: invalid stoi argument"));
+    const std::string unexpected =
+        Line("error", "GraphicCardEnumeration::QueryGraphicCards", "Unexpected error occurred: invalid stoi argument");
+    CHECK(result.Log.front() == unexpected);
+    CHECK(std::count(result.Log.begin(), result.Log.end(), unexpected) == 1);
+    CHECK(std::count_if(result.Log.begin(), result.Log.end(), [](const std::string& line) {
+              return line.find("GraphicCardEnumeration::QueryGraphicCards") != std::string::npos;
+          }) == 1);
     CHECK(result.Thrown == nullptr);
 }
 

@@ -1,6 +1,9 @@
 #include "enumeration/StatusNames.h"
 
+#include <cstdint>
+#include <map>
 #include <stdexcept>
+#include <string>
 
 #include <doctest/doctest.h>
 
@@ -9,6 +12,20 @@ using namespace orvel::shared::enumeration;
 namespace {
 
 constexpr char missingKey[] = "invalid unordered_map<K, T> key";
+
+/// Compares a table with the names of the codes 0 to 255.
+template <typename Code, typename NameOf>
+void CheckNames(const std::map<Code, std::string>& expected, NameOf nameOf)
+{
+    std::map<Code, std::string> names;
+    for (Code code = 0; code <= 255; ++code) {
+        try {
+            names.emplace(code, nameOf(code));
+        } catch (const std::out_of_range&) {
+        }
+    }
+    CHECK(names == expected);
+}
 
 } // namespace
 
@@ -46,20 +63,79 @@ TEST_CASE("Memory types 12 and 21 to 23 have intentionally no name")
     CHECK(MemoryTypeName(31) == "LOGICAL_NON_VOLATILE");
 }
 
-TEST_CASE("Every code of a table has a name of its own")
+// clang-format off: one entry a line.
+TEST_CASE("Every code of a table has its name, and no other code has one")
 {
-    for (uint32_t code = 1; code <= 21; ++code) {
-        CHECK_FALSE(AvailabilityName(code).empty());
-    }
-    for (int32_t code = 0; code <= 31; ++code) {
-        CHECK_FALSE(ConfigErrorName(code).empty());
-    }
-    int named = 0;
-    for (uint32_t code = 0; code <= 255; ++code) {
-        try {
-            named += MemoryTypeName(code).empty() ? 0 : 1;
-        } catch (const std::out_of_range&) {
-        }
-    }
-    CHECK(named == 27);
+    const std::map<uint32_t, std::string> availabilities = {
+        {1, "Other"},
+        {2, "Unknown"},
+        {3, "RunningFullPower"},
+        {4, "Warning"},
+        {5, "InTest"},
+        {6, "NotApplicable"},
+        {7, "PowerOff"},
+        {8, "OffLine"},
+        {9, "OffDuty"},
+        {10, "Degraded"},
+        {11, "NotInstalled"},
+        {12, "InstallError"},
+        {13, "PowerSave_Unknown"},
+        {14, "PowerSave_LowPowerMode"},
+        {15, "PowerSave_Standby"},
+        {16, "PowerCycle"},
+        {17, "PowerSave_Warning"},
+        {18, "Paused"},
+        {19, "NotReady"},
+        {20, "NotConfigured"},
+        {21, "Quiesced"},
+    };
+    const std::map<int32_t, std::string> configErrors = {
+        {0, "DeviceWorkingProperly"},
+        {1, "DeviceNotConfiguredCorrectly"},
+        {2, "CannotLoadDriver"},
+        {3, "DriverMightBeCorruptedOrSystemResourcesLow"},
+        {4, "DeviceNotWorkingProperlyDueToDriverOrRegistry"},
+        {5, "DriverNeedsResourceThatWindowsCannotManage"},
+        {6, "BootConfigurationConflictsWithOtherDevices"},
+        {7, "CannotFilter"},
+        {8, "DriverLoaderMissing"},
+        {9, "DeviceNotWorkingProperlyDueToFirmwareReporting"},
+        {10, "DeviceCannotStart"},
+        {11, "DeviceFailed"},
+        {12, "DeviceCannotFindFreeResources"},
+        {13, "WindowsCannotVerifyDeviceResources"},
+        {14, "DeviceNeedsRestart"},
+        {15, "DeviceNotWorkingProperlyDueToReEnumerationProblem"},
+        {16, "WindowsCannotIdentifyDeviceResources"},
+        {17, "DeviceAskingForUnknownResourceType"},
+        {18, "ReinstallDrivers"},
+        {19, "RegistryMightBeCorrupted"},
+        {20, "FailureUsingVxDLoader"},
+        {21, "SystemFailureDeviceRemoved"},
+        {22, "DeviceDisabled"},
+        {23, "SystemFailureChangeDriver"},
+        {24, "DeviceNotPresentOrNotWorkingOrDriversNotInstalled"},
+        {25, "WindowsStillSettingUpDevice1"},
+        {26, "WindowsStillSettingUpDevice2"},
+        {27, "InvalidLogConfiguration"},
+        {28, "DriversNotInstalled"},
+        {29, "DeviceDisabledDueToFirmwareResourceIssue"},
+        {30, "IRQConflict"},
+        {31, "CannotLoadDriversRequired"},
+    };
+    const std::map<uint32_t, std::string> memoryTypes = {
+        {1, "OTHER"},         {2, "UNKNOWN"}, {3, "DRAM"},
+        {4, "EDRAM"},         {5, "VRAM"},    {6, "SRAM"},
+        {7, "RAM"},           {8, "ROM"},     {9, "FLASH"},
+        {10, "EEPROM"},       {11, "FEPROM"}, {13, "CDRAM"},
+        {14, "THREE_DRAM"},   {15, "SDRAM"},  {16, "SGRAM"},
+        {17, "RDRAM"},        {18, "DDR"},    {19, "DDR2"},
+        {20, "DDR2_FB_DIMM"}, {24, "DDR3"},   {25, "FBD2"},
+        {26, "DDR4"},         {27, "LPDDR"},  {28, "LPDDR2"},
+        {29, "LPDDR3"},       {30, "LPDDR4"}, {31, "LOGICAL_NON_VOLATILE"},
+    };
+    // clang-format on
+    CheckNames(availabilities, AvailabilityName);
+    CheckNames(configErrors, ConfigErrorName);
+    CheckNames(memoryTypes, MemoryTypeName);
 }

@@ -83,6 +83,21 @@ TEST_CASE("It goes where another thread has enumerated, which lives on")
     CHECK(LoadAndEnumerate() == 1);
 }
 
+TEST_CASE("It stays as long as ADLX does, which may call it, and goes after the next run")
+{
+    Json machine = Machine("workstation");
+    Json failing = machine;
+    failing["wmi"]["failures"] = {{{"contains", "VEN_1002"}, {"status", "0x80041001"}}};
+    Simulate(failing);
+    CHECK(LoadAndEnumerate() == 2);
+    CHECK(Live()["adlx"] != 0);
+    CHECK(IsLoaded(library));
+    Simulate(machine);
+    CHECK(LoadAndEnumerate() == 3);
+    CHECK_FALSE(IsLoaded(library));
+    CHECK_FALSE(IsLoaded(client));
+}
+
 TEST_CASE("Loading it again and again takes nothing of the process that runs out")
 {
     constexpr size_t rounds = 50;

@@ -42,6 +42,35 @@ static void Catch(const char* name, void (*operation)())
     }
 }
 
+/// A host that keeps an exception and throws it again when another one was thrown meanwhile, as with std::exception_ptr.
+static void ThrowKept(void (*first)(), void (*second)())
+{
+    try {
+        first();
+    } catch (...) {
+        Catch("meanwhile", second);
+        throw;
+    }
+}
+static void ThrowKeptBadAlloc()
+{
+    ThrowKept(ThrowBadAlloc, ThrowRuntimeError);
+}
+static void ThrowKeptRuntimeError()
+{
+    ThrowKept(ThrowRuntimeError, ThrowLongText);
+}
+
+static const char* TextOf(void (*operation)())
+{
+    try {
+        operation();
+    } catch (const std::exception& error) {
+        return error.what(); // a copy of the exception would share it
+    }
+    return "";
+}
+
 int main(int, char**)
 {
     for (int round = 0; round < 2; ++round) {
@@ -52,6 +81,11 @@ int main(int, char**)
         Catch("unknown", ThrowUnknown);
         Catch("nothing", ThrowNothing);
     }
+    Catch("kept bad_alloc", ThrowKeptBadAlloc);
+    Catch("kept runtime_error", ThrowKeptRuntimeError);
+    const char* text = TextOf(ThrowRuntimeError);
+    TextOf(ThrowLongText);
+    printf("kept text: %s\n", text);
     try {
         ThrowBadAlloc();
     } catch (std::exception error) { // by value: a copy

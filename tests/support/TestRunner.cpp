@@ -4,6 +4,7 @@
 // program itself.
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include <windows.h>
@@ -45,6 +46,10 @@ int main(int argc, char** argv)
     if (Find<decltype(&OrvelSimulateMachineText)>(simulation, "OrvelSimulateMachineText")("{}", "empty machine", &problem) !=
         0) {
         return Fail(problem);
+    }
+    const char* const first = std::getenv("ORVEL_TEST_FIRST_DLL"); // below the program's folder; in place of one of its name
+    if (first && !::LoadLibraryW((folder / first).c_str())) {
+        return Fail("the DLL that the tests want first cannot be loaded");
     }
     const HMODULE tests = ::LoadLibraryA(argv[1]);
     if (!tests) {

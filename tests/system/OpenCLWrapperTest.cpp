@@ -1,8 +1,12 @@
 #include "system/OpenCLWrapper.h"
 
+#include <cstdlib>
+#include <cstring>
+
 #include <doctest/doctest.h>
 
 #include "support/HostLog.h"
+#include "support/ReplacedImport.h"
 
 using namespace orvel::shared::enumeration;
 using namespace orvel::tests;
@@ -100,7 +104,7 @@ TEST_CASE("A failed platform count is logged and the count as it stands is used"
     CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetPlatforms: Failed to get Open CL platforms"});
 }
 
-TEST_CASE("A count of platforms or devices that no computer has is taken as one that no memory holds")
+TEST_CASE("A count of platforms or devices that no computer has is a failed count: its line, and none")
 {
     for (const uint32_t count : {65537U, 4294967295U}) {
         for (const int status : {0, -1001}) {
@@ -109,11 +113,17 @@ TEST_CASE("A count of platforms or devices that no computer has is taken as one 
             Json platforms = MachineWith({Device("GPU")});
             platforms["opencl"]["platforms_count"] = {{"status", status}, {"value", count}};
             Simulate(platforms);
-            CHECK_THROWS_AS(OpenCLWrapper().GetPlatforms(), std::bad_alloc);
+            {
+                HostLog log;
+                CHECK(OpenCLWrapper().GetPlatforms().empty());
+                CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetPlatforms: Failed to get Open CL platforms"});
+            }
             Json devices = MachineWith({Device("GPU")});
             devices["opencl"]["platforms"][0]["devices_count"] = {{"status", status}, {"value", count}};
             Simulate(devices);
-            CHECK_THROWS_AS(OpenCLWrapper().GetAllDevices(), std::bad_alloc);
+            HostLog log;
+            CHECK(OpenCLWrapper().GetAllDevices().empty());
+            CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetDevices: Failed to get Open CL devices"});
         }
     }
 }
@@ -192,13 +202,71 @@ TEST_CASE("A refused size call and a refused value call are warnings and give an
     CHECK(log.Lines == LogLines{"warning OpenCLWrapper::GetDeviceInfo: Failed to get device info value"});
 }
 
+namespace {
+
+size_t releases = 0;
+
+BOOL WINAPI CountRelease(HMODULE)
+{
+    ++releases;
+    return TRUE;
+}
+
+} // namespace
+
 TEST_CASE("Every failed call releases the module once more, and the wrapper lives on")
 {
     Json gpu = Device("GPU");
     gpu.erase("CL_DEVICE_MAX_CLOCK_FREQUENCY");
     Simulate(MachineWith({gpu}));
-    for (int round = 0; round < 50; ++round) {
-        CHECK(Clock("GPU", "8086") == "");
+    const ReplacedImport freeLibrary(TestModule(), L"kernel32.dll", "FreeLibrary", reinterpret_cast<void*>(&CountRelease));
+    releases = 0;
+    {
+        const OpenCLWrapper opencl;
+        const cl_device_id device = opencl.GetAllDevices().at(0);
+        CHECK(opencl.GetDeviceInfo(device, CL_DEVICE_NAME) == "GPU");
+        CHECK(releases == 0);
+        for (size_t failures = 1; failures <= 3; ++failures) {
+            CHECK(opencl.GetDeviceInfo(device, CL_DEVICE_MAX_CLOCK_FREQUENCY) == "");
+            CHECK(releases == failures);
+        }
     }
-    CHECK(OpenCLWrapper().GetAllDevices().size() == 1);
+    CHECK(releases == 4);
+}
+
+namespace {
+
+void* dirtyBlocks[32];
+
+cl_int CL_API_CALL WriteNothing(cl_device_id, cl_device_info, size_t, void* value, size_t* bytes)
+{
+    if (bytes) {
+        *bytes = 400;
+        // So that memory of this size is not zero by chance.
+        for (void*& block : dirtyBlocks) {
+            block = std::memset(std::malloc(*bytes), 0xAA, *bytes);
+        }
+        for (void* block : dirtyBlocks) {
+            std::free(block);
+        }
+    }
+    return value || bytes ? CL_SUCCESS : CL_INVALID_VALUE;
+}
+
+FARPROC WINAPI FindWriteNothing(HMODULE, LPCSTR)
+{
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&WriteNothing));
+}
+
+} // namespace
+
+TEST_CASE("A value that the driver announces and does not write is empty or 0")
+{
+    Simulate(MachineWith({Device("GPU")}));
+    const OpenCLWrapper opencl;
+    const cl_device_id device = opencl.GetAllDevices().at(0);
+    const ReplacedImport getProcAddress(TestModule(), L"kernel32.dll", "GetProcAddress",
+                                        reinterpret_cast<void*>(&FindWriteNothing));
+    CHECK(opencl.GetDeviceInfo(device, CL_DEVICE_NAME) == "");
+    CHECK(opencl.GetDeviceInfo(device, CL_DEVICE_MAX_COMPUTE_UNITS) == "0");
 }

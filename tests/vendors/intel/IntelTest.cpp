@@ -261,32 +261,91 @@ TEST_CASE("An adapter that DXGI does not list shares no memory, and a missing DX
     CheckEnds(without, "invalid stoi argument");
 }
 
+namespace {
+
+/// Intel's part of a trace in short: WMI's queries, the properties of the adapter's row, what OpenCL is asked of its device,
+/// and DXGI.
+std::vector<std::string> InShort(const std::vector<std::string>& trace)
+{
+    const std::string memory = "wmi query SELECT ";
+    std::vector<std::string> calls;
+    bool isMemoryRow = false;
+    for (const std::string& call : trace) {
+        if (call == "wmi disconnect") {
+            break;
+        }
+        if (call.starts_with("wmi query")) {
+            isMemoryRow = call.ends_with("FROM Win32_PhysicalMemory");
+            calls.push_back(isMemoryRow ? "memory " + call.substr(memory.size(), call.find(" FROM") - memory.size()) : call);
+            continue;
+        }
+        const bool isOfRow = call.starts_with("wmi get") && !(isMemoryRow && calls.back().ends_with(call.substr(8)));
+        const bool isAnswer = call.starts_with("opencl clGetDeviceInfo") && !call.ends_with("0x102B") &&
+                              !call.ends_with("0x1001") && calls.back() != call; // one call for the size, one for the value
+        if (isOfRow || isAnswer || call.starts_with("dxgi Create") || call.starts_with("dwm")) {
+            calls.push_back(call);
+        }
+        if (call == "opencl clGetPlatformIDs" && !calls.back().starts_with("opencl next")) {
+            calls.push_back("opencl next");
+        }
+    }
+    std::erase(calls, "opencl next");
+    return calls;
+}
+
+} // namespace
+
 TEST_CASE("The platform is asked in the fixed order, the memory modules again for each figure")
 {
-    const Enumerated result = Enumerate(HealthyLaptop());
-    std::vector<std::string> expected = {
+    const std::string clock = "opencl clGetDeviceInfo 0x100C";
+    const std::string arguments = "opencl clGetDeviceInfo 0x1021";
+    const std::string units = "opencl clGetDeviceInfo 0x1002";
+    const std::vector<std::string> expected = {
         "wmi query SELECT SerialNumber FROM Win32_Bios",
+        "wmi get SerialNumber",
         "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'",
+        "wmi get PNPDeviceID",
+        "wmi get Name",
+        clock,
+        arguments,
+        "memory TotalWidth",
+        clock,
+        "memory SMBIOSMemoryType",
+        arguments,
+        "memory TotalWidth",
+        "wmi get AdapterDACType",
+        clock,
+        "memory Speed",
+        clock,
+        "wmi get AdapterRAM",
+        "dxgi CreateDXGIFactory",
+        "memory Speed",
+        "memory TotalWidth",
+        "memory SMBIOSMemoryType",
+        units,
+        units,
+        "wmi get DriverDate",
+        "memory SMBIOSMemoryType",
+        "memory TotalWidth",
+        "wmi get Availability",
+        "wmi get ConfigManagerErrorCode",
+        "wmi get Status",
+        "wmi get AdapterRAM",
+        "wmi get Name",
+        "wmi get DriverVersion",
+        "wmi get CurrentRefreshRate",
+        "wmi get CurrentHorizontalResolution",
+        "wmi get CurrentVerticalResolution",
+        "wmi get ConfigManagerUserConfig",
     };
-    for (const char* property : {"TotalWidth", "SMBIOSMemoryType", "TotalWidth", "Speed", "Speed", "TotalWidth",
-                                 "SMBIOSMemoryType", "SMBIOSMemoryType", "TotalWidth"}) {
-        expected.push_back(std::string("wmi query SELECT ") + property + " FROM Win32_PhysicalMemory");
-    }
-    auto queries = Only(result.Trace, "wmi query");
-    queries.resize(expected.size()); // AMD's query for the BIOS follows
-    CHECK(queries == expected);
-    const auto gets = Only(result.Trace, "wmi get");
-    const std::vector<std::string> common = {"wmi get Availability",
-                                             "wmi get ConfigManagerErrorCode",
-                                             "wmi get Status",
-                                             "wmi get AdapterRAM",
-                                             "wmi get Name",
-                                             "wmi get DriverVersion",
-                                             "wmi get CurrentRefreshRate",
-                                             "wmi get CurrentHorizontalResolution",
-                                             "wmi get CurrentVerticalResolution",
-                                             "wmi get ConfigManagerUserConfig"};
-    CHECK(std::search(gets.begin(), gets.end(), common.begin(), common.end()) != gets.end());
+    CHECK(InShort(Enumerate(HealthyLaptop()).Trace) == expected);
+}
+
+TEST_CASE("opencl.dll is loaded before WMI is asked for anything")
+{
+    Json machine = HealthyLaptop();
+    machine.erase("opencl");
+    CHECK(Only(Enumerate(machine).Trace, "wmi query").empty());
 }
 
 TEST_CASE("Virtual and remote adapters never become records")

@@ -260,17 +260,6 @@ TEST_CASE("NVML that does not begin ends the run, and NVAPI is unloaded")
     CHECK(Only(Trace(), "nvapi").back() == "nvapi NvAPI_Unload");
 }
 
-TEST_CASE("Texts of NVAPI are cut at 63 characters")
-{
-    Json machine = FullDesktop();
-    Gpu(machine)["NvAPI_GPU_GetFullName"] = std::string(64, 'N');
-    Gpu(machine)["NvAPI_GPU_GetVbiosVersionString"] = std::string(80, 'B');
-    const Enumerated result = EnumerateNvidia(machine);
-    CHECK(result.Card(0)["CardName"] == std::string(63, 'N'));
-    CHECK(result.Card(0)["ChipName"] == std::string(63, 'N'));
-    CHECK(result.Card(0)["BiosVersion"] == std::string(63, 'B'));
-}
-
 TEST_CASE("Cores are shaders, the chip's name is the card's, fill rates are 0 and there is no Crossfire")
 {
     for (const char* name : {"nvidia-desktop", "nvidia-workstation", "nvidia-two-cards", "nvidia-no-nvml-devices"}) {

@@ -98,12 +98,20 @@ TEST_CASE("A failed device count shuts NVML down twice and gives a client withou
     }
 }
 
-TEST_CASE("A device count that no computer has is taken as one that no memory holds, and the session ends")
+TEST_CASE("A device count that no computer has is a failed one, of an unknown kind")
 {
     for (const uint32_t count : {65537U, 4294967295U}) {
         CAPTURE(count);
         Simulate({{"nvml", {{"nvmlDeviceGetCount_v2", count}}}});
-        CHECK_THROWS_AS(NvmlClient(), std::bad_alloc);
+        HostLog log;
+        {
+            const NvmlClient client;
+            CHECK(client.GetGpuHandle(0) == nullptr);
+        }
+        CHECK(log.Lines == LogLines{"error " + constructor + "Failed to get device count: Unknown Error\n",
+                                    "info " + constructor + "NVML shutdown successfully", initialized,
+                                    "error NvmlClient::GetGpuHandle: Invalid index: 0",
+                                    "error " + destructor + "Failed to shutdown NVML. Status code: 1", shutDown});
         CHECK(Live()["nvml"] == 0);
     }
 }

@@ -1,0 +1,208 @@
+// What ADL and ADLX are handed, by a library made of functions of this file, and what becomes of what they hand out.
+
+#include <cstring>
+#include <vector>
+
+#include <doctest/doctest.h>
+
+#include "support/ReplacedImport.h"
+#include "support/SimulatedRun.h"
+#include "vendors/amd/ADLWrapper.h"
+#include "vendors/amd/ADLXHelper.h"
+
+using namespace orvel::shared::enumeration;
+using namespace orvel::tests;
+
+namespace {
+
+int context = 0;
+bool isDirty = false; ///< whether a structure came with something in it
+
+struct Creation {
+    int Connected = 0;
+    int Fourth = 0;
+    void* Memory = nullptr;
+} creation;
+
+int Create(ADL_MAIN_MALLOC_CALLBACK allocate, int connected, ADL_CONTEXT_HANDLE* received, int fourth)
+{
+    creation = {connected, fourth, allocate(16)};
+    *received = &context;
+    return 0;
+}
+
+int Destroy(ADL_CONTEXT_HANDLE)
+{
+    return 0;
+}
+
+template <typename Structure>
+void Look(const Structure& structure)
+{
+    const Structure zero{};
+    isDirty = isDirty || std::memcmp(&structure, &zero, sizeof(structure)) != 0;
+}
+
+int CoreInfo(ADL_CONTEXT_HANDLE, int, ADLGraphicCoreInfo* info)
+{
+    Look(*info);
+    return -1;
+}
+
+int Crossfire(ADL_CONTEXT_HANDLE, int, ADLCrossfireComb* combination, ADLCrossfireInfo* info)
+{
+    Look(*combination);
+    Look(*info);
+    return -1;
+}
+
+int Caps(ADL_CONTEXT_HANDLE, int, int* supported)
+{
+    Look(*supported);
+    *supported = 7;
+    return 0;
+}
+
+int Modes(ADL_CONTEXT_HANDLE, int, int* defaultMode, int* current, int* desired)
+{
+    Look(*defaultMode);
+    Look(*current);
+    Look(*desired);
+    return -1;
+}
+
+int EccData(ADL_CONTEXT_HANDLE, int, ADLECCData* data)
+{
+    Look(*data);
+    return -1;
+}
+
+int Activity(int, ADLPMActivity* activity)
+{
+    isDirty = isDirty || activity->iSize != 40;
+    activity->iSize = 0;
+    Look(*activity);
+    return -1;
+}
+
+FARPROC WINAPI FindAdl(HMODULE, LPCSTR name)
+{
+    struct Function {
+        const char* Name;
+        void* Address;
+    };
+    const Function functions[] = {
+        {"ADL2_Main_Control_Create", reinterpret_cast<void*>(&Create)},
+        {"ADL2_Main_Control_Destroy", reinterpret_cast<void*>(&Destroy)},
+        {"ADL2_Adapter_Graphic_Core_Info_Get", reinterpret_cast<void*>(&CoreInfo)},
+        {"ADL2_Adapter_Crossfire_Get", reinterpret_cast<void*>(&Crossfire)},
+        {"ADL2_Workstation_ECC_Caps", reinterpret_cast<void*>(&Caps)},
+        {"ADL2_Workstation_ECC_Get", reinterpret_cast<void*>(&Modes)},
+        {"ADL2_Workstation_ECCData_Get", reinterpret_cast<void*>(&EccData)},
+        {"ADL_Overdrive5_CurrentActivity_Get", reinterpret_cast<void*>(&Activity)},
+    };
+    for (const Function& function : functions) {
+        if (std::strcmp(function.Name, name) == 0) {
+            return reinterpret_cast<FARPROC>(function.Address);
+        }
+    }
+    return nullptr;
+}
+
+DWORD searchedFolders = 0;
+
+HMODULE WINAPI NoteFolders(LPCWSTR, HANDLE, DWORD flags)
+{
+    searchedFolders = flags;
+    return nullptr;
+}
+
+void __stdcall KeepMemory(void**) {}
+
+/// A counted object that is asked for its references only.
+struct Counted {
+    int Releases = 0;
+    long Release() { return ++Releases; }
+};
+
+} // namespace
+
+TEST_CASE("ADL's context is created for connected adapters, with a callback that allocates")
+{
+    Simulate({{"adl", Json::object()}});
+    const ReplacedImport find(TestModule(), L"kernel32.dll", "GetProcAddress", reinterpret_cast<void*>(&FindAdl));
+    const ADLWrapper adl;
+    CHECK(adl.GetContext() == &context);
+    CHECK(creation.Connected == 1);
+    CHECK(creation.Fourth == 1);
+    REQUIRE(creation.Memory != nullptr);
+    std::memset(creation.Memory, 0, 16);
+    std::free(creation.Memory);
+}
+
+TEST_CASE("Every structure that ADL gets is zero, but for the size that it asks for")
+{
+    Simulate({{"adl", Json::object()}});
+    const ReplacedImport find(TestModule(), L"kernel32.dll", "GetProcAddress", reinterpret_cast<void*>(&FindAdl));
+    const ADLWrapper adl;
+    isDirty = false;
+    for (int round = 0; round < 2; ++round) { // the second time the stack is as the first has left it
+        CHECK(adl.GetCores(0) == 0);
+        CHECK(adl.GetRops(0) == 0);
+        CHECK_FALSE(adl.GetCrossfire(0));
+        CHECK(adl.GetEccStatus(0) == 1); // supported, and a mode of 0
+        CHECK(adl.GetEccSingleBitErrors(0) == 0);
+        CHECK(adl.GetEccDoubleBitErrors(0) == 0);
+        CHECK(adl.GetPciLanes(0) == 0);
+    }
+    CHECK_FALSE(isDirty);
+}
+
+TEST_CASE("ADLX is looked for in the folders of the application, the user, the system and the default ones")
+{
+    const ReplacedImport load(TestModule(), L"kernel32.dll", "LoadLibraryExW", reinterpret_cast<void*>(&NoteFolders));
+    ADLXHelper helper;
+    CHECK(helper.InitializeWithCallerAdl(&context, &KeepMemory) == ADLX_FAIL);
+    CHECK(searchedFolders == 0x1E00);
+}
+
+TEST_CASE("What a failed call of ADLX has written is not released, what a successful one has is")
+{
+    Counted object;
+    {
+        AdlxPtr<Counted> failed;
+        CHECK_FALSE(failed.Receive([&](Counted** received) {
+            *received = &object;
+            return ADLX_FAIL;
+        }));
+        CHECK_FALSE(failed);
+    }
+    CHECK(object.Releases == 0);
+    {
+        AdlxPtr<Counted> empty;
+        CHECK_FALSE(empty.Receive([](Counted**) { return ADLX_OK; }));
+        AdlxPtr<Counted> received;
+        CHECK(received.Receive([&](Counted** target) {
+            *target = &object;
+            return ADLX_ALREADY_INITIALIZED;
+        }));
+    }
+    CHECK(object.Releases == 1);
+}
+
+TEST_CASE("A wrapper that was destroyed holds no context and no library, and may be destroyed again")
+{
+    Simulate({{"adl", Json::object()}});
+    alignas(ADLWrapper) unsigned char storage[sizeof(ADLWrapper)];
+    auto* const adl = new (storage) ADLWrapper;
+    REQUIRE(adl->GetContext() != nullptr);
+    adl->~ADLWrapper();
+    void* first = &context;
+    void* last = &context;
+    std::memcpy(&first, storage, sizeof(first));
+    std::memcpy(&last, storage + sizeof(storage) - sizeof(last), sizeof(last));
+    CHECK(first == nullptr); // the context
+    CHECK(last == nullptr);  // the module
+    adl->~ADLWrapper();
+    CHECK(Only(Trace(), "adl ADL2_Main_Control_Destroy").size() == 1);
+}
