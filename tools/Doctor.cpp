@@ -62,13 +62,17 @@ void AddWmi(std::vector<Check>& checks)
     checks.push_back(Make("wmi-physical-memory", FindWmiClass("Win32_PhysicalMemory"), CheckStatus::Stops,
                           "the enumeration ends with a status at the first card", windows));
     const uint32_t memoryType = MemoryType();
-    checks.push_back(Make("memory-type", {IsKnownMemory(memoryType), "SMBIOS type " + std::to_string(memoryType)},
-                          CheckStatus::Limits,
-                          "Intel's and NVIDIA's cards are not enumerated, and the MemoryBandwidth of AMD's is infinite",
-                          "nothing on this computer; its memory is newer than the library's table, such as DDR5"));
+    const bool hasName = HasMemoryName(memoryType);
+    checks.push_back(
+        Make("memory-type", {hasName && HasTransferFactor(memoryType), "SMBIOS type " + std::to_string(memoryType)},
+             CheckStatus::Limits,
+             hasName ? "Intel's cards are not enumerated, and the MemoryBandwidth of AMD's is infinite"
+                     : "Intel's and NVIDIA's cards are not enumerated, and the MemoryBandwidth of AMD's is infinite",
+             hasName ? "nothing on this computer; the library knows no transfer factor for this type"
+                     : "nothing on this computer; its memory is newer than the library's table, such as DDR5"));
 }
 
-void AddLibraries(std::vector<Check>& checks)
+void AddLibraries(std::vector<Check>& checks, const LibraryLoad& load)
 {
     const auto missingFor = [](const char* vendorId) {
         return NamesOfAdapters(vendorId).empty() ? CheckStatus::NotNeeded : CheckStatus::Limits;
@@ -83,7 +87,11 @@ void AddLibraries(std::vector<Check>& checks)
     checks.push_back(Make("opencl-intel", {withoutOpenCl.empty(), withoutOpenCl}, CheckStatus::Limits,
                           "Intel's cards are not enumerated: OpenCL has to list them under WMI's names",
                           "Intel's display driver"));
-    checks.push_back(Make("nvml.dll", FindDll("nvml.dll"), CheckStatus::Stops, "the library cannot be loaded",
+    Finding nvml = FindDll("nvml.dll");
+    if (nvml.IsFound) {
+        nvml.Detail = load.Substituted;
+    }
+    checks.push_back(Make("nvml.dll", nvml, CheckStatus::Stops, "the library cannot be loaded",
                           "NVIDIA's display driver, or the substitute from the folder \"fallback\""));
     checks.push_back(Make("nvapi64.dll", FindDll("nvapi64.dll"), nvidia, "NVIDIA's card is not enumerated", nvidiaDriver));
     checks.push_back(Make("atiadlxx.dll", FindDll("atiadlxx.dll"), amd, "AMD's cards are not enumerated", amdDriver));
@@ -102,14 +110,13 @@ void AddWindows(std::vector<Check>& checks)
 
 } // namespace
 
-std::vector<Check> Diagnose(const std::optional<std::string>& libraryProblem)
+std::vector<Check> Diagnose(const LibraryLoad& load)
 {
     std::vector<Check> checks;
     AddWmi(checks);
-    AddLibraries(checks);
+    AddLibraries(checks, load);
     AddWindows(checks);
-    const Finding library =
-        libraryProblem ? Finding{false, *libraryProblem} : FindDll("orvel-graphic-cards-enumeration.dll");
+    const Finding library = load.Problem ? Finding{false, *load.Problem} : FindDll("orvel-graphic-cards-enumeration.dll");
     checks.push_back(
         Make("library", library, CheckStatus::Stops, "nothing can be enumerated", "it belongs beside this program"));
     return checks;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Libraries.h"
 #include "Report.h"
 
 namespace orvel::tools {
@@ -28,7 +29,7 @@ struct Check {
 };
 
 /// Looks at everything the library leans on. COM must be initialised; the library need not be loadable.
-std::vector<Check> Diagnose(const std::optional<std::string>& libraryProblem);
+std::vector<Check> Diagnose(const LibraryLoad& load);
 
 /// 0 all is well, 1 something limits the records, 2 nothing can be enumerated.
 int DoctorStatus(const std::vector<Check>& checks);

@@ -12,6 +12,7 @@ namespace {
 constexpr int everySeverity = 6; // plog's verbose
 
 struct LogTarget {
+    const shared::enumeration::GraphicCardEnumeration* Cards;
     std::vector<LogLine>* Lines;
     const std::function<void(const LogLine&)>* OnLine;
 };
@@ -19,7 +20,7 @@ struct LogTarget {
 void TakeLine(int severity, const char* function, const char* message, void* context)
 {
     const LogTarget& target = *static_cast<LogTarget*>(context);
-    target.Lines->push_back({severity, function, message});
+    target.Lines->push_back({severity, function, message, target.Cards->size()});
     (*target.OnLine)(target.Lines->back());
 }
 
@@ -51,16 +52,16 @@ std::optional<Thrown> Query(shared::enumeration::GraphicCardEnumeration& enumera
 Report Enumerate(const std::function<void(const LogLine&)>& onLine)
 {
     Report report;
-    LogTarget target{&report.Log, &onLine};
-    SetGraphicCardLog(TakeLine, everySeverity, &target);
     {
         shared::enumeration::GraphicCardEnumeration enumeration;
+        LogTarget target{&enumeration, &report.Log, &onLine};
+        SetGraphicCardLog(TakeLine, everySeverity, &target);
         report.Error = Query(enumeration);
+        SetGraphicCardLog(nullptr, 0, nullptr);
         for (size_t i = 0; i < enumeration.size(); ++i) {
             report.Cards.push_back(CopyCard(*enumeration.get(static_cast<int>(i))));
         }
     }
-    SetGraphicCardLog(nullptr, 0, nullptr);
     return report;
 }
 

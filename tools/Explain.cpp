@@ -1,5 +1,7 @@
 #include "Explain.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
@@ -16,11 +18,40 @@ namespace {
 constexpr std::string_view nameSpace = "orvel::shared::enumeration::";
 constexpr std::string_view unexpected = "Unexpected error occurred: ";
 
-/// The message of the first line that an operation wrote; "" when it wrote none. A name that ends in "::" stands for all
-/// operations of a class.
-std::string LineOf(const Report& report, std::string_view reader)
+/// Whether the line is the first of NVIDIA's run.
+bool BeginsNvidia(const LogLine& line)
 {
-    for (const LogLine& line : report.Log) {
+    return line.Function.ends_with("NvapiClient::NvapiClient");
+}
+
+/// Whether the line is the first of AMD's run.
+bool BeginsAmd(const LogLine& line)
+{
+    return line.Function.ends_with("ADLWrapper::ADLWrapper");
+}
+
+/// The lines that were written while a card was read: those of its vendor's run, after the card before it.
+std::vector<LogLine> LinesOf(const Report& report, size_t card)
+{
+    const std::string manufacturer = ManufacturerOf(report.Cards[card]);
+    const auto begin = report.Log.begin();
+    const auto end = report.Log.end();
+    const auto nvidia = std::find_if(begin, end, BeginsNvidia);
+    const auto amd = std::find_if(begin, end, BeginsAmd);
+    const auto first = manufacturer == "Intel" ? begin : manufacturer == "Nvidia" ? nvidia : amd;
+    const auto last = manufacturer == "Intel"    ? std::min(nvidia, amd)
+                      : manufacturer == "Nvidia" ? std::max(nvidia, amd)
+                                                 : end;
+    std::vector<LogLine> lines;
+    std::copy_if(first, last, std::back_inserter(lines), [card](const LogLine& line) { return line.CardsBefore == card; });
+    return lines;
+}
+
+/// The message of the first of the lines that an operation wrote; "" when it wrote none. A name that ends in "::" stands for
+/// all operations of a class.
+std::string LineOf(const std::vector<LogLine>& lines, std::string_view reader)
+{
+    for (const LogLine& line : lines) {
         std::string_view function = line.Function;
         if (function.starts_with(nameSpace)) {
             function.remove_prefix(nameSpace.size());
@@ -34,7 +65,8 @@ std::string LineOf(const Report& report, std::string_view reader)
 }
 
 /// Why a property has its neutral value; "" where the value is told.
-std::string ReasonOf(const Report& report, const CardField& field, const FieldValue& value, const FieldSource& source)
+std::string ReasonOf(const std::vector<LogLine>& lines, const CardField& field, const FieldValue& value,
+                     const FieldSource& source)
 {
     if (!IsNotTold(field, value)) {
         return {};
@@ -42,7 +74,7 @@ std::string ReasonOf(const Report& report, const CardField& field, const FieldVa
     if (IsToldByNobody(source)) {
         return "this vendor has no source for it";
     }
-    const std::string line = LineOf(report, source.Reader);
+    const std::string line = LineOf(lines, source.Reader);
     return line.empty() ? "the source told nothing, or exactly this value" : "log: " + line;
 }
 
@@ -52,18 +84,12 @@ struct Ended {
     std::string Cause;
 };
 
-/// Whether the line is the first of NVIDIA's or AMD's run.
-bool BeginsRun(const LogLine& line)
-{
-    return line.Function.ends_with("NvapiClient::NvapiClient") || line.Function.ends_with("ADLWrapper::ADLWrapper");
-}
-
 std::vector<Ended> WhatEnded(const Report& report)
 {
     std::vector<Ended> ended;
     std::string lastWarning; // of the same vendor's run
     for (const LogLine& line : report.Log) {
-        if (BeginsRun(line)) {
+        if (BeginsNvidia(line) || BeginsAmd(line)) {
             lastWarning.clear();
         } else if (SeverityName(line.Severity) == std::string_view("warning")) {
             lastWarning = line.Message.substr(0, line.Message.find('\n'));
@@ -81,11 +107,11 @@ std::vector<Ended> WhatEnded(const Report& report)
     return ended;
 }
 
-void WriteField(std::ostream& out, const Report& report, const CardField& field, const FieldValue& value,
+void WriteField(std::ostream& out, const std::vector<LogLine>& lines, const CardField& field, const FieldValue& value,
                 const std::string& manufacturer)
 {
     const FieldSource source = SourceOf(field.Name, manufacturer);
-    const std::string reason = ReasonOf(report, field, value, source);
+    const std::string reason = ReasonOf(lines, field, value, source);
     const std::string text = ToDisplayText(value);
     WriteEntry(out, field.Name, text.empty() ? "\"\"" : text);
     WriteWrapped(out, std::string("from: ") + source.Source, 8);
@@ -102,8 +128,9 @@ std::string ExplainAsText(const Report& report, const TextStyle& style)
     for (size_t i = 0; i < report.Cards.size(); ++i) {
         const Card& card = report.Cards[i];
         out << Bold("Card " + std::to_string(i + 1) + ": " + ValueOf(card, "CardName"), style.IsColoured) << '\n';
+        const auto lines = LinesOf(report, i);
         for (size_t f = 0; f < cardFields.size(); ++f) {
-            WriteField(out, report, cardFields[f], card[f], ManufacturerOf(card));
+            WriteField(out, lines, cardFields[f], card[f], ManufacturerOf(card));
         }
         out << '\n';
     }
@@ -130,11 +157,12 @@ std::string ExplainAsJson(const Report& report)
     Json object = {{"schema", 1}, {"machine", simulation.value("machine", Json())}, {"cards", Json::array()}};
     for (size_t i = 0; i < report.Cards.size(); ++i) {
         Json properties = Json::array();
+        const auto lines = LinesOf(report, i);
         for (size_t f = 0; f < cardFields.size(); ++f) {
             const CardField& field = cardFields[f];
             const FieldValue& value = report.Cards[i][f];
             const FieldSource source = SourceOf(field.Name, ManufacturerOf(report.Cards[i]));
-            const std::string reason = ReasonOf(report, field, value, source);
+            const std::string reason = ReasonOf(lines, field, value, source);
             properties.push_back({{"field", field.Name},
                                   {"value", cards[i][field.Name]},
                                   {"source", source.Source},

@@ -67,9 +67,36 @@ std::string FindMissing(const std::string& dll)
     return dll;
 }
 
-bool IsFound(const wchar_t* dll)
+/// The first function that `module` exports and `other` does not; "" where there is none.
+std::string FirstLacking(HMODULE module, HMODULE other)
 {
-    return ::LoadLibraryW(dll) != nullptr;
+    const auto* base = reinterpret_cast<const BYTE*>(module);
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    const DWORD directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress;
+    const auto& exports = *reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + directory);
+    const auto* names = reinterpret_cast<const DWORD*>(base + exports.AddressOfNames);
+    for (DWORD index = 0; directory != 0 && index < exports.NumberOfNames; ++index) {
+        const char* name = reinterpret_cast<const char*>(base + names[index]);
+        if (!::GetProcAddress(other, name)) {
+            return name;
+        }
+    }
+    return {};
+}
+
+/// Loads the nvml.dll that serves the library. The substitute exports what the library imports, and passes it on to the
+/// driver's where that has it. Returns why it serves in place of one that was found.
+std::string LoadNvml()
+{
+    const HMODULE found = ::LoadLibraryW(L"nvml.dll");
+    const HMODULE substitute = ::LoadLibraryW((ProgramFolder() / "fallback" / "nvml.dll").c_str());
+    if (!found || !substitute) {
+        return {};
+    }
+    const std::string lacking = FirstLacking(substitute, found);
+    ::FreeLibrary(lacking.empty() ? substitute : found);
+    return lacking.empty() ? "" : "an older one, without " + lacking + ", was found; the substitute serves";
 }
 
 } // namespace
@@ -81,20 +108,19 @@ std::filesystem::path ProgramFolder()
     return std::filesystem::path(path).parent_path();
 }
 
-std::optional<std::string> LoadEnumerationLibrary()
+LibraryLoad LoadEnumerationLibrary()
 {
-    if (!IsFound(L"nvml.dll")) {
-        ::LoadLibraryW((ProgramFolder() / "fallback" / "nvml.dll").c_str());
-    }
+    const std::string substituted = LoadNvml();
     if (const HMODULE library = ::LoadLibraryW(libraryName)) {
         const char* missing = BindLate(library);
-        return missing ? std::optional(std::string("orvel-graphic-cards-enumeration.dll lacks ") + missing +
-                                       ": it belongs to another version of this program")
-                       : std::nullopt;
+        return {missing ? std::optional(std::string("orvel-graphic-cards-enumeration.dll lacks ") + missing +
+                                        ": it belongs to another version of this program")
+                        : std::nullopt,
+                substituted};
     }
     const DWORD error = ::GetLastError();
     const std::string missing = FindMissing("orvel-graphic-cards-enumeration.dll");
-    return missing + " cannot be loaded (error " + std::to_string(error) + "): " + WhatBrings(missing);
+    return {missing + " cannot be loaded (error " + std::to_string(error) + "): " + WhatBrings(missing), substituted};
 }
 
 } // namespace orvel::tools

@@ -9,8 +9,14 @@ namespace orvel::tools {
 /// Folder of this program.
 std::filesystem::path ProgramFolder();
 
-/// Loads orvel-graphic-cards-enumeration.dll for the rest of the process. Where no nvml.dll is found, the substitute in the
-/// folder "fallback" beside this program takes its place. Returns what is missing, and what brings it, when that fails.
-std::optional<std::string> LoadEnumerationLibrary();
+/// What came of loading the library.
+struct LibraryLoad {
+    std::optional<std::string> Problem; ///< what is missing, and what brings it, where the library was not loaded
+    std::string Substituted; ///< why the substitute nvml.dll serves in place of one that was found; "" if it does not
+};
+
+/// Loads orvel-graphic-cards-enumeration.dll for the rest of the process. Where no nvml.dll is found, or an old one without
+/// all the functions that the library imports, the substitute in the folder "fallback" beside this program takes its place.
+LibraryLoad LoadEnumerationLibrary();
 
 } // namespace orvel::tools

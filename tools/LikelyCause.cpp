@@ -5,6 +5,7 @@
 
 #include "OpenClDevices.h"
 #include "SystemChecks.h"
+#include "enumeration/StatusNames.h"
 #include "system/MemoryBandwidth.h"
 
 namespace orvel::tools {
@@ -25,12 +26,12 @@ bool IsListedByOpenCl(const std::string& name)
                        [&](const OpenClDevice& device) { return device.Name == name && device.VendorId == intelVendor; });
 }
 
-std::string MemoryCause()
+std::string MemoryCause(bool (*isKnown)(uint32_t), const char* what)
 {
     const uint32_t type = MemoryType();
-    return IsKnownMemory(type)
+    return isKnown(type)
                ? ""
-               : "the memory is of SMBIOS type " + std::to_string(type) + ", which the library does not know";
+               : "the memory is of SMBIOS type " + std::to_string(type) + ", for which the library knows no " + what;
 }
 
 std::string OpenClCause()
@@ -64,8 +65,11 @@ std::string NvmlCause()
 std::string SeenCause(const std::string& message)
 {
     const auto begins = [&message](const char* text) { return message.starts_with(text); };
-    if (begins("Argument out of range") || begins("invalid unordered_map")) {
-        return MemoryCause();
+    if (begins("Argument out of range")) {
+        return MemoryCause(HasTransferFactor, "transfer factor");
+    }
+    if (begins("invalid unordered_map")) {
+        return MemoryCause(HasMemoryName, "name");
     }
     if (begins("invalid stod") || begins("invalid stof")) {
         return OpenClCause();
@@ -81,7 +85,7 @@ std::string SeenCause(const std::string& message)
 
 } // namespace
 
-bool IsKnownMemory(uint32_t memoryType)
+bool HasTransferFactor(uint32_t memoryType)
 {
     try {
         shared::enumeration::TransferFactor(memoryType);
@@ -89,6 +93,11 @@ bool IsKnownMemory(uint32_t memoryType)
     } catch (const std::runtime_error&) {
         return false;
     }
+}
+
+bool HasMemoryName(uint32_t memoryType)
+{
+    return !shared::enumeration::MemoryTypeNameOrEmpty(memoryType).empty();
 }
 
 std::string IntelAdaptersWithoutOpenCl()

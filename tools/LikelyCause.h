@@ -5,8 +5,12 @@
 
 namespace orvel::tools {
 
-/// Whether the library knows how much memory of this type (SMBIOS's code) transfers.
-bool IsKnownMemory(uint32_t memoryType);
+/// Whether the library knows how much memory of this type (SMBIOS's code) transfers; without that it lists no card of Intel.
+bool HasTransferFactor(uint32_t memoryType);
+
+/// Whether the library knows a name for memory of this type; without one it lists no card of Intel or NVIDIA. Type 16 has a
+/// name and no factor.
+bool HasMemoryName(uint32_t memoryType);
 
 /// Intel's adapters that OpenCL does not list under WMI's names, in quotes and separated by commas; "" where it lists all.
 std::string IntelAdaptersWithoutOpenCl();

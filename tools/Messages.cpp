@@ -46,7 +46,7 @@ constexpr Explanation explanations[] = {
      "NVIDIA's management library says that no driver is loaded. It may be the substitute nvml.dll."},
     {"Failed to initialize NVML", "NVIDIA's management library is there but does not start."},
     {"Failed to shutdown NVML", "NVIDIA's management library could not count its devices and then did not end."},
-    {"std::bad_alloc", "Memory is exhausted, or a driver reported an absurd number of devices."},
+    {"bad allocation", "Memory is exhausted."},
 };
 
 } // namespace

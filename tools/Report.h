@@ -14,6 +14,7 @@ struct LogLine {
     int Severity; ///< plog's number
     std::string Function;
     std::string Message;
+    size_t CardsBefore = 0; ///< how many cards were finished when it was written
 };
 
 /// "error", "warning", "info" and plog's other names.

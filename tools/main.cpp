@@ -99,7 +99,7 @@ std::string Render(const Options& options, const Report& report, const TextStyle
 
 int RunEnumeration(const Options& options, const TextStyle& style)
 {
-    if (const auto missing = LoadEnumerationLibrary()) {
+    if (const auto missing = LoadEnumerationLibrary().Problem) {
         return Fail(ExitNoLibrary, *missing);
     }
     const auto onLine = options.Log ? PrintLine : [](const LogLine&) {};

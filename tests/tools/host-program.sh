@@ -176,9 +176,29 @@ cause_is() { # MACHINE MESSAGE CAUSE
     json_is "[.ended[] | select(.message | startswith(\"$2\")) | .cause] | unique" "[\"$3\"]"
 }
 check "memory that the library does not know is told as the cause" cause_is ddr5-desktop "Argument out of range" \
-    "the memory is of SMBIOS type 34, which the library does not know"
+    "the memory is of SMBIOS type 34, for which the library knows no transfer factor"
 check "it is the cause of NVIDIA's end too" cause_is ddr5-desktop "invalid unordered_map" \
-    "the memory is of SMBIOS type 34, which the library does not know"
+    "the memory is of SMBIOS type 34, for which the library knows no name"
+jq '.wmi.classes.Win32_PhysicalMemory[].SMBIOSMemoryType = 16' "$source/machines/workstation.json" >"$work/sgram.json"
+check "memory with a name and no factor is the cause of Intel's end" cause_is "$work/sgram.json" "Argument out of range" \
+    "the memory is of SMBIOS type 16, for which the library knows no transfer factor"
+run --machine "$work/sgram.json" --doctor --json
+check "such memory costs Intel's cards, not NVIDIA's" json_is \
+    '[.status, (.checks[] | select(.name == "memory-type") | .status, .cost)]' \
+    '[1,"limits","Intel'"'"'s cards are not enumerated, and the MemoryBandwidth of AMD'"'"'s is infinite"]'
+
+jq '.wmi.classes.Win32_VideoController[] |= if .PNPDeviceID | contains("1002") then .DriverVersion = null
+    elif .PNPDeviceID | contains("10DE") then .DriverVersion = "" else . end' \
+    "$source/machines/workstation.json" >"$work/reasons.json"
+run --machine "$work/reasons.json" --explain --json
+check "a reason is taken from the card's own lines" json_is \
+    '[.cards[] | .[] | select(.field == "DriverVersion") | .reason]' \
+    '[null,"the source told nothing, or exactly this value","log: Failed to get driver version from WMI"]'
+jq '.wmi.classes.Win32_VideoController[] |= if .Name | contains("Arc") then .DriverVersion = null else .DriverVersion = "" end' \
+    "$source/machines/intel-desktop.json" >"$work/reasons.json"
+run --machine "$work/reasons.json" --explain --json
+check "a reason is not taken from another card of the vendor" json_is \
+    '[.cards[] | .[] | select(.field == "DriverVersion") | .reason] | unique | length' 2
 check "an adapter that OpenCL does not list is told as the cause" cause_is intel-laptop-no-opencl-driver "invalid stod" \
     "OpenCL lists no device of Intel's with WMI's name: \\\"Intel(R) UHD Graphics 620\\\""
 check "a loader that cannot be loaded is told as the cause" cause_is server "Failed to load opencl.dll" \
@@ -231,6 +251,16 @@ check "without any nvml.dll the exit status is 3" exits_with 3
 check "the missing nvml.dll is named, and what brings it" says "nvml.dll"
 check "the missing nvml.dll is told in one line" is_one_line
 check "a program without its library prints nothing" is_silent
+cp "$bin_folder/stand-in-driver/nvml.dll" "$work/bin/" # an old one, without nvmlDeviceGetSerial
+mkdir "$work/bin/fallback"
+cp "$bin_folder/fallback/nvml.dll" "$work/bin/fallback/"
+run --json
+check "with an old nvml.dll the program runs on the substitute" exits_with 0
+run --doctor --json
+check "--doctor tells that the substitute serves, and why" json_is \
+    '.checks[] | select(.name == "nvml.dll") | [.status, (.path | test("fallback")), .detail]' \
+    '["found",true,"an older one, without nvmlDeviceGetSerial, was found; the substitute serves"]'
+rm -r "$work/bin/fallback"
 cp "$bin_folder/fallback/nvml.dll" "$work/bin/"
 run --json
 check "with the substitute nvml.dll beside it the program runs on this computer" exits_with 0
