@@ -9,7 +9,7 @@
 
 #include "GraphicCardEnumeration.h"
 #include "GraphicCardInfo.h"
-#include "GraphicCardLog.h"
+#include "GraphicCardPlog.h"
 #include "OrvelSimulation.h"
 
 using namespace orvel::shared::enumeration;

@@ -18,7 +18,8 @@ namespace orvel::shared::wmi {
 
 /// Runs WQL queries on one WMI namespace and reads the rows of the last one.
 ///
-/// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure; nothing is thrown.
+/// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure. Nothing is thrown but
+/// std::bad_alloc when memory is exhausted, by the constructor and where a text is made.
 /// A client belongs to the thread that made it, and that thread must have initialised COM. Clients of one thread and
 /// namespace that live at the same time share one connection, which the last of them closes.
 class ORVEL_WMI_CLIENT_API WMIClient {
