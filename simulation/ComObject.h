@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Graveyard.h"
 #include "Trace.h"
 
 #include <atomic>
@@ -8,7 +9,7 @@
 namespace orvel::simulation {
 
 /// IUnknown for a counted COM object: `Object` is the class itself, `Contract` the interface it implements, `Bases` the
-/// interfaces between that and IUnknown. Any other interface is refused.
+/// interfaces between that and IUnknown. Any other interface is refused. After the last release every call is a violation.
 template <typename Object, Counted Kind, typename Contract, typename... Bases>
 class ComObject : public Contract {
 public:
@@ -36,6 +37,13 @@ public:
         if (left == 0)
             delete static_cast<Object*>(this);
         return left;
+    }
+
+    static void* operator new(size_t bytes) { return AllocateObject(bytes); }
+
+    static void operator delete(void* object, size_t bytes)
+    {
+        BuryObject(object, bytes, NameOf(Kind), static_cast<int32_t>(RPC_E_DISCONNECTED));
     }
 
 protected:

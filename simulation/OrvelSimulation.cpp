@@ -9,6 +9,7 @@
 #include "Registry.h"
 #include "Text.h"
 #include "Trace.h"
+#include "Violations.h"
 #include "Wmi.h"
 
 #include <filesystem>
@@ -43,6 +44,7 @@ nlohmann::json& MachineName()
 void ResetInterfaces()
 {
     ClearTrace();
+    ClearViolations();
     ResetNvapi();
     ResetNvml();
     ResetAdlx();
@@ -106,7 +108,8 @@ int OrvelSimulateMachineText(const char* json, const char* sourceName, const cha
 const char* OrvelSimulationReport(void)
 {
     static auto* const report = new std::string;
-    const nlohmann::json content = {{"machine", MachineName()}, {"trace", TraceAsJson()}, {"live", LiveAsJson()}};
+    const nlohmann::json content = {
+        {"machine", MachineName()}, {"trace", TraceAsJson()}, {"live", LiveAsJson()}, {"violations", ViolationsAsJson()}};
     *report = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return report->c_str();
 }

@@ -30,6 +30,11 @@ Record& TheRecord()
 
 } // namespace
 
+const char* NameOf(Counted kind)
+{
+    return interfaceNames[static_cast<size_t>(kind)];
+}
+
 void AddToTrace(const std::string& call)
 {
     Record& record = TheRecord();

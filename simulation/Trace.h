@@ -8,6 +8,9 @@ namespace orvel::simulation {
 /// The interfaces whose living objects are counted.
 enum class Counted { Wmi, Dxgi, Nvapi, Nvml, Adl, Adlx };
 
+/// The interface's name as the trace has it, e.g. "nvapi".
+const char* NameOf(Counted kind);
+
 /// Adds one platform call to the trace, e.g. "nvml nvmlInit_v2".
 void AddToTrace(const std::string& call);
 

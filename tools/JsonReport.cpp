@@ -73,7 +73,7 @@ std::string ToJson(const Report& report)
     object["cards"] = ToJsonArray(report.Cards);
     object["log"] = ToJsonArray(report.Log);
     object["thrown"] = ToJsonValue(report.Error);
-    for (const char* key : {"trace", "live"}) {
+    for (const char* key : {"trace", "live", "violations"}) {
         if (simulation.contains(key)) {
             object[key] = simulation[key];
         }

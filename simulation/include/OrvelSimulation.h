@@ -39,8 +39,8 @@ ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* 
 
 /*
  * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "trace": [every platform
- * call, in order], "live": {interface: objects and sessions that are still alive}}. It stays readable after
- * OrvelEndSimulation. The text belongs to the library and is valid until the next call.
+ * call, in order], "live": {interface: objects and sessions that are still alive}, "violations": {"count": how often the
+ * caller broke a rule of an interface, "texts": ["CALL: WHAT", one for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next call.
  */
 ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
 

@@ -13,6 +13,7 @@ Enumerated Enumerate(const Json& machine)
 {
     Simulate(machine);
     const tools::Report report = tools::Enumerate([](const tools::LogLine&) {});
+    CheckNoViolations();
     const Json json = Json::parse(tools::ToJson(report));
     Enumerated result{json["cards"], {}, json["thrown"], Trace(), Live()};
     for (const tools::LogLine& line : report.Log) {

@@ -2,8 +2,11 @@
 
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include <windows.h>
+
+#include <doctest/doctest.h>
 
 #include "OrvelSimulation.h"
 
@@ -22,6 +25,9 @@ Json SimulationReport()
 {
     return Json::parse(Find<decltype(&OrvelSimulationReport)>("OrvelSimulationReport")());
 }
+
+/// How many violations of the machine in place have been taken.
+size_t violationsTaken = 0;
 
 } // namespace
 
@@ -57,9 +63,14 @@ Json& MemoryModule(Json& machine, size_t index)
 
 void Simulate(const Json& machine)
 {
+    CheckNoViolations();
     const char* problem = "";
     const auto simulate = Find<decltype(&OrvelSimulateMachineText)>("OrvelSimulateMachineText");
-    if (simulate(machine.dump().c_str(), "test machine", &problem) != 0) {
+    const int result = simulate(machine.dump().c_str(), "test machine", &problem);
+    if (result != ORVEL_SIMULATION_WRONG_MACHINE) { // which changes nothing
+        violationsTaken = 0;
+    }
+    if (result != ORVEL_SIMULATION_IN_PLACE) {
         throw std::runtime_error(problem);
     }
 }
@@ -72,6 +83,20 @@ std::vector<std::string> Trace()
 std::map<std::string, int> Live()
 {
     return SimulationReport()["live"];
+}
+
+std::vector<std::string> TakeViolations()
+{
+    const std::vector<std::string> texts = SimulationReport()["violations"]["texts"];
+    const size_t first = std::exchange(violationsTaken, texts.size());
+    return {texts.begin() + static_cast<std::ptrdiff_t>(first), texts.end()};
+}
+
+void CheckNoViolations()
+{
+    for (const std::string& violation : TakeViolations()) {
+        FAIL_CHECK(violation);
+    }
 }
 
 std::vector<std::string> Only(const std::vector<std::string>& trace, const std::string& prefix)

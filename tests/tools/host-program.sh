@@ -94,6 +94,7 @@ check "JSON has 49 fields a card" json_is '[.cards[] | length]' '[49]'
 check "JSON keeps the record's order" json_is '.cards[0] | keys_unsorted | [.[0], .[13], .[48]]' \
     '["AvailabilityCode","CardName","AdapterStatus"]'
 check "JSON tells the trace and what is alive" json_is '[(.trace | length > 10), .live.wmi, .live.dxgi]' '[true,0,0]'
+check "JSON tells what a driver does not allow" json_is .violations '{"count":0,"texts":[]}'
 check "JSON tells that nothing was thrown" json_is .thrown null
 
 run --machine "$machine" --json --log
