@@ -1,12 +1,12 @@
+#include "AdlContexts.h"
 #include "CurrentMachine.h"
 #include "Export.h"
 #include "Trace.h"
+#include "Violations.h"
 
+#include <algorithm>
 #include <cstring>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <windows.h>
+#include <string>
 
 using namespace orvel::simulation;
 
@@ -14,147 +14,176 @@ namespace {
 
 constexpr int32_t ADL_OK = 0;
 constexpr int32_t ADL_ERR = -1;
+constexpr int32_t ADL_ERR_NOT_INIT = -2;
 constexpr int32_t ADL_ERR_INVALID_PARAM = -3;
 constexpr int32_t ADL_ERR_INVALID_ADL_IDX = -5;
 constexpr int32_t ADL_ERR_NOT_SUPPORTED = -8;
 constexpr int32_t ADL_ERR_NULL_POINTER = -9;
-constexpr int32_t ActivitySize = 40; // bytes
+constexpr int32_t ADL_ERR_INVALID_CALLBACK = -11;
 
-/// A context is an address of its own until it is destroyed.
-struct Context {
-    LiveObject live{Counted::Adl};
-};
-
-/// Never destroyed: a static object of the product may still make calls while the process ends.
-struct Contexts {
-    std::mutex mutex;
-    std::map<void*, std::unique_ptr<Context>> alive;
-};
-
-Contexts& TheContexts()
-{
-    static auto* const contexts = new Contexts;
-    return *contexts;
-}
-
-void* NewContext()
-{
-    Contexts& contexts = TheContexts();
-    const std::scoped_lock lock(contexts.mutex);
-    auto context = std::make_unique<Context>();
-    void* const handle = context.get();
-    contexts.alive[handle] = std::move(context);
-    return handle;
-}
-
-bool DestroyContext(void* handle)
-{
-    Contexts& contexts = TheContexts();
-    const std::scoped_lock lock(contexts.mutex);
-    return contexts.alive.erase(handle) != 0;
-}
+// Sizes of structures, in bytes.
+constexpr size_t CoreInfoSize = 64;
+constexpr size_t CoreInfoReserved = 44; // at its end
+constexpr size_t CrossfireCombSize = 16;
+constexpr size_t CrossfireInfoSize = 12;
+constexpr int32_t ActivitySize = 40;
+constexpr size_t EccDataSize = 8;
 
 void Put(void* area, size_t offset, int32_t number)
 {
     std::memcpy(static_cast<char*>(area) + offset, &number, sizeof number);
 }
 
-void TraceCall(const char* name, int32_t adapter)
+bool IsZero(const void* area, size_t offset, size_t bytes)
 {
-    AddToTrace(std::string("adl ") + name + " " + std::to_string(adapter));
+    const char* const start = static_cast<const char*>(area) + offset;
+    return std::all_of(start, start + bytes, [](char byte) { return byte == 0; });
+}
+
+std::string CallOf(const char* name, int32_t adapter)
+{
+    return std::string("adl ") + name + " " + std::to_string(adapter);
+}
+
+int32_t Refuse(const std::string& call, const char* what, int32_t status)
+{
+    AddViolation(call, what);
+    return status;
 }
 
 /// Gives an adapter's answer, if the machine has the adapter.
 template <typename Value, typename Write>
-int32_t Give(int32_t adapter, const void* target, Answer<Value> AdlAdapterModel::*member, Write&& write)
+int32_t Give(int32_t adapter, Answer<Value> AdlAdapterModel::*member, int32_t leftOut, std::initializer_list<Area> areas,
+             Write&& write)
 {
-    if (target == nullptr)
-        return ADL_ERR_NULL_POINTER;
     const auto machine = CurrentMachine();
     const auto& adapters = machine->adl.model.adapters;
     const auto found = adapters.find(adapter);
-    return found == adapters.end() ? ADL_ERR_INVALID_ADL_IDX : (found->second.*member).Give(ADL_ERR_NOT_SUPPORTED, write);
+    return found == adapters.end() ? ADL_ERR_INVALID_ADL_IDX : (found->second.*member).Give(leftOut, areas, write);
+}
+
+/// A function of ADL2, which needs a living context. All areas have to be there.
+template <typename Value, typename Write>
+int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<Value> AdlAdapterModel::*member,
+                      std::initializer_list<Area> areas, Write&& write)
+{
+    const std::string call = CallOf(name, adapter);
+    AddToTrace(call);
+    if (!IsAdlContextAlive(context)) {
+        return Refuse(call, "the context is not alive", ADL_ERR_NOT_INIT);
+    }
+    if (std::ranges::any_of(areas, [](const Area& area) { return !area.start; })) {
+        return Refuse(call, "a null pointer", ADL_ERR_NULL_POINTER);
+    }
+    return Give(adapter, member, ADL_ERR_NOT_SUPPORTED, areas, [&](const Value& value) {
+        FillWithRubbish(areas);
+        write(value);
+    });
 }
 
 } // namespace
 
-using AdlAllocate = void*(__stdcall*)(int32_t size);
-
 // The published function has three parameters. A fourth, which callers of the threading variant pass, is ignored.
-SIMULATED int32_t Sim_ADL2_Main_Control_Create(AdlAllocate, int32_t, void** context)
+SIMULATED int32_t Sim_ADL2_Main_Control_Create(AdlAllocate allocate, int32_t, void** context)
 {
-    AddToTrace("adl ADL2_Main_Control_Create");
-    if (context == nullptr)
-        return ADL_ERR_NULL_POINTER;
+    const std::string call = "adl ADL2_Main_Control_Create";
+    AddToTrace(call);
+    if (!context) {
+        return Refuse(call, "a null pointer", ADL_ERR_NULL_POINTER);
+    }
+    if (!allocate) {
+        return Refuse(call, "no callback for memory", ADL_ERR_INVALID_CALLBACK);
+    }
     const auto machine = CurrentMachine();
-    *context = machine->adl.model.context ? NewContext() : nullptr;
+    *context = machine->adl.model.context ? NewAdlContext(allocate) : nullptr;
     return machine->adl.model.create.code;
 }
 
 SIMULATED int32_t Sim_ADL2_Main_Control_Destroy(void* context)
 {
-    const bool wasAlive = DestroyContext(context);
-    AddToTrace(wasAlive ? "adl ADL2_Main_Control_Destroy" : "adl ADL2_Main_Control_Destroy too many");
-    return wasAlive ? ADL_OK : ADL_ERR;
+    const std::string call = "adl ADL2_Main_Control_Destroy";
+    AddToTrace(call);
+    return DestroyAdlContext(context) ? ADL_OK : Refuse(call, "the context is not alive", ADL_ERR);
 }
 
-SIMULATED int32_t Sim_ADL2_Adapter_Graphic_Core_Info_Get(void*, int32_t adapter, void* info)
+SIMULATED int32_t Sim_ADL2_Adapter_Graphic_Core_Info_Get(void* context, int32_t adapter, void* info)
 {
-    TraceCall("ADL2_Adapter_Graphic_Core_Info_Get", adapter);
-    return Give(adapter, info, &AdlAdapterModel::coreInfo, [info](const AdlCoreInfo& core) {
-        Put(info, 4, core.iNumCUs);
-        Put(info, 8, core.iNumPEsPerCU);
-        Put(info, 16, core.iNumROPs);
-    });
+    const char* const name = "ADL2_Adapter_Graphic_Core_Info_Get";
+    if (info && !IsZero(info, CoreInfoSize - CoreInfoReserved, CoreInfoReserved)) {
+        AddViolation(CallOf(name, adapter), "reserved numbers are not 0");
+    }
+    return GiveInContext(name, context, adapter, &AdlAdapterModel::coreInfo, {{info, CoreInfoSize}},
+                         [info](const AdlCoreInfo& core) {
+                             Put(info, 4, core.iNumCUs);
+                             Put(info, 8, core.iNumPEsPerCU);
+                             Put(info, 16, core.iNumROPs);
+                         });
 }
 
-SIMULATED int32_t Sim_ADL2_Adapter_Crossfire_Get(void*, int32_t adapter, void*, void* info)
+/// The combination says which chain is asked about: none.
+SIMULATED int32_t Sim_ADL2_Adapter_Crossfire_Get(void* context, int32_t adapter, void* combination, void* info)
 {
-    TraceCall("ADL2_Adapter_Crossfire_Get", adapter);
-    return Give(adapter, info, &AdlAdapterModel::crossfire,
-                [info](const AdlCrossfire& crossfire) { Put(info, 8, crossfire.iSupported); });
+    const char* const name = "ADL2_Adapter_Crossfire_Get";
+    if (combination && !IsZero(combination, 0, CrossfireCombSize)) {
+        AddViolation(CallOf(name, adapter), "the combination is not empty");
+    }
+    return GiveInContext(name, context, adapter, &AdlAdapterModel::crossfire,
+                         {{combination, CrossfireCombSize}, {info, CrossfireInfoSize}},
+                         [info](const AdlCrossfire& crossfire) { Put(info, 8, crossfire.iSupported); });
 }
 
+/// A function of the first ADL: after ADL2_Main_Control_Create alone it does not work, unless the file says so.
 SIMULATED int32_t Sim_ADL_Overdrive5_CurrentActivity_Get(int32_t adapter, int32_t* activity)
 {
-    TraceCall("ADL_Overdrive5_CurrentActivity_Get", adapter);
-    if (activity != nullptr && *activity != ActivitySize)
-        return ADL_ERR_INVALID_PARAM;
-    return Give(adapter, activity, &AdlAdapterModel::activity,
-                [activity](const AdlActivity& current) { Put(activity, 32, current.iMaximumBusLanes); });
+    const std::string call = CallOf("ADL_Overdrive5_CurrentActivity_Get", adapter);
+    AddToTrace(call);
+    if (!activity) {
+        return Refuse(call, "a null pointer", ADL_ERR_NULL_POINTER);
+    }
+    if (*activity != ActivitySize) {
+        return Refuse(call, "the structure's size is wrong", ADL_ERR_INVALID_PARAM);
+    }
+    if (!IsZero(activity, ActivitySize - 4, 4)) {
+        AddViolation(call, "reserved numbers are not 0");
+    }
+    const Area area{activity + 1, ActivitySize - 4};
+    return Give(adapter, &AdlAdapterModel::activity, ADL_ERR_NOT_INIT, {area}, [&](const AdlActivity& current) {
+        FillWithRubbish({area});
+        Put(activity, 32, current.iMaximumBusLanes);
+    });
 }
 
-SIMULATED int32_t Sim_ADL2_Workstation_ECC_Caps(void*, int32_t adapter, int32_t* supported)
+SIMULATED int32_t Sim_ADL2_Workstation_ECC_Caps(void* context, int32_t adapter, int32_t* supported)
 {
-    TraceCall("ADL2_Workstation_ECC_Caps", adapter);
-    return Give(adapter, supported, &AdlAdapterModel::eccSupported, [supported](int32_t flag) { *supported = flag; });
+    return GiveInContext("ADL2_Workstation_ECC_Caps", context, adapter, &AdlAdapterModel::eccSupported,
+                         {{supported, sizeof *supported}}, [supported](int32_t flag) { *supported = flag; });
 }
 
-SIMULATED int32_t Sim_ADL2_Workstation_ECC_Get(void*, int32_t adapter, int32_t* defaultMode, int32_t* currentMode,
+SIMULATED int32_t Sim_ADL2_Workstation_ECC_Get(void* context, int32_t adapter, int32_t* defaultMode, int32_t* currentMode,
                                                int32_t* desiredMode)
 {
-    TraceCall("ADL2_Workstation_ECC_Get", adapter);
-    if (defaultMode == nullptr || desiredMode == nullptr)
-        return ADL_ERR_NULL_POINTER;
-    return Give(adapter, currentMode, &AdlAdapterModel::eccModes, [&](const AdlEccModes& modes) {
-        *defaultMode = modes.defaultMode;
-        *currentMode = modes.currentMode;
-        *desiredMode = modes.desiredMode;
-    });
+    return GiveInContext(
+        "ADL2_Workstation_ECC_Get", context, adapter, &AdlAdapterModel::eccModes,
+        {{defaultMode, sizeof *defaultMode}, {currentMode, sizeof *currentMode}, {desiredMode, sizeof *desiredMode}},
+        [&](const AdlEccModes& modes) {
+            *defaultMode = modes.defaultMode;
+            *currentMode = modes.currentMode;
+            *desiredMode = modes.desiredMode;
+        });
 }
 
-SIMULATED int32_t Sim_ADL2_Workstation_ECCData_Get(void*, int32_t adapter, void* data)
+SIMULATED int32_t Sim_ADL2_Workstation_ECCData_Get(void* context, int32_t adapter, void* data)
 {
-    TraceCall("ADL2_Workstation_ECCData_Get", adapter);
-    return Give(adapter, data, &AdlAdapterModel::eccData, [data](const AdlEccData& errors) {
-        Put(data, 0, errors.iSec);
-        Put(data, 4, errors.iDed);
-    });
+    return GiveInContext("ADL2_Workstation_ECCData_Get", context, adapter, &AdlAdapterModel::eccData, {{data, EccDataSize}},
+                         [data](const AdlEccData& errors) {
+                             Put(data, 0, errors.iSec);
+                             Put(data, 4, errors.iDed);
+                         });
 }
 
 /// The product resolves it and never calls it.
 SIMULATED int32_t Sim_ADL_Adapter_ObservedClockInfo_Get(int32_t adapter, int32_t*, int32_t*)
 {
-    TraceCall("ADL_Adapter_ObservedClockInfo_Get", adapter);
-    return ADL_ERR_NOT_SUPPORTED;
+    AddToTrace(CallOf("ADL_Adapter_ObservedClockInfo_Get", adapter));
+    return ADL_ERR_NOT_INIT;
 }

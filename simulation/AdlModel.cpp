@@ -44,6 +44,7 @@ void ReadSupported(const Node& node, Answer<int32_t>& target)
     orvel::simulation::ReadInto(node, answer);
     target.given = true;
     target.status = answer.status;
+    target.writes = answer.writes;
     if (answer.value)
         target.value = answer.value->number;
 }

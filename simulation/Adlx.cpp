@@ -1,29 +1,61 @@
 #include "Adlx.h"
 
+#include "AdlContexts.h"
 #include "AdlxObjects.h"
 #include "Export.h"
+#include "Violations.h"
 
 namespace orvel::simulation {
 
 namespace {
 
+/// The caller's function that gives memory of ADL back.
+using AdlxFree = void(__stdcall*)(void** buffer);
+
 constexpr uint64_t FullVersion = 0x0001000200000048; // 1.2.0, build 72
 
+constexpr int32_t AdapterListSize = 4096; // bytes
+
+/// ADLX lets ADL list its adapters, which takes memory from the caller, and gives that back to the caller.
+void UseCallersMemory(const std::string& call, void* context, AdlxFree free)
+{
+    void* buffer = AllocateFromAdlCaller(context, AdapterListSize);
+    if (!buffer) {
+        AddViolation(call, "ADL's callback gave no memory");
+        return;
+    }
+    FillWithRubbish({{buffer, AdapterListSize}});
+    free(&buffer);
+    if (buffer) {
+        AddViolation(call, "the callback for freed memory left the pointer to it");
+    }
+}
+
 /// Begins the session unless the status forbids it, and hands the uncounted objects out.
-int32_t BeginSession(int32_t status, AdlxObject** system, AdlxObject** mapping)
+int32_t BeginSession(const OutputStatus& answer, AdlxObject** system, AdlxObject** mapping, void* context)
 {
     AdlxState& state = TheAdlx();
     const std::scoped_lock lock(state.mutex);
-    if (CurrentMachine()->adlx.standing != Standing::Simulated)
+    int32_t status = answer.code;
+    if (CurrentMachine()->adlx.standing != Standing::Simulated) {
         status = ADLX_FAIL;
-    else if (status == ADLX_OK && state.session)
+    } else if (status == ADLX_OK && state.session) {
         status = ADLX_ALREADY_INITIALIZED;
-    const bool succeeded = status <= ADLX_ALREADY_INITIALIZED;
-    if (succeeded && !state.session)
-        state.session.emplace(Counted::Adlx);
-    *system = succeeded ? state.objects->System() : nullptr;
-    if (mapping != nullptr)
-        *mapping = succeeded ? state.objects->Mapping() : nullptr;
+    }
+    if (AdlxSucceeded(status)) {
+        if (!state.session) {
+            state.session.emplace();
+        }
+        state.session->adlContext = context;
+    }
+    void* const dead = DeadObject("adlx initialisation wrote rubbish", ADLX_TERMINATED);
+    const auto put = [&](AdlxObject** target, AdlxObject* object) {
+        if (target && answer.writes != Writes::Nothing) {
+            *target = answer.writes == Writes::Rubbish ? static_cast<AdlxObject*>(dead) : object;
+        }
+    };
+    put(system, AdlxSucceeded(status) ? state.session->System() : nullptr);
+    put(mapping, AdlxSucceeded(status) ? state.session->Mapping() : nullptr);
     return status;
 }
 
@@ -34,7 +66,8 @@ void ResetAdlx()
     AdlxState& state = TheAdlx();
     const std::scoped_lock lock(state.mutex);
     state.session.reset();
-    state.objects = std::make_unique<AdlxObjects>(CurrentMachine());
+    state.machine = CurrentMachine();
+    state.itemCalls = 0;
 }
 
 } // namespace orvel::simulation
@@ -59,16 +92,29 @@ SIMULATED int32_t Sim_ADLXQueryVersion(const char** version)
     return ADLX_OK;
 }
 
-/// The callback that frees the caller's memory is never called: no function here allocates any.
 SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject** system, AdlxObject** mapping, void* context,
-                                                  void(__stdcall* memoryFree)(void** buffer))
+                                                  AdlxFree memoryFree)
 {
-    AddToTrace("adlx ADLXInitializeWithCallerAdl");
-    if (system == nullptr || mapping == nullptr || context == nullptr || memoryFree == nullptr)
+    const std::string call = "adlx ADLXInitializeWithCallerAdl";
+    AddToTrace(call);
+    if (!system || !mapping || !context || !memoryFree) {
+        AddViolation(call, "a null pointer");
         return ADLX_INVALID_ARGS;
-    if (version != FullVersion)
+    }
+    if (version != FullVersion) {
         return ADLX_BAD_VER;
-    return BeginSession(CurrentMachine()->adlx.model.initializeWithCallerAdl.code, system, mapping);
+    }
+    const auto machine = CurrentMachine();
+    const OutputStatus& answer = machine->adlx.model.initializeWithCallerAdl;
+    const bool isSimulated = machine->adl.standing != Standing::System; // the computer's own contexts are not known here
+    if (isSimulated && !IsAdlContextAlive(context)) {
+        AddViolation(call, "the ADL context is not alive");
+        return ADLX_ADL_INIT_ERROR;
+    }
+    if (isSimulated && AdlxSucceeded(answer.code)) {
+        UseCallersMemory(call, context, memoryFree);
+    }
+    return BeginSession(answer, system, mapping, isSimulated ? context : nullptr);
 }
 
 SIMULATED int32_t Sim_ADLXInitializeWithIncompatibleDriver(uint64_t, AdlxObject** system)
@@ -86,17 +132,24 @@ SIMULATED int32_t Sim_ADLXInitialize(uint64_t version, AdlxObject** system)
         return ADLX_INVALID_ARGS;
     if (version != FullVersion)
         return ADLX_BAD_VER;
-    return BeginSession(CurrentMachine()->adlx.model.initialize.code, system, nullptr);
+    return BeginSession(CurrentMachine()->adlx.model.initialize, system, nullptr, nullptr);
 }
 
-/// Objects that are still held are told of, but do not keep the session alive.
+/// Objects that are still held do not keep the session alive: they are dead.
 SIMULATED int32_t Sim_ADLXTerminate()
 {
-    AddToTrace("adlx ADLXTerminate");
+    const std::string call = "adlx ADLXTerminate";
+    AddToTrace(call);
     AdlxState& state = TheAdlx();
     const std::scoped_lock lock(state.mutex);
-    if (!state.session)
+    if (!state.session) {
         return ADLX_TERMINATED;
+    }
+    const std::string held = state.session->HeldObjects();
     state.session.reset();
-    return state.objects->AnyAlive() ? ADLX_ORPHAN_OBJECTS : ADLX_OK;
+    if (held.empty()) {
+        return ADLX_OK;
+    }
+    AddViolation(call, "objects are still held: " + held);
+    return ADLX_ORPHAN_OBJECTS;
 }

@@ -11,6 +11,13 @@ const std::vector<std::string>& AdlxEntryPoints()
     return names;
 }
 
+static void ReadInto(const Node& node, AdlxText& target)
+{
+    if (!node.IsNull()) {
+        target = node.Text();
+    }
+}
+
 void ReadInto(const Node& node, AdlxGpuModel& target)
 {
     node.ReadFields({

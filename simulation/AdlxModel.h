@@ -8,12 +8,15 @@
 
 namespace orvel::simulation {
 
+/// None: a null pointer.
+using AdlxText = std::optional<std::string>;
+
 struct AdlxGpuModel {
-    Status atGpuList;
-    Answer<std::string> vendorId;
-    Answer<std::string> name;
-    Answer<std::string> pnpString;
-    Answer<std::string> deviceId;
+    OutputStatus atGpuList;
+    Answer<AdlxText> vendorId;
+    Answer<AdlxText> name;
+    Answer<AdlxText> pnpString;
+    Answer<AdlxText> deviceId;
     Answer<uint32_t> totalVramMegabytes;
     Answer<int32_t> adapterIndex;
     Answer<bool> isSupportedGpuClockSpeed;
@@ -22,12 +25,12 @@ struct AdlxGpuModel {
 
 struct AdlxModel {
     std::vector<std::string> missing;
-    Status initializeWithCallerAdl;
-    Status initialize;
-    Status getGpus;
-    Status getPerformanceMonitoringServices;
-    Status getSupportedGpuMetrics;
-    Status getCurrentGpuMetrics;
+    OutputStatus initializeWithCallerAdl;
+    OutputStatus initialize;
+    OutputStatus getGpus;
+    OutputStatus getPerformanceMonitoringServices;
+    OutputStatus getSupportedGpuMetrics;
+    OutputStatus getCurrentGpuMetrics;
     std::optional<uint64_t> shrinkAfter; // calls of "item at index" until the list reports one GPU fewer
     std::vector<AdlxGpuModel> gpus;
 };

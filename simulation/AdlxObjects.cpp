@@ -1,44 +1,48 @@
 #include "AdlxObjects.h"
 
+#include "AdlContexts.h"
+#include "Violations.h"
+
 #include <algorithm>
 #include <array>
 #include <initializer_list>
 
-// The tables at the end of the unnamed namespace give each interface its functions by the published slot numbers. Slots that
-// nobody here needs answer "not supported".
+// The tables at the end of the first unnamed namespace give each interface its functions by the published slot numbers.
+// Slots that nobody here needs answer "not supported". A function is only reached through a living object, so there is a
+// session.
 
 namespace orvel::simulation {
 
 namespace {
 
-bool Succeeded(int32_t status)
+extern const AdlxInterface systemInterface;
+extern const AdlxInterface mappingInterface;
+extern const AdlxInterface listInterface;
+extern const AdlxInterface gpuInterface;
+extern const AdlxInterface performanceInterface;
+extern const AdlxInterface supportInterface;
+extern const AdlxInterface metricsInterface;
+
+const AdlxModel& Model()
 {
-    return status <= ADLX_ALREADY_INITIALIZED; // 0, 1 and 2 are successes in ADLX
+    return TheAdlx().machine->adlx.model;
 }
 
-AdlxObjects& Objects()
+AdlxSession& Session()
 {
-    return *TheAdlx().objects;
+    return *TheAdlx().session;
 }
 
 long __stdcall Acquire(AdlxObject* self)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
-    if (self->references == 0)
-        self->live.emplace(Counted::Adlx);
     return ++self->references;
 }
 
 long __stdcall Release(AdlxObject* self)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
-    if (self->references == 0) {
-        AddToTrace(std::string("adlx release too many ") + self->name);
-        return 0;
-    }
-    if (--self->references == 0)
-        self->live.reset();
-    return self->references;
+    return Session().Release(self);
 }
 
 int32_t __stdcall Unused()
@@ -46,65 +50,129 @@ int32_t __stdcall Unused()
     return ADLX_NOT_SUPPORTED;
 }
 
-/// Hands an object out with a reference added, or null if the status is a failure.
-int32_t HandOut(int32_t status, AdlxObject* object, AdlxObject** target)
+int32_t RefuseArgument(const std::string& call, const char* what)
 {
-    if (target == nullptr)
-        return ADLX_INVALID_ARGS;
-    *target = Succeeded(status) ? object : nullptr;
-    if (*target != nullptr)
-        Acquire(*target);
-    return status;
+    AddViolation(call, what);
+    return ADLX_INVALID_ARGS;
 }
 
-// Texts belong to the model, which outlives the GPU.
-int32_t GiveText(const char* name, const AdlxObject* self, const char** target, Answer<std::string> AdlxGpuModel::*member)
+/// For what needs ADL: the caller must not have destroyed the context that it has lent.
+void CheckContext(const std::string& call)
 {
-    AddToTrace(std::string("adlx ") + name);
-    if (target == nullptr)
-        return ADLX_INVALID_ARGS;
-    return (self->gpu->*member).Give(ADLX_NOT_SUPPORTED, [target](const std::string& text) { *target = text.c_str(); });
+    void* const context = Session().adlContext;
+    if (context && !IsAdlContextAlive(context)) {
+        AddViolation(call, "the ADL context of the session is not alive");
+    }
+}
+
+/// Hands an object out with a reference added, or null if the status is a failure.
+int32_t HandOut(const std::string& call, const OutputStatus& answer, const AdlxInterface& contract, const AdlxGpuModel* gpu,
+                AdlxObject** target)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    if (!target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    if (answer.writes == Writes::Rubbish) {
+        *target = static_cast<AdlxObject*>(DeadObject(call + " wrote rubbish", ADLX_TERMINATED));
+    } else if (answer.writes == Writes::AsUsual) {
+        *target = AdlxSucceeded(answer.code) ? Session().HandOut(contract, gpu) : nullptr;
+    }
+    return answer.code;
+}
+
+/// The same for an object that speaks about a GPU.
+int32_t HandOutOfGpu(const std::string& call, const OutputStatus& answer, const AdlxInterface& contract, AdlxObject* gpu,
+                     AdlxObject** target)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    AddToTrace(call);
+    CheckContext(call);
+    if (Session().Has(gpu, gpuInterface)) {
+        return HandOut(call, answer, contract, gpu->gpu, target);
+    }
+    if (target) {
+        *target = nullptr;
+    }
+    return RefuseArgument(call, "the GPU is not alive");
+}
+
+/// Texts belong to the GPU.
+int32_t GiveText(const char* name, AdlxObject* self, const char** target, Answer<AdlxText> AdlxGpuModel::*member)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    const std::string call = std::string("adlx ") + name;
+    AddToTrace(call);
+    if (!target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    const Answer<AdlxText>& answer = self->gpu->*member;
+    const int32_t status =
+        answer.Give(ADLX_NOT_SUPPORTED, {}, [&](const AdlxText& text) { *target = text ? self->Lend(*text) : nullptr; });
+    if (answer.writes == Writes::Rubbish) {
+        *target = DeadText();
+    }
+    return status;
 }
 
 template <typename Value>
 int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Answer<Value> AdlxGpuModel::*member)
 {
-    AddToTrace(std::string("adlx ") + name);
-    if (target == nullptr)
-        return ADLX_INVALID_ARGS;
-    return (object->gpu->*member).Give(ADLX_NOT_SUPPORTED, [target](Value value) { *target = value; });
+    const std::string call = std::string("adlx ") + name;
+    AddToTrace(call);
+    if (!target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    return (object->gpu->*member).Give(ADLX_NOT_SUPPORTED, {{target, sizeof *target}}, [target](Value value) {
+        *target = value;
+    });
 }
 
 int32_t __stdcall GetGpus(AdlxObject*, AdlxObject** list)
 {
-    AddToTrace("adlx GetGPUs");
-    return HandOut(Objects().Model().getGpus.code, Objects().List(), list);
+    const std::string call = "adlx GetGPUs";
+    AddToTrace(call);
+    CheckContext(call);
+    return HandOut(call, Model().getGpus, listInterface, nullptr, list);
 }
 
 int32_t __stdcall GetPerformanceMonitoringServices(AdlxObject*, AdlxObject** services)
 {
-    AddToTrace("adlx GetPerformanceMonitoringServices");
-    return HandOut(Objects().Model().getPerformanceMonitoringServices.code, Objects().Performance(), services);
+    const std::string call = "adlx GetPerformanceMonitoringServices";
+    AddToTrace(call);
+    CheckContext(call);
+    return HandOut(call, Model().getPerformanceMonitoringServices, performanceInterface, nullptr, services);
 }
 
 int32_t __stdcall AdlAdapterIndexFromAdlxGpu(AdlxObject*, AdlxObject* gpu, int32_t* index)
 {
-    if (Objects().IsGpu(gpu))
+    const std::string call = "adlx AdlAdapterIndexFromADLXGPU";
+    CheckContext(call);
+    if (Session().Has(gpu, gpuInterface)) {
         return GiveValue("AdlAdapterIndexFromADLXGPU", gpu, index, &AdlxGpuModel::adapterIndex);
-    AddToTrace("adlx AdlAdapterIndexFromADLXGPU");
-    return ADLX_INVALID_ARGS;
+    }
+    AddToTrace(call);
+    return RefuseArgument(call, "the GPU is not alive");
+}
+
+/// The number of GPUs that the list reports now.
+uint32_t NumberOfGpus()
+{
+    const AdlxModel& model = Model();
+    const bool hasShrunk = model.shrinkAfter && TheAdlx().itemCalls >= *model.shrinkAfter && !model.gpus.empty();
+    return static_cast<uint32_t>(model.gpus.size()) - (hasShrunk ? 1 : 0);
 }
 
 uint32_t __stdcall ListSize(AdlxObject*)
 {
     AddToTrace("adlx Size");
-    return Objects().Size();
+    return NumberOfGpus();
 }
 
 bool __stdcall ListEmpty(AdlxObject*)
 {
     AddToTrace("adlx Empty");
-    return Objects().Size() == 0;
+    return NumberOfGpus() == 0;
 }
 
 uint32_t __stdcall ListBegin(AdlxObject*)
@@ -116,18 +184,21 @@ uint32_t __stdcall ListBegin(AdlxObject*)
 uint32_t __stdcall ListEnd(AdlxObject*)
 {
     AddToTrace("adlx End");
-    return Objects().Size();
+    return NumberOfGpus();
 }
 
 int32_t __stdcall ListAtGpuList(AdlxObject*, uint32_t index, AdlxObject** gpu)
 {
-    AddToTrace("adlx At_GPUList " + std::to_string(index));
-    const bool isInside = index < Objects().Size();
-    Objects().CountItemCall();
-    if (!isInside)
-        return HandOut(ADLX_INVALID_ARGS, nullptr, gpu);
-    AdlxObject* const object = Objects().Gpu(index);
-    return HandOut(object->gpu->atGpuList.code, object, gpu);
+    const std::scoped_lock lock(TheAdlx().mutex);
+    const std::string call = "adlx At_GPUList " + std::to_string(index);
+    AddToTrace(call);
+    const bool isInside = index < NumberOfGpus();
+    ++TheAdlx().itemCalls;
+    if (!isInside) {
+        return HandOut(call, {{true, ADLX_INVALID_ARGS}, Writes::AsUsual}, gpuInterface, nullptr, gpu);
+    }
+    const AdlxGpuModel& model = Model().gpus[index];
+    return HandOut(call, model.atGpuList, gpuInterface, &model, gpu);
 }
 
 int32_t __stdcall GpuVendorId(AdlxObject* self, const char** text)
@@ -157,18 +228,12 @@ int32_t __stdcall GpuTotalVram(AdlxObject* self, uint32_t* megabytes)
 
 int32_t __stdcall GetSupportedGpuMetrics(AdlxObject*, AdlxObject* gpu, AdlxObject** support)
 {
-    AddToTrace("adlx GetSupportedGPUMetrics");
-    if (!Objects().IsGpu(gpu))
-        return HandOut(ADLX_INVALID_ARGS, nullptr, support);
-    return HandOut(Objects().Model().getSupportedGpuMetrics.code, Objects().Support(gpu), support);
+    return HandOutOfGpu("adlx GetSupportedGPUMetrics", Model().getSupportedGpuMetrics, supportInterface, gpu, support);
 }
 
 int32_t __stdcall GetCurrentGpuMetrics(AdlxObject*, AdlxObject* gpu, AdlxObject** metrics)
 {
-    AddToTrace("adlx GetCurrentGPUMetrics");
-    if (!Objects().IsGpu(gpu))
-        return HandOut(ADLX_INVALID_ARGS, nullptr, metrics);
-    return HandOut(Objects().Model().getCurrentGpuMetrics.code, Objects().Metrics(gpu), metrics);
+    return HandOutOfGpu("adlx GetCurrentGPUMetrics", Model().getCurrentGpuMetrics, metricsInterface, gpu, metrics);
 }
 
 int32_t __stdcall IsSupportedGpuClockSpeed(AdlxObject* self, bool* supported)
@@ -231,99 +296,100 @@ const auto performanceTable = Table<23>({
 const auto supportTable = Table<25>({At(0, &Acquire), At(1, &Release), At(4, &IsSupportedGpuClockSpeed)});
 const auto metricsTable = Table<15>({At(0, &Acquire), At(1, &Release), At(5, &GpuClockSpeed)});
 
-/// The object of `objects` that speaks about the same GPU.
-AdlxObject* Of(const AdlxObject* gpu, std::deque<AdlxObject>& objects)
-{
-    return &*std::ranges::find(objects, gpu->gpu, &AdlxObject::gpu);
-}
+const AdlxInterface systemInterface{"IADLXSystem", systemTable.data()};
+const AdlxInterface mappingInterface{"IADLMapping", mappingTable.data()};
+const AdlxInterface listInterface{"IADLXGPUList", listTable.data()};
+const AdlxInterface gpuInterface{"IADLXGPU", gpuTable.data()};
+const AdlxInterface performanceInterface{"IADLXPerformanceMonitoringServices", performanceTable.data()};
+const AdlxInterface supportInterface{"IADLXGPUMetricsSupport", supportTable.data()};
+const AdlxInterface metricsInterface{"IADLXGPUMetrics", metricsTable.data()};
 
-bool IsAlive(const AdlxObject& object)
+void Bury(AdlxObject* object)
 {
-    return object.references > 0;
+    const std::string name = std::string("adlx ") + object->contract->name;
+    object->~AdlxObject();
+    BuryObject(object, sizeof *object, name, ADLX_TERMINATED);
 }
 
 } // namespace
 
-AdlxObjects::AdlxObjects(std::shared_ptr<const Machine> itsMachine)
-    : machine(std::move(itsMachine)),
-      system{systemTable.data(), "IADLXSystem"},
-      mapping{mappingTable.data(), "IADLMapping"},
-      list{listTable.data(), "IADLXGPUList"},
-      performance{performanceTable.data(), "IADLXPerformanceMonitoringServices"}
+bool AdlxSucceeded(int32_t status)
 {
-    for (const AdlxGpuModel& gpu : Model().gpus) {
-        gpus.emplace_back(gpuTable.data(), "IADLXGPU", &gpu);
-        supports.emplace_back(supportTable.data(), "IADLXGPUMetricsSupport", &gpu);
-        metrics.emplace_back(metricsTable.data(), "IADLXGPUMetrics", &gpu);
+    return status <= ADLX_ALREADY_INITIALIZED; // 0, 1 and 2 are successes in ADLX
+}
+
+AdlxObject::AdlxObject(const AdlxInterface& itsInterface, const AdlxGpuModel* itsGpu)
+    : table(itsInterface.table), contract(&itsInterface), gpu(itsGpu)
+{}
+
+AdlxObject::~AdlxObject()
+{
+    for (const auto& [text, lent] : lentTexts) {
+        BuryText(lent, text->size());
     }
 }
 
-const AdlxModel& AdlxObjects::Model() const
+const char* AdlxObject::Lend(const std::string& text)
 {
-    return machine->adlx.model;
+    char*& lent = lentTexts[&text];
+    if (!lent) {
+        lent = new char[text.size() + 1];
+        std::copy_n(text.c_str(), text.size() + 1, lent);
+    }
+    return lent;
 }
 
-AdlxObject* AdlxObjects::System()
+AdlxSession::AdlxSession()
+    : system(new AdlxObject(systemInterface, nullptr)), mapping(new AdlxObject(mappingInterface, nullptr))
+{}
+
+AdlxSession::~AdlxSession()
 {
-    return &system;
+    for (const auto& [object, count] : counted) {
+        Bury(object);
+    }
+    Bury(mapping);
+    Bury(system);
 }
 
-AdlxObject* AdlxObjects::Mapping()
+AdlxObject* AdlxSession::HandOut(const AdlxInterface& contract, const AdlxGpuModel* gpu)
 {
-    return &mapping;
+    const auto isIt = [&](const auto& entry) { return entry.first->contract == &contract && entry.first->gpu == gpu; };
+    const auto found = std::ranges::find_if(counted, isIt);
+    AdlxObject* const object = found != counted.end() ? found->first : new AdlxObject(contract, gpu);
+    counted.try_emplace(object, Counted::Adlx);
+    ++object->references;
+    return object;
 }
 
-AdlxObject* AdlxObjects::List()
+long AdlxSession::Release(AdlxObject* object)
 {
-    return &list;
+    const long left = --object->references;
+    if (left == 0) {
+        counted.erase(object);
+        Bury(object);
+    }
+    return left;
 }
 
-AdlxObject* AdlxObjects::Performance()
+bool AdlxSession::Has(const AdlxObject* object, const AdlxInterface& contract) const
 {
-    return &performance;
+    const auto found = counted.find(const_cast<AdlxObject*>(object));
+    return found != counted.end() && found->first->contract == &contract;
 }
 
-AdlxObject* AdlxObjects::Gpu(size_t index)
+std::string AdlxSession::HeldObjects() const
 {
-    return &gpus[index];
-}
-
-AdlxObject* AdlxObjects::Support(const AdlxObject* gpu)
-{
-    return Of(gpu, supports);
-}
-
-AdlxObject* AdlxObjects::Metrics(const AdlxObject* gpu)
-{
-    return Of(gpu, metrics);
-}
-
-bool AdlxObjects::IsGpu(const AdlxObject* object) const
-{
-    return std::ranges::any_of(gpus, [object](const AdlxObject& gpu) { return &gpu == object; });
-}
-
-uint32_t AdlxObjects::Size() const
-{
-    const auto& shrinkAfter = Model().shrinkAfter;
-    const bool hasShrunk = shrinkAfter && itemCalls >= *shrinkAfter && !gpus.empty();
-    return static_cast<uint32_t>(gpus.size()) - (hasShrunk ? 1 : 0);
-}
-
-void AdlxObjects::CountItemCall()
-{
-    ++itemCalls;
-}
-
-bool AdlxObjects::AnyAlive() const
-{
-    return IsAlive(list) || IsAlive(performance) || std::ranges::any_of(gpus, IsAlive) ||
-           std::ranges::any_of(supports, IsAlive) || std::ranges::any_of(metrics, IsAlive);
+    std::string names;
+    for (const auto& [object, count] : counted) {
+        names += std::string(names.empty() ? "" : ", ") + object->contract->name;
+    }
+    return names;
 }
 
 AdlxState& TheAdlx()
 {
-    static auto* const state = new AdlxState{{}, std::make_unique<AdlxObjects>(CurrentMachine()), {}};
+    static auto* const state = new AdlxState;
     return *state;
 }
 

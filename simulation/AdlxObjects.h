@@ -3,11 +3,11 @@
 #include "CurrentMachine.h"
 #include "Trace.h"
 
-#include <atomic>
-#include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace orvel::simulation {
 
@@ -17,70 +17,76 @@ constexpr int32_t ADLX_FAIL = 3;
 constexpr int32_t ADLX_INVALID_ARGS = 4;
 constexpr int32_t ADLX_BAD_VER = 5;
 constexpr int32_t ADLX_TERMINATED = 7;
+constexpr int32_t ADLX_ADL_INIT_ERROR = 8;
 constexpr int32_t ADLX_ORPHAN_OBJECTS = 11;
 constexpr int32_t ADLX_NOT_SUPPORTED = 12;
+
+/// Whether the status is a success of ADLX.
+bool AdlxSucceeded(int32_t status);
+
+/// An interface of ADLX.
+struct AdlxInterface {
+    const char* name;
+    void* const* table; // of functions, by the published slot numbers
+};
 
 /// What ADLX hands out: a pointer to this, whose first member points to the published table of functions. The first
 /// parameter of each function is the object itself.
 struct AdlxObject {
-    AdlxObject(void* const* itsTable, const char* itsName, const AdlxGpuModel* itsGpu = nullptr)
-        : table(itsTable), name(itsName), gpu(itsGpu)
-    {}
+    AdlxObject(const AdlxInterface& itsInterface, const AdlxGpuModel* itsGpu);
+    AdlxObject(const AdlxObject&) = delete;
+    AdlxObject& operator=(const AdlxObject&) = delete;
+    ~AdlxObject();
+
+    /// The text as this object lends it to its caller: it lives as long as the object.
+    const char* Lend(const std::string& text);
 
     void* const* table;
-    const char* name;        // of the interface
+    const AdlxInterface* contract;
     const AdlxGpuModel* gpu; // the GPU that the object is or speaks about
-    long references = 0;
-    std::optional<LiveObject> live = {}; // while there are references
+    long references = 0;     // of a counted object
+    std::map<const std::string*, char*> lentTexts;
 };
 
-/// The objects of one machine. There is one of each, however often it is handed out, and it stays in memory when its last
-/// reference is gone: a release too many finds it and is told, and a long run does not grow.
-class AdlxObjects {
+/// ADLX from its initialisation to its termination. All its objects are dead when it ends.
+class AdlxSession {
 public:
-    explicit AdlxObjects(std::shared_ptr<const Machine> machine);
+    AdlxSession();
+    AdlxSession(const AdlxSession&) = delete;
+    AdlxSession& operator=(const AdlxSession&) = delete;
+    ~AdlxSession();
 
-    const AdlxModel& Model() const;
+    /// Not counted; they live as long as the session.
+    AdlxObject* System() { return system; }
+    AdlxObject* Mapping() { return mapping; }
 
-    /// Not counted; they live as long as the machine.
-    AdlxObject* System();
-    AdlxObject* Mapping();
+    /// The object of this interface and GPU with a reference added; a new one unless there is one already.
+    AdlxObject* HandOut(const AdlxInterface& contract, const AdlxGpuModel* gpu);
 
-    AdlxObject* List();
-    AdlxObject* Performance();
-    AdlxObject* Gpu(size_t index);
-    AdlxObject* Support(const AdlxObject* gpu);
-    AdlxObject* Metrics(const AdlxObject* gpu);
+    /// Gives a reference back; the object is dead with the last one. Returns how many are left.
+    long Release(AdlxObject* object);
 
-    /// Whether the pointer is one of this machine's GPUs.
-    bool IsGpu(const AdlxObject* object) const;
+    /// Whether the pointer is a living object of this interface.
+    bool Has(const AdlxObject* object, const AdlxInterface& contract) const;
 
-    /// The number of GPUs that the list reports now.
-    uint32_t Size() const;
+    /// The names of the interfaces of which somebody holds a reference.
+    std::string HeldObjects() const;
 
-    /// Counts a call of "item at index".
-    void CountItemCall();
-
-    /// Whether somebody holds a reference.
-    bool AnyAlive() const;
+    void* adlContext = nullptr; // that the caller has lent; null without one
 
 private:
-    std::shared_ptr<const Machine> machine;
-    AdlxObject system;
-    AdlxObject mapping;
-    AdlxObject list;
-    AdlxObject performance;
-    std::deque<AdlxObject> gpus;
-    std::deque<AdlxObject> supports;
-    std::deque<AdlxObject> metrics;
-    std::atomic<uint64_t> itemCalls = 0;
+    LiveObject live{Counted::Adlx};
+    AdlxObject* system;
+    AdlxObject* mapping;
+    std::map<AdlxObject*, LiveObject> counted;
 };
 
 /// The state of amdadlx64.dll on the machine in place.
 struct AdlxState {
     std::recursive_mutex mutex; // for all objects as well
-    std::unique_ptr<AdlxObjects> objects;
-    std::optional<LiveObject> session; // while ADLX is initialised
+    std::shared_ptr<const Machine> machine;
+    uint64_t itemCalls = 0; // of "item at index"
+    std::optional<AdlxSession> session;
 };
 
 /// Never destroyed: a static object of the product may still make calls while the process ends.

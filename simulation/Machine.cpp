@@ -23,6 +23,7 @@ void ReadInto(const Node& node, Machine& target)
 {
     node.ReadFields({
         {"name", [&target](const Node& name) { target.name = name.Text(); }},
+        {"searched", Into(target.searched)},
         {"dwm", AsInterface(target.dwm)},
         {"wmi", AsInterface(target.wmi)},
         {"registry", AsInterface(target.registry)},

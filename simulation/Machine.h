@@ -32,6 +32,7 @@ struct Interface {
 /// One simulated machine, as its file describes it.
 struct Machine {
     std::optional<std::string> name;
+    bool searched = false; // Windows' own search has to find the DLLs that are loaded at run time
     Interface<DwmModel> dwm;
     Interface<WmiModel> wmi;
     Interface<RegistryModel> registry;

@@ -3,6 +3,7 @@
 #include "Export.h"
 #include "ExportTable.h"
 #include "ImportTable.h"
+#include "OpenCl.h"
 #include "Text.h"
 
 #include <array>
@@ -12,6 +13,9 @@
 // name, be it LoadLibrary or another DLL's import. So the DLLs that the machine has are loaded here, by full path, before
 // the product asks for them. For those it lacks, this folder is put on the search path in front of the system's: the search
 // ends at our DLL, whose SimulationAttach refuses to be loaded, and the computer's own one is not reached.
+//
+// A machine may leave all of it to that search: then nothing is loaded here, and a DLL leaves the process with the product's
+// last reference.
 //
 // nvml.dll, dxgi.dll and dwmapi.dll are imports of the product. They are always there, also before a machine is in place,
 // when a program that is linked against the product starts. In such a program they are bound to the computer's own DLLs by
@@ -27,10 +31,17 @@ constexpr int PinCountWithGaps = 16384; // the same, if functions are missing: e
 constexpr int MostReferences = 0x10000; // to be given back at once
 constexpr DWORD PathLength = 4096;      // characters
 
+/// What the simulation does so that a DLL that the machine has is found.
+enum class Hold {
+    No, // Windows' own search finds it
+    Once,
+    Pinned, // more often than anybody gives it back
+};
+
 struct Module {
     const wchar_t* name;
-    bool isImported; // by the product, at load time
-    bool isPinned;
+    bool isImported;       // by the product, at load time
+    bool isPinned = false; // on this machine: it stays however often the product gives it back
     std::atomic<bool> isAllowed = isImported;
     std::atomic<HMODULE> attached = nullptr; // our DLL, while it is loaded
     std::vector<std::string> hiddenNames = {};
@@ -39,13 +50,13 @@ struct Module {
 };
 
 struct Modules {
-    Module opencl{L"opencl.dll", false, true};
-    Module dxgi{L"dxgi.dll", true, false};
-    Module dwmapi{L"dwmapi.dll", true, false};
-    Module nvapi{L"nvapi64.dll", false, false};
-    Module nvml{L"nvml.dll", true, false};
-    Module adl{L"atiadlxx.dll", false, false};
-    Module adlx{L"amdadlx64.dll", false, false};
+    Module opencl{L"opencl.dll", false};
+    Module dxgi{L"dxgi.dll", true};
+    Module dwmapi{L"dwmapi.dll", true};
+    Module nvapi{L"nvapi64.dll", false};
+    Module nvml{L"nvml.dll", true};
+    Module adl{L"atiadlxx.dll", false};
+    Module adlx{L"amdadlx64.dll", false};
     RedirectedImports productImports = {};
     std::array<Module*, 7> all = {&opencl, &dxgi, &dwmapi, &nvapi, &nvml, &adl, &adlx};
 };
@@ -130,6 +141,11 @@ void RedirectProduct(Modules& modules)
     }
 }
 
+std::string InFrontOf(const Module& module)
+{
+    return "the computer's own " + ToUtf8(module.name) + " is in the process already, in front of the simulated one";
+}
+
 std::optional<std::string> LoadSimulated(Module& module)
 {
     const std::wstring path = SimulationFolder() + module.name;
@@ -141,7 +157,7 @@ std::optional<std::string> LoadSimulated(Module& module)
                " (under Wine, set WINEDLLOVERRIDES=\"opencl,dxgi,dwmapi=n,b\")";
     const bool isRedirected = module.isImported && Product() != nullptr;
     if (!isRedirected && GetModuleHandleW(module.name) != module.attached)
-        return "the computer's own " + ToUtf8(module.name) + " is in the process already, in front of the simulated one";
+        return InFrontOf(module);
     return std::nullopt;
 }
 
@@ -156,19 +172,28 @@ std::optional<std::string> LoadSystem(Module& module)
     return std::nullopt;
 }
 
-std::optional<std::string> PutInPlace(Module& module, Standing standing, const std::vector<std::string>& missing)
+/// For a DLL that the search has to find: nothing else of this name may be loaded.
+std::optional<std::string> LeaveToSearch(const Module& module)
+{
+    const HMODULE loaded = GetModuleHandleW(module.name);
+    return !loaded || loaded == module.attached ? std::nullopt : std::optional(InFrontOf(module));
+}
+
+std::optional<std::string> PutInPlace(Module& module, Standing standing, const std::vector<std::string>& missing,
+                                      Hold hold = Hold::Once)
 {
     Release(module);
     const bool isSimulated = standing == Standing::Simulated || (standing == Standing::Missing && module.isImported);
     module.hiddenNames = missing;
     module.isAllowed = isSimulated;
+    module.isPinned = hold == Hold::Pinned;
     if (const HMODULE still = module.attached; still != nullptr) {
         // Somebody kept the DLL of the machine before. If this machine has none, a DLL without functions comes closest.
         module.hiddenExports.Restore();
         module.hiddenExports.Hide(still, standing == Standing::Missing && !isSimulated ? ExportedNames(still) : missing);
     }
     if (isSimulated)
-        return LoadSimulated(module);
+        return hold == Hold::No ? LeaveToSearch(module) : LoadSimulated(module);
     return standing == Standing::System ? LoadSystem(module) : std::nullopt;
 }
 
@@ -187,14 +212,17 @@ std::optional<std::string> PutModulesInPlace(const Machine& machine)
     Modules& modules = TheModules();
     modules.productImports.Restore();
     SetDllDirectoryW(SimulationFolder().c_str());
+    const Hold hold = machine.searched ? Hold::No : Hold::Once;
+    const bool isOpenClPinned = !machine.searched && machine.opencl.model.pinned;
     const std::array problems = {
-        PutInPlace(modules.opencl, machine.opencl.standing, machine.opencl.model.missing),
+        PutInPlace(modules.opencl, machine.opencl.standing, machine.opencl.model.missing,
+                   isOpenClPinned ? Hold::Pinned : Hold::No),
         PutInPlace(modules.dxgi, machine.dxgi.standing, {}),
         PutInPlace(modules.dwmapi, machine.dwm.standing, {}),
-        PutInPlace(modules.nvapi, machine.nvapi.standing, MissingExports(machine.nvapi.model)),
-        PutInPlace(modules.nvml, machine.nvml.standing, {}),
-        PutInPlace(modules.adl, machine.adl.standing, machine.adl.model.missing),
-        PutInPlace(modules.adlx, machine.adlx.standing, machine.adlx.model.missing),
+        PutInPlace(modules.nvapi, machine.nvapi.standing, MissingExports(machine.nvapi.model), hold),
+        PutInPlace(modules.nvml, machine.nvml.standing, machine.nvml.model.missing),
+        PutInPlace(modules.adl, machine.adl.standing, machine.adl.model.missing, hold),
+        PutInPlace(modules.adlx, machine.adlx.standing, machine.adlx.model.missing, hold),
     };
     for (const auto& problem : problems) {
         if (problem)
@@ -210,6 +238,7 @@ void TakeModulesAway()
     for (Module* const module : TheModules().all) {
         Release(*module);
         module->isAllowed = module->isImported;
+        module->isPinned = false;
         module->hiddenNames.clear();
         if (module->attached != nullptr)
             module->hiddenExports.Restore();
@@ -219,7 +248,14 @@ void TakeModulesAway()
 
 void AddOpenClReference()
 {
-    AddReferences(TheModules().opencl, 1);
+    if (TheModules().opencl.isPinned) {
+        AddReferences(TheModules().opencl, 1);
+    }
+}
+
+bool IsOpenClLoaded()
+{
+    return TheModules().opencl.attached != nullptr;
 }
 
 FARPROC SystemFunction(const wchar_t* dllName, const char* functionName)
@@ -254,6 +290,9 @@ SIMULATED void SimulationDetach(HMODULE handle)
         return;
     module->attached = nullptr;
     module->hiddenExports.Forget();
+    if (module == &TheModules().opencl) {
+        ResetOpenCl();
+    }
 }
 
 } // namespace orvel::simulation

@@ -16,8 +16,11 @@ std::optional<std::string> PutModulesInPlace(const Machine& machine);
 void TakeModulesAway();
 
 /// Adds a reference to opencl.dll in place of the one that the product gives back after a refused clGetDeviceInfo. So the
-/// DLL stays pinned however many runs there are.
+/// DLL stays pinned however many runs there are. Does nothing on a machine that does not pin it.
 void AddOpenClReference();
+
+/// Whether the simulated opencl.dll is in the process.
+bool IsOpenClLoaded();
 
 /// A function of the computer's own DLL in the system folder, or null; for a simulated DLL that had to stay loaded while
 /// the machine in place leaves its interface to the system.

@@ -208,10 +208,39 @@ void ReadInto(const Node& node, std::string& target)
 
 void ReadInto(const Node& node, Status& target)
 {
+    target.given = true;
     const ReadField readCode = [&target](const Node& code) { target.code = code.StatusCode(); };
     if (!node.IsObject())
         return readCode(node);
     node.ReadFields({{"status", readCode}});
+}
+
+void ReadInto(const Node& node, OutputStatus& target)
+{
+    target.given = true;
+    const ReadField readCode = [&target](const Node& code) { target.code = code.StatusCode(); };
+    if (!node.IsObject()) {
+        return readCode(node);
+    }
+    node.ReadFields({
+        {"status", readCode},
+        {"writes", [&target](const Node& way) { ReadWrites(way, target.writes, false); }},
+    });
+}
+
+void ReadWrites(const Node& node, Writes& target, bool isText)
+{
+    const std::string way = node.Text();
+    if (way == "nothing") {
+        target = Writes::Nothing;
+    } else if (way == "rubbish") {
+        target = Writes::Rubbish;
+    } else if (way == "unterminated" && isText) {
+        target = Writes::Unterminated;
+    } else {
+        node.Refuse(std::string("expected \"nothing\"") +
+                    (isText ? ", \"rubbish\" or \"unterminated\"" : " or \"rubbish\"") + ", found \"" + way + "\"");
+    }
 }
 
 void ReadNames(const Node& node, std::vector<std::string>& target, const std::vector<std::string>& known)

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -74,6 +75,12 @@ void ReadInto(const Node& node, std::string& target);
 /// A number, or {"status": number}.
 void ReadInto(const Node& node, Status& target);
 
+/// The same, with "writes" beside the status.
+void ReadInto(const Node& node, OutputStatus& target);
+
+/// "nothing" or "rubbish", and for a text "unterminated".
+void ReadWrites(const Node& node, Writes& target, bool isText);
+
 /// Names of functions, each out of `known`.
 void ReadNames(const Node& node, std::vector<std::string>& target, const std::vector<std::string>& known);
 
@@ -106,7 +113,11 @@ void ReadInto(const Node& node, Answer<Value>& target)
     node.ReadFields({
         {"status", [&target](const Node& status) { target.status = status.StatusCode(); }},
         {"value", readValue},
+        {"writes", [&target](const Node& way) { ReadWrites(way, target.writes, std::is_same_v<Value, std::string>); }},
     });
+    if (target.writes == Writes::Unterminated && !target.value) {
+        node.Refuse("\"unterminated\" needs a value");
+    }
 }
 
 } // namespace orvel::simulation

@@ -3,10 +3,12 @@
 #include "CurrentMachine.h"
 #include "Export.h"
 #include "NvapiGpu.h"
+#include "NvapiSession.h"
 #include "Trace.h"
+#include "Violations.h"
 
 #include <algorithm>
-#include <cstring>
+#include <string>
 
 namespace orvel::simulation {
 
@@ -14,49 +16,82 @@ namespace {
 
 constexpr size_t MaximumGpus = 64; // length of the handle array
 constexpr uint32_t MultiGpuVersion = 0x0002001C;
+constexpr size_t MultiGpuSize = 28; // bytes
 
 int32_t Initialize()
 {
     AddToTrace("nvapi NvAPI_Initialize");
     const int32_t status = CurrentMachine()->nvapi.model.initialize.code;
-    if (status == NVAPI_OK)
-        CountLive(Counted::Nvapi, 1);
+    if (status == NVAPI_OK) {
+        BeginNvapiSession();
+    }
     return status;
 }
 
 int32_t Unload()
 {
     AddToTrace("nvapi NvAPI_Unload");
+    if (!IsInNvapiSession("nvapi NvAPI_Unload")) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
     const int32_t status = CurrentMachine()->nvapi.model.unload.code;
-    if (status == NVAPI_OK)
-        CountLive(Counted::Nvapi, -1);
+    if (status == NVAPI_OK) {
+        EndNvapiSession();
+    }
     return status;
+}
+
+void ListGpus(const NvapiModel& model, void** handles, uint32_t* count)
+{
+    *count = static_cast<uint32_t>(std::min(model.gpus.size(), MaximumGpus));
+    for (uint32_t index = 0; index < *count; ++index) {
+        handles[index] = NvapiHandles().HandleOf(model.gpus[index]);
+    }
 }
 
 int32_t EnumPhysicalGpus(void** handles, uint32_t* count)
 {
-    AddToTrace("nvapi NvAPI_EnumPhysicalGPUs");
-    if (handles == nullptr || count == nullptr)
+    const std::string call = "nvapi NvAPI_EnumPhysicalGPUs";
+    AddToTrace(call);
+    if (!IsInNvapiSession(call)) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    if (!handles || !count) {
+        AddViolation(call, "a null pointer");
         return NVAPI_INVALID_ARGUMENT;
+    }
     const auto machine = CurrentMachine();
     const NvapiModel& model = machine->nvapi.model;
-    if (model.enumPhysicalGpus.code != NVAPI_OK)
-        return model.enumPhysicalGpus.code;
-    *count = static_cast<uint32_t>(std::min(model.gpus.size(), MaximumGpus));
-    for (uint32_t index = 0; index < *count; ++index)
-        handles[index] = const_cast<NvapiGpuModel*>(&model.gpus[index]);
-    return NVAPI_OK;
+    const OutputStatus& answer = model.enumPhysicalGpus;
+    const int32_t status = answer.given || !model.gpus.empty() ? answer.code : NVAPI_NVIDIA_DEVICE_NOT_FOUND;
+    if (answer.writes == Writes::Rubbish) {
+        FillWithRubbish({{handles, MaximumGpus * sizeof *handles}, {count, sizeof *count}});
+    } else if (status == NVAPI_OK && answer.writes == Writes::AsUsual) {
+        ListGpus(model, handles, count);
+    }
+    return status;
 }
 
 /// The multi-GPU query has no published name that anybody asks for: it goes by its id.
 int32_t MultiGpuQuery(uint32_t* words)
 {
-    AddToTrace("nvapi 0xD2D25687");
-    if (words == nullptr)
+    const std::string call = "nvapi 0xD2D25687";
+    AddToTrace(call);
+    if (!IsInNvapiSession(call)) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    if (!words) {
+        AddViolation(call, "a null pointer");
         return NVAPI_INVALID_ARGUMENT;
-    if (words[0] != 0 || words[1] != MultiGpuVersion)
+    }
+    if (words[0] != 0 || words[1] != MultiGpuVersion) {
+        AddViolation(call, "the structure's version is wrong");
         return NVAPI_INCOMPATIBLE_STRUCT_VERSION;
-    return CurrentMachine()->nvapi.model.multiGpu.Give(NVAPI_NOT_SUPPORTED, [words](const NvapiMultiGpuWords& given) {
+    }
+    const Area area{words, MultiGpuSize};
+    return CurrentMachine()->nvapi.model.multiGpu.Give(NVAPI_NOT_SUPPORTED, {area}, [&](const NvapiMultiGpuWords& given) {
+        FillWithRubbish({area});
+        words[1] = MultiGpuVersion;
         words[2] = given[0];
         words[3] = given[1];
     });
@@ -78,6 +113,7 @@ const NvapiFunction* FindFunction(uint32_t id)
 
 void ResetNvapi()
 {
+    ResetNvapiSessions();
     ResetNvapiMemoryInfo();
 }
 

@@ -6,9 +6,35 @@ namespace {
 
 constexpr size_t MaximumGpus = 64; // the fixed length of NVAPI's handle array
 
-ReadField AsKilohertz(std::optional<uint32_t>& target)
+constexpr uint32_t ClockTypes = 16; // numbers of four bits
+constexpr uint32_t UndefinedBits = 0x5A5A5A5A & ~1U;
+
+/// One answer for every clock type, or an object that has the types as keys.
+void ReadClocks(const Node& node, NvapiClockAnswers& target)
 {
-    return [&target](const Node& node) { ReadInto(node, target.emplace()); };
+    const bool isOfAll = !node.IsObject() || node.Members().empty() || node.HasKey("status") || node.HasKey("domain0") ||
+                         node.HasKey("domain4");
+    if (isOfAll) {
+        return ReadInto(node, target.ofAll);
+    }
+    Fields fields;
+    for (uint32_t type = 0; type < ClockTypes; ++type) {
+        fields.emplace_back(std::to_string(type),
+                            [&target, type](const Node& answer) { ReadInto(answer, target.byType[type]); });
+    }
+    node.ReadFields(fields);
+}
+
+/// A flag, beside which the bits that NVAPI does not define are rubbish, or the whole word.
+ReadField AsEccWord(uint32_t& target)
+{
+    return [&target](const Node& node) {
+        if (node.IsFlag()) {
+            target = UndefinedBits | uint32_t{node.Flag()};
+        } else {
+            ReadInto(node, target);
+        }
+    };
 }
 
 /// Two words, or a bare status.
@@ -82,19 +108,32 @@ void ReadInto(const Node& node, NvapiMemoryInfo& target)
     });
 }
 
+/// A frequency, or {"present", "kHz"}.
+void ReadInto(const Node& node, NvapiClock& target)
+{
+    target.present = true;
+    if (!node.IsObject()) {
+        return ReadInto(node, target.kilohertz);
+    }
+    node.ReadFields({
+        {"present", Into(target.present)},
+        {"kHz", Into(target.kilohertz)},
+    });
+}
+
 void ReadInto(const Node& node, NvapiClocks& target)
 {
     node.ReadFields({
-        {"domain0", AsKilohertz(target.domain0)},
-        {"domain4", AsKilohertz(target.domain4)},
+        {"domain0", Into(target.domain0)},
+        {"domain4", Into(target.domain4)},
     });
 }
 
 void ReadInto(const Node& node, NvapiEccStatus& target)
 {
     node.ReadFields({
-        {"supported", Into(target.supported)},
-        {"enabled", Into(target.enabled)},
+        {"supported", AsEccWord(target.supported)},
+        {"enabled", AsEccWord(target.enabled)},
     });
 }
 
@@ -119,7 +158,7 @@ void ReadInto(const Node& node, NvapiGpuModel& target)
         {"NvAPI_GPU_GetCurrentPCIEDownstreamWidth", Into(target.pcieWidth)},
         {"NvAPI_GPU_GetPCIIdentifiers", Into(target.pciIdentifiers)},
         {"NvAPI_GPU_GetMemoryInfoEx", Into(target.memoryInfo)},
-        {"NvAPI_GPU_GetAllClockFrequencies", Into(target.clocks)},
+        {"NvAPI_GPU_GetAllClockFrequencies", [&target](const Node& clocks) { ReadClocks(clocks, target.clocks); }},
         {"NvAPI_GPU_GetECCStatusInfo", Into(target.eccStatus)},
         {"NvAPI_GPU_GetECCErrorInfo", Into(target.eccErrors)},
     });

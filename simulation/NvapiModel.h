@@ -3,6 +3,7 @@
 #include "Node.h"
 
 #include <array>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,15 +21,27 @@ struct NvapiMemoryInfo {
     uint64_t offset40 = 0;
 };
 
-/// Clocks in kHz; a domain that is not given is not present.
-struct NvapiClocks {
-    std::optional<uint32_t> domain0;
-    std::optional<uint32_t> domain4;
+/// A clock domain; one that is not given is not present.
+struct NvapiClock {
+    bool present = false;
+    uint32_t kilohertz = 0;
 };
 
+struct NvapiClocks {
+    NvapiClock domain0;
+    NvapiClock domain4;
+};
+
+/// The answer for every clock type, or one for each.
+struct NvapiClockAnswers {
+    Answer<NvapiClocks> ofAll;
+    std::map<uint32_t, Answer<NvapiClocks>> byType; // where there are any, the only ones
+};
+
+/// Whole words, of which NVAPI defines bit 0.
 struct NvapiEccStatus {
-    bool supported = false;
-    bool enabled = false;
+    uint32_t supported = 0;
+    uint32_t enabled = 0;
 };
 
 struct NvapiEccErrors {
@@ -47,7 +60,7 @@ struct NvapiGpuModel {
     Answer<int32_t> pcieWidth;
     Answer<NvapiPciIdentifiers> pciIdentifiers;
     Answer<NvapiMemoryInfo> memoryInfo;
-    Answer<NvapiClocks> clocks;
+    NvapiClockAnswers clocks;
     Answer<NvapiEccStatus> eccStatus;
     Answer<NvapiEccErrors> eccErrors;
 };
@@ -59,7 +72,7 @@ struct NvapiModel {
     std::vector<std::string> unresolved;
     Status initialize;
     Status unload;
-    Status enumPhysicalGpus;
+    OutputStatus enumPhysicalGpus; // not given: by the number of GPUs
     Answer<NvapiMultiGpuWords> multiGpu;
     std::vector<NvapiGpuModel> gpus;
 };
@@ -69,6 +82,7 @@ const std::vector<std::string>& NvapiFunctionNames();
 
 void ReadInto(const Node& node, NvapiPciIdentifiers& target);
 void ReadInto(const Node& node, NvapiMemoryInfo& target);
+void ReadInto(const Node& node, NvapiClock& target);
 void ReadInto(const Node& node, NvapiClocks& target);
 void ReadInto(const Node& node, NvapiEccStatus& target);
 void ReadInto(const Node& node, NvapiEccErrors& target);

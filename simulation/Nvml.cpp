@@ -2,11 +2,13 @@
 
 #include "CurrentMachine.h"
 #include "Export.h"
+#include "HandleTable.h"
 #include "Trace.h"
+#include "Violations.h"
 
 #include <atomic>
-#include <cstring>
 #include <map>
+#include <string>
 
 namespace orvel::simulation {
 
@@ -22,29 +24,45 @@ constexpr size_t LongestSerial = 29; // characters
 
 std::atomic<int> initialisations = 0;
 
-/// Runs `give` on the model of the device that the handle stands for. Handles are the addresses of the models.
-template <typename Give>
-int32_t OnDevice(const void* handle, Give&& give)
+/// The devices' handles, which live until the last shutdown.
+HandleTable<NvmlDeviceModel>& Handles()
 {
-    if (handle == nullptr)
-        return NVML_ERROR_INVALID_ARGUMENT;
-    if (initialisations == 0)
-        return NVML_ERROR_UNINITIALIZED;
-    const auto machine = CurrentMachine();
-    for (const NvmlDeviceModel& device : machine->nvml.model.devices) {
-        if (&device == handle)
-            return give(device);
+    static auto* const handles = new HandleTable<NvmlDeviceModel>;
+    return *handles;
+}
+
+/// Traces the call and runs `give` on the model of the device that the handle stands for. A null handle is no violation: it
+/// is what the caller has where NVML gave none.
+template <typename Give>
+int32_t OnDevice(const std::string& call, const void* handle, Give&& give)
+{
+    AddToTrace(call);
+    const auto machine = CurrentMachine(); // holds the model
+    if (const NvmlDeviceModel* const device = Handles().Find(handle)) {
+        return give(*device);
     }
+    if (handle) {
+        AddViolation(call, "the handle is not of this session");
+    }
+    return initialisations == 0 ? NVML_ERROR_UNINITIALIZED : NVML_ERROR_INVALID_ARGUMENT;
+}
+
+int32_t RefuseNull(const std::string& call)
+{
+    AddViolation(call, "a null pointer");
     return NVML_ERROR_INVALID_ARGUMENT;
 }
 
 int32_t GiveNumber(const char* name, const void* handle, uint32_t* target, Answer<uint32_t> NvmlDeviceModel::*member)
 {
-    AddToTrace(std::string("nvml ") + name);
-    return OnDevice(handle, [&](const NvmlDeviceModel& device) {
-        if (target == nullptr)
-            return NVML_ERROR_INVALID_ARGUMENT;
-        return (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, [target](uint32_t number) { *target = number; });
+    const std::string call = std::string("nvml ") + name;
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        if (!target) {
+            return RefuseNull(call);
+        }
+        return (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, {{target, sizeof *target}}, [target](uint32_t number) {
+            *target = number;
+        });
     });
 }
 
@@ -52,28 +70,41 @@ int32_t GiveNumber(const char* name, const void* handle, uint32_t* target, Answe
 int32_t GiveByArgument(const char* name, const void* handle, int32_t argument, uint32_t* target,
                        Answer<NvmlAnswers> NvmlDeviceModel::*member)
 {
-    AddToTrace(std::string("nvml ") + name + " " + std::to_string(argument));
-    return OnDevice(handle, [&](const NvmlDeviceModel& device) {
-        if (target == nullptr)
-            return NVML_ERROR_INVALID_ARGUMENT;
+    const std::string call = std::string("nvml ") + name + " " + std::to_string(argument);
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        if (!target) {
+            return RefuseNull(call);
+        }
+        const Area area{target, sizeof *target};
         int32_t status = NVML_SUCCESS;
-        const int32_t whole = (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, [&](const NvmlAnswers& answers) {
+        const int32_t whole = (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, {area}, [&](const NvmlAnswers& answers) {
             const auto answer = answers.find(argument);
-            status = answer == answers.end()
-                         ? NVML_ERROR_NOT_SUPPORTED
-                         : answer->second.Give(NVML_ERROR_NOT_SUPPORTED, [target](uint32_t number) { *target = number; });
+            status = answer == answers.end() ? NVML_ERROR_NOT_SUPPORTED
+                                             : answer->second.Give(NVML_ERROR_NOT_SUPPORTED, {area},
+                                                                   [target](uint32_t number) { *target = number; });
         });
         return whole != NVML_SUCCESS ? whole : status;
     });
 }
 
+void PutSerial(char* target, uint32_t length, const std::string& text, bool isTerminated)
+{
+    FillWithRubbish({{target, length}});
+    text.copy(target, length);
+    if (isTerminated) {
+        target[text.size()] = '\0';
+    }
+}
+
 int32_t GiveSerial(const NvmlDeviceModel& device, char* target, uint32_t length)
 {
-    const auto& serial = device.serial.value;
-    if (serial && (serial->size() > LongestSerial || serial->size() >= length))
+    const Answer<std::string>& serial = device.serial;
+    const bool isTerminated = serial.writes != Writes::Unterminated;
+    if (serial.value && isTerminated && (serial.value->size() > LongestSerial || serial.value->size() >= length)) {
         return NVML_ERROR_INSUFFICIENT_SIZE;
-    return device.serial.Give(NVML_ERROR_NOT_SUPPORTED,
-                              [target](const std::string& text) { std::memcpy(target, text.c_str(), text.size() + 1); });
+    }
+    return serial.Give(NVML_ERROR_NOT_SUPPORTED, {{target, length}},
+                       [&](const std::string& text) { PutSerial(target, length, text, isTerminated); });
 }
 
 /// NVML's own words for its status codes.
@@ -122,6 +153,7 @@ const char* ErrorText(int32_t status)
 void ResetNvml()
 {
     initialisations = 0;
+    Handles().Clear();
 }
 
 } // namespace orvel::simulation
@@ -148,8 +180,10 @@ SIMULATED int32_t Sim_nvmlShutdown()
         return NVML_ERROR_UNINITIALIZED;
     if (const int32_t status = CurrentMachine()->nvml.model.shutdown.code; status != NVML_SUCCESS)
         return status;
-    --initialisations;
     CountLive(Counted::Nvml, -1);
+    if (--initialisations == 0) {
+        Handles().Clear();
+    }
     return NVML_SUCCESS;
 }
 
@@ -161,52 +195,68 @@ SIMULATED const char* Sim_nvmlErrorString(int32_t status)
 
 SIMULATED int32_t Sim_nvmlDeviceGetCount_v2(uint32_t* count)
 {
-    AddToTrace("nvml nvmlDeviceGetCount_v2");
-    if (initialisations == 0)
+    const std::string call = "nvml nvmlDeviceGetCount_v2";
+    AddToTrace(call);
+    if (initialisations == 0) {
         return NVML_ERROR_UNINITIALIZED;
-    if (count == nullptr)
-        return NVML_ERROR_INVALID_ARGUMENT;
+    }
+    if (!count) {
+        return RefuseNull(call);
+    }
     const auto machine = CurrentMachine();
     const NvmlModel& model = machine->nvml.model;
-    if (model.deviceCount.given)
-        return model.deviceCount.Give(NVML_ERROR_NOT_SUPPORTED, [count](uint32_t number) { *count = number; });
+    if (model.deviceCount.given) {
+        return model.deviceCount.Give(NVML_ERROR_NOT_SUPPORTED, {{count, sizeof *count}},
+                                      [count](uint32_t number) { *count = number; });
+    }
     *count = static_cast<uint32_t>(model.devices.size());
     return NVML_SUCCESS;
 }
 
 SIMULATED int32_t Sim_nvmlDeviceGetHandleByIndex_v2(uint32_t index, void** handle)
 {
-    AddToTrace("nvml nvmlDeviceGetHandleByIndex_v2 " + std::to_string(index));
-    if (initialisations == 0)
+    const std::string call = "nvml nvmlDeviceGetHandleByIndex_v2 " + std::to_string(index);
+    AddToTrace(call);
+    if (initialisations == 0) {
         return NVML_ERROR_UNINITIALIZED;
+    }
+    if (!handle) {
+        return RefuseNull(call);
+    }
     const auto machine = CurrentMachine();
     const auto& devices = machine->nvml.model.devices;
-    if (handle == nullptr || index >= devices.size())
+    if (index >= devices.size()) {
         return NVML_ERROR_INVALID_ARGUMENT;
-    if (devices[index].handle.code != NVML_SUCCESS)
-        return devices[index].handle.code;
-    *handle = const_cast<NvmlDeviceModel*>(&devices[index]);
-    return NVML_SUCCESS;
+    }
+    const OutputStatus& answer = devices[index].handle;
+    if (answer.writes == Writes::Rubbish) {
+        FillWithRubbish({{handle, sizeof *handle}});
+    } else if (answer.code == NVML_SUCCESS && answer.writes == Writes::AsUsual) {
+        *handle = Handles().HandleOf(devices[index]);
+    }
+    return answer.code;
 }
 
-SIMULATED int32_t Sim_nvmlDeviceGetSerial(void* handle, char* serial, uint32_t length)
+SIMULATED int32_t Sim_nvmlDeviceGetSerial(void* handle, char* text, uint32_t length)
 {
-    AddToTrace("nvml nvmlDeviceGetSerial");
-    return OnDevice(handle, [&](const NvmlDeviceModel& device) {
-        return serial == nullptr ? NVML_ERROR_INVALID_ARGUMENT : GiveSerial(device, serial, length);
+    const std::string call = "nvml nvmlDeviceGetSerial";
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        return text ? GiveSerial(device, text, length) : RefuseNull(call);
     });
 }
 
 SIMULATED int32_t Sim_nvmlDeviceGetCudaComputeCapability(void* handle, int32_t* major, int32_t* minor)
 {
-    AddToTrace("nvml nvmlDeviceGetCudaComputeCapability");
-    return OnDevice(handle, [&](const NvmlDeviceModel& device) {
-        if (major == nullptr || minor == nullptr)
-            return NVML_ERROR_INVALID_ARGUMENT;
-        return device.cudaComputeCapability.Give(NVML_ERROR_NOT_SUPPORTED, [&](const std::array<int32_t, 2>& version) {
-            *major = version[0];
-            *minor = version[1];
-        });
+    const std::string call = "nvml nvmlDeviceGetCudaComputeCapability";
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        if (!major || !minor) {
+            return RefuseNull(call);
+        }
+        return device.cudaComputeCapability.Give(NVML_ERROR_NOT_SUPPORTED, {{major, sizeof *major}, {minor, sizeof *minor}},
+                                                 [&](const std::array<int32_t, 2>& version) {
+                                                     *major = version[0];
+                                                     *minor = version[1];
+                                                 });
     });
 }
 

@@ -6,6 +6,22 @@ namespace {
 
 constexpr int32_t HighestArgument = 7; // of all threshold and clock numbers that NVML has
 
+const std::vector<std::string> functions = {
+    "nvmlInit_v2",
+    "nvmlShutdown",
+    "nvmlErrorString",
+    "nvmlDeviceGetCount_v2",
+    "nvmlDeviceGetHandleByIndex_v2",
+    "nvmlDeviceGetSerial",
+    "nvmlDeviceGetCudaComputeCapability",
+    "nvmlDeviceGetTemperatureThreshold",
+    "nvmlDeviceGetCurrPcieLinkGeneration",
+    "nvmlDeviceGetMaxPcieLinkGeneration",
+    "nvmlDeviceGetMaxPcieLinkWidth",
+    "nvmlDeviceGetClockInfo",
+    "nvmlDeviceGetMemoryBusWidth",
+};
+
 } // namespace
 
 static void ReadInto(const Node& node, std::array<int32_t, 2>& target)
@@ -44,6 +60,7 @@ void ReadInto(const Node& node, NvmlDeviceModel& target)
 void ReadInto(const Node& node, NvmlModel& target)
 {
     node.ReadFields({
+        {"missing", [&target](const Node& names) { ReadNames(names, target.missing, functions); }},
         {"nvmlInit_v2", Into(target.init)},
         {"nvmlShutdown", Into(target.shutdown)},
         {"nvmlDeviceGetCount_v2", Into(target.deviceCount)},

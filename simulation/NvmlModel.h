@@ -13,7 +13,7 @@ namespace orvel::simulation {
 using NvmlAnswers = std::map<int32_t, Answer<uint32_t>>;
 
 struct NvmlDeviceModel {
-    Status handle;
+    OutputStatus handle;
     Answer<std::string> serial;
     Answer<std::array<int32_t, 2>> cudaComputeCapability; // major, minor
     Answer<NvmlAnswers> temperatureThreshold;             // degrees Celsius
@@ -25,6 +25,7 @@ struct NvmlDeviceModel {
 };
 
 struct NvmlModel {
+    std::vector<std::string> missing;
     Status init;
     Status shutdown;
     Answer<uint32_t> deviceCount; // not given: the length of devices

@@ -1,56 +1,87 @@
+#include "OpenCl.h"
+
 #include "CurrentMachine.h"
 #include "Export.h"
+#include "HandleTable.h"
 #include "ModuleSetup.h"
 #include "Trace.h"
+#include "Violations.h"
 
 #include <CL/cl.h>
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-
-// A handle is the address of the model's object, so it can be recognised by looking for it, and needs no storage.
+#include <string>
 
 using namespace orvel::simulation;
 
 namespace {
 
-const OpenClPlatform* FindPlatform(const OpenClModel& model, const void* handle)
+HandleTable<OpenClPlatform>& Platforms()
 {
-    for (const OpenClPlatform& platform : model.platforms) {
-        if (&platform == handle)
-            return &platform;
-    }
-    return nullptr;
+    static auto* const handles = new HandleTable<OpenClPlatform>;
+    return *handles;
 }
 
-const OpenClDevice* FindDevice(const OpenClModel& model, const void* handle)
+HandleTable<OpenClDevice>& Devices()
 {
-    for (const OpenClPlatform& platform : model.platforms) {
-        for (const OpenClDevice& device : platform.devices) {
-            if (&device == handle)
-                return &device;
-        }
-    }
-    return nullptr;
+    static auto* const handles = new HandleTable<OpenClDevice>;
+    return *handles;
 }
 
-/// Fills `handles` as far as both lists reach; the rest becomes null.
+/// Whether opencl.dll is in the process; a call through a pointer that its caller has kept is a violation.
+bool IsCallable(const std::string& call)
+{
+    AddToTrace(call);
+    if (!IsOpenClLoaded()) {
+        AddViolation(call, "opencl.dll is not loaded any more");
+        return false;
+    }
+    return true;
+}
+
+cl_int Refuse(const std::string& call, const char* what, cl_int status)
+{
+    AddViolation(call, what);
+    return status;
+}
+
+/// Fills `target` as far as both lists reach; the rest becomes null.
 template <typename Handle, typename Object>
-void Hand(const std::vector<const Object*>& objects, cl_uint entries, Handle* handles)
+void Hand(const std::vector<const Object*>& objects, HandleTable<Object>& handles, cl_uint entries, Handle* target)
 {
-    std::fill_n(handles, entries, nullptr);
-    for (size_t index = 0; index < std::min<size_t>(entries, objects.size()); ++index)
-        handles[index] = reinterpret_cast<Handle>(const_cast<Object*>(objects[index]));
+    std::fill_n(target, entries, nullptr);
+    for (size_t index = 0; index < std::min<size_t>(entries, objects.size()); ++index) {
+        target[index] = static_cast<Handle>(handles.HandleOf(*objects[index]));
+    }
 }
 
 /// A count call: the count that the file sets, or the true one, if the call is to write any.
 cl_int Count(const Answer<uint32_t>& answer, size_t objects, cl_uint* count)
 {
-    if (count != nullptr && answer.value)
+    if (answer.writes == Writes::Rubbish) {
+        FillWithRubbish({{count, sizeof *count}});
+    } else if (answer.value) {
         *count = *answer.value;
-    else if (count != nullptr && answer.status == 0)
+    } else if (answer.status == 0 && answer.writes == Writes::AsUsual) {
         *count = static_cast<cl_uint>(objects);
+    }
     return answer.status;
+}
+
+/// A call for the handles that the file lets fail or misbehave.
+template <typename Handle>
+cl_int Misbehave(const OutputStatus& fetch, cl_uint entries, Handle* handles)
+{
+    if (fetch.writes == Writes::Rubbish) {
+        FillWithRubbish({{handles, entries * sizeof *handles}});
+    }
+    return fetch.code;
+}
+
+bool IsUsual(const OutputStatus& fetch)
+{
+    return fetch.code == 0 && fetch.writes == Writes::AsUsual;
 }
 
 template <typename Object>
@@ -59,8 +90,9 @@ std::vector<const Object*> PointersTo(const std::vector<Object>& objects, cl_dev
     std::vector<const Object*> pointers;
     for (const Object& object : objects) {
         if constexpr (requires { object.type; }) {
-            if ((object.type & type) == 0)
+            if ((object.type & type) == 0) {
                 continue;
+            }
         }
         pointers.push_back(&object);
     }
@@ -70,117 +102,158 @@ std::vector<const Object*> PointersTo(const std::vector<Object>& objects, cl_dev
 /// Whether the file itself decides what the count call answers, rather than the devices it lists.
 bool IsDecided(const Answer<uint32_t>& count)
 {
-    return count.status != 0 || count.value.has_value();
+    return count.status != 0 || count.value.has_value() || count.writes != Writes::AsUsual;
 }
 
 cl_int GiveDevices(const OpenClPlatform& platform, cl_device_type type, cl_uint entries, cl_device_id* handles,
                    cl_uint* count)
 {
     const auto devices = PointersTo(platform.devices, type);
-    if (handles == nullptr && IsDecided(platform.devicesCount))
+    if (!handles && IsDecided(platform.devicesCount)) {
         return Count(platform.devicesCount, devices.size(), count);
-    if (handles != nullptr && platform.devicesFetch.code != 0)
-        return platform.devicesFetch.code;
-    if (count != nullptr)
+    }
+    if (handles && !IsUsual(platform.devicesFetch)) {
+        return Misbehave(platform.devicesFetch, entries, handles);
+    }
+    if (count) {
         *count = static_cast<cl_uint>(devices.size());
-    if (devices.empty())
+    }
+    if (devices.empty()) {
         return CL_DEVICE_NOT_FOUND;
-    if (handles != nullptr)
-        Hand(devices, entries, handles);
+    }
+    if (handles) {
+        Hand(devices, Devices(), entries, handles);
+    }
     return CL_SUCCESS;
 }
 
-cl_int Copy(const void* data, size_t size, size_t capacity, void* target)
+size_t SizeOf(const Answer<OpenClValue>& answer)
 {
-    if (target == nullptr)
-        return CL_SUCCESS;
-    if (capacity < size)
-        return CL_INVALID_VALUE;
-    std::memcpy(target, data, size);
-    return CL_SUCCESS;
-}
-
-size_t SizeOf(const OpenClValue& value)
-{
-    const auto* const text = std::get_if<std::string>(&value);
-    return text != nullptr ? text->size() + 1 : sizeof(uint32_t);
+    const auto* const text = std::get_if<std::string>(&*answer.value);
+    return text ? text->size() + (answer.writes == Writes::Unterminated ? 0 : 1) : sizeof(uint32_t);
 }
 
 const void* DataOf(const OpenClValue& value)
 {
     const auto* const text = std::get_if<std::string>(&value);
-    return text != nullptr ? static_cast<const void*>(text->c_str()) : &std::get<uint32_t>(value);
+    return text ? static_cast<const void*>(text->c_str()) : &std::get<uint32_t>(value);
 }
 
 /// {"status": N} fails the size call; {"status": N, "value": V} lets it succeed and fails the value call.
-cl_int GiveParameter(const Answer<OpenClValue>& answer, size_t capacity, void* target, size_t* size)
+cl_int GiveParameter(const std::string& call, const Answer<OpenClValue>& answer, size_t capacity, void* target, size_t* size)
 {
-    if (!answer.value)
+    if (!answer.value) {
+        if (size && answer.writes == Writes::Rubbish) {
+            FillWithRubbish({{size, sizeof *size}});
+        }
         return answer.status;
-    if (size != nullptr)
-        *size = SizeOf(*answer.value);
-    const cl_int copied = Copy(DataOf(*answer.value), SizeOf(*answer.value), capacity, target);
-    return target != nullptr && answer.status != 0 ? answer.status : copied;
+    }
+    const size_t bytes = SizeOf(answer);
+    if (size) {
+        *size = bytes;
+    }
+    if (!target) {
+        return CL_SUCCESS;
+    }
+    if (capacity < bytes) {
+        return Refuse(call, "the buffer is too small", CL_INVALID_VALUE);
+    }
+    if (answer.writes == Writes::Rubbish) {
+        FillWithRubbish({{target, bytes}});
+    } else if (answer.writes != Writes::Nothing) {
+        std::memcpy(target, DataOf(*answer.value), bytes);
+    }
+    return answer.status;
 }
 
-cl_int GetDeviceInfo(const OpenClModel& model, const void* handle, cl_device_info parameter, size_t capacity, void* target,
+cl_int GetDeviceInfo(const std::string& call, const void* handle, cl_device_info parameter, size_t capacity, void* target,
                      size_t* size)
 {
-    const OpenClDevice* const device = FindDevice(model, handle);
-    if (device == nullptr)
-        return CL_INVALID_DEVICE;
-    if (target == nullptr && size == nullptr)
-        return CL_INVALID_VALUE;
+    const OpenClDevice* const device = Devices().Find(handle);
+    if (!device) {
+        return handle ? Refuse(call, "the device is not alive", CL_INVALID_DEVICE) : CL_INVALID_DEVICE;
+    }
+    if (!target && !size) {
+        return Refuse(call, "nothing is asked for", CL_INVALID_VALUE);
+    }
     const auto answer = device->parameters.find(parameter);
-    return answer == device->parameters.end() ? CL_INVALID_VALUE : GiveParameter(answer->second, capacity, target, size);
+    return answer == device->parameters.end() ? CL_INVALID_VALUE
+                                              : GiveParameter(call, answer->second, capacity, target, size);
 }
 
-void TraceDeviceInfo(cl_device_info parameter)
+std::string CallOfDeviceInfo(cl_device_info parameter)
 {
     char text[40];
     std::snprintf(text, sizeof text, "opencl clGetDeviceInfo 0x%04X", parameter);
-    AddToTrace(text);
+    return text;
 }
 
 } // namespace
 
+namespace orvel::simulation {
+
+void ResetOpenCl()
+{
+    Platforms().Clear();
+    Devices().Clear();
+}
+
+} // namespace orvel::simulation
+
 SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* handles, cl_uint* count)
 {
-    AddToTrace("opencl clGetPlatformIDs");
-    if ((handles == nullptr && count == nullptr) || (handles != nullptr && entries == 0))
-        return CL_INVALID_VALUE;
+    const std::string call = "opencl clGetPlatformIDs";
+    if (!IsCallable(call)) {
+        return CL_OUT_OF_RESOURCES;
+    }
+    if ((!handles && !count) || (handles && entries == 0)) {
+        return Refuse(call, "nothing is asked for", CL_INVALID_VALUE);
+    }
     const auto machine = CurrentMachine();
     const OpenClModel& model = machine->opencl.model;
-    if (handles == nullptr)
+    if (!handles) {
         return Count(model.platformsCount, model.platforms.size(), count);
-    if (model.platformsFetch.code != 0)
-        return model.platformsFetch.code;
-    if (count != nullptr)
+    }
+    if (!IsUsual(model.platformsFetch)) {
+        return Misbehave(model.platformsFetch, entries, handles);
+    }
+    if (count) {
         *count = static_cast<cl_uint>(model.platforms.size());
-    Hand(PointersTo(model.platforms), entries, handles);
+    }
+    Hand(PointersTo(model.platforms), Platforms(), entries, handles);
     return CL_SUCCESS;
 }
 
+/// A null platform or device is no violation: it is what the caller has where a count promised too many.
 SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type type, cl_uint entries,
                                            cl_device_id* handles, cl_uint* count)
 {
-    AddToTrace("opencl clGetDeviceIDs");
-    const auto machine = CurrentMachine();
-    const OpenClPlatform* const platform = FindPlatform(machine->opencl.model, handle);
-    if (platform == nullptr)
-        return CL_INVALID_PLATFORM;
-    if ((handles == nullptr && count == nullptr) || (handles != nullptr && entries == 0))
-        return CL_INVALID_VALUE;
+    const std::string call = "opencl clGetDeviceIDs";
+    if (!IsCallable(call)) {
+        return CL_OUT_OF_RESOURCES;
+    }
+    const auto machine = CurrentMachine(); // holds the models
+    const OpenClPlatform* const platform = Platforms().Find(handle);
+    if (!platform) {
+        return handle ? Refuse(call, "the platform is not alive", CL_INVALID_PLATFORM) : CL_INVALID_PLATFORM;
+    }
+    if ((!handles && !count) || (handles && entries == 0)) {
+        return Refuse(call, "nothing is asked for", CL_INVALID_VALUE);
+    }
     return GiveDevices(*platform, type, entries, handles, count);
 }
 
 SIMULATED cl_int WINAPI Sim_clGetDeviceInfo(cl_device_id handle, cl_device_info parameter, size_t capacity, void* target,
                                             size_t* size)
 {
-    TraceDeviceInfo(parameter);
-    const auto machine = CurrentMachine();
-    const cl_int status = GetDeviceInfo(machine->opencl.model, handle, parameter, capacity, target, size);
-    if (status != CL_SUCCESS)
+    const std::string call = CallOfDeviceInfo(parameter);
+    if (!IsCallable(call)) {
+        return CL_OUT_OF_RESOURCES;
+    }
+    const auto machine = CurrentMachine(); // holds the models
+    const cl_int status = GetDeviceInfo(call, handle, parameter, capacity, target, size);
+    if (status != CL_SUCCESS) {
         AddOpenClReference();
+    }
     return status;
 }

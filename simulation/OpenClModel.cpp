@@ -34,7 +34,7 @@ ReadField AsParameter(OpenClDevice& device, uint32_t parameter)
     return [&device, parameter](const Node& node) {
         Answer<Value> answer;
         ReadInto(node, answer);
-        device.parameters[parameter] = {answer.given, answer.status, answer.value};
+        device.parameters[parameter] = {answer.given, answer.status, answer.value, answer.writes};
     };
 }
 
@@ -67,6 +67,7 @@ void ReadInto(const Node& node, OpenClModel& target)
     const std::vector<std::string> functions = {"clGetPlatformIDs", "clGetDeviceIDs", "clGetDeviceInfo"};
     node.ReadFields({
         {"missing", [&](const Node& names) { ReadNames(names, target.missing, functions); }},
+        {"pinned", Into(target.pinned)},
         {"platforms_count", AsCountStatus(target.platformsCount)},
         {"platforms_fetch", Into(target.platformsFetch)},
         {"platforms", Into(target.platforms)},

@@ -19,14 +19,15 @@ struct OpenClDevice {
 
 struct OpenClPlatform {
     Answer<uint32_t> devicesCount;
-    Status devicesFetch;
+    OutputStatus devicesFetch;
     std::vector<OpenClDevice> devices;
 };
 
 struct OpenClModel {
     std::vector<std::string> missing;
+    bool pinned = true; // held in the process, however often the caller gives it back
     Answer<uint32_t> platformsCount;
-    Status platformsFetch;
+    OutputStatus platformsFetch;
     std::vector<OpenClPlatform> platforms;
 };
 

@@ -6,6 +6,7 @@
 #include "ModuleSetup.h"
 #include "Nvapi.h"
 #include "Nvml.h"
+#include "OpenCl.h"
 #include "Registry.h"
 #include "Text.h"
 #include "Trace.h"
@@ -48,6 +49,7 @@ void ResetInterfaces()
     ResetNvapi();
     ResetNvml();
     ResetAdlx();
+    ResetOpenCl();
 }
 
 /// The order matters: the computer's own WMI, which some machines ask for their rows, may bring the computer's own dxgi.dll

@@ -1,27 +1,58 @@
 #include "vendors/amd/ADLXHelper.h"
 
+#include <cstdlib>
+
 #include <doctest/doctest.h>
 
 #include "support/SimulatedRun.h"
+#include "vendors/amd/AdlTypes.h"
 
 using namespace orvel::shared::enumeration;
 using namespace orvel::tests;
 
 namespace {
 
-void __stdcall KeepMemory(void**) {}
+void* __stdcall Allocate(int bytes)
+{
+    return std::malloc(static_cast<size_t>(bytes));
+}
 
-int contextValue = 0;
-void* const context = &contextValue; // only has to be there
+void __stdcall Free(void** buffer)
+{
+    std::free(*buffer);
+    *buffer = nullptr;
+}
+
+/// A context of the machine's ADL.
+void* NewContext()
+{
+    const ModuleHandle adl(::LoadLibraryW(L"atiadlxx.dll"));
+    const auto create = FindFunction<ADL2_Main_Control_Create_t>(adl.get(), "ADL2_Main_Control_Create");
+    void* context = nullptr;
+    create(&Allocate, 1, &context, 1);
+    return context;
+}
 
 ADLX_RESULT InitializeWithAdl(ADLXHelper& helper)
 {
-    return helper.InitializeWithCallerAdl(context, &KeepMemory);
+    return helper.InitializeWithCallerAdl(NewContext(), &Free);
+}
+
+Json MachineWithoutAdlx()
+{
+    return {{"adl", Json::object()}};
 }
 
 Json MachineWith(const Json& adlx)
 {
-    return {{"adlx", adlx}};
+    Json machine = MachineWithoutAdlx();
+    machine["adlx"] = adlx;
+    return machine;
+}
+
+std::vector<std::string> AdlxTrace()
+{
+    return Only(Trace(), "adlx");
 }
 
 /// The library as the process has it once the simulation has given its own reference back.
@@ -40,7 +71,7 @@ const std::vector<std::string> entryPoints = {
 
 TEST_CASE("A machine without ADLX's library fails with 3")
 {
-    Simulate(Json::object());
+    Simulate(MachineWithoutAdlx());
     ADLXHelper helper;
     CHECK(InitializeWithAdl(helper) == 3);
     CHECK(helper.Initialize() == 3);
@@ -57,9 +88,9 @@ TEST_CASE("Each of the six entry points that is missing fails with 3, before ADL
         CHECK(InitializeWithAdl(helper) == 3);
         CHECK(helper.Initialize() == 3);
         CHECK(helper.GetSystemServices() == nullptr);
-        CHECK(Trace().empty());
+        CHECK(AdlxTrace().empty());
         helper.Terminate();
-        CHECK(Trace().size() == (name == "ADLXTerminate" ? 0 : 1)); // what there is of it is still called
+        CHECK(AdlxTrace().size() == (name == "ADLXTerminate" ? 0 : 1)); // what there is of it is still called
         CHECK_FALSE(IsLibraryLoaded());
     }
 }
@@ -79,10 +110,10 @@ TEST_CASE("A null context or callback fails with 4 and loads nothing")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
-    CHECK(helper.InitializeWithCallerAdl(nullptr, &KeepMemory) == 4);
-    CHECK(helper.InitializeWithCallerAdl(context, nullptr) == 4);
+    CHECK(helper.InitializeWithCallerAdl(nullptr, &Free) == 4);
+    CHECK(helper.InitializeWithCallerAdl(NewContext(), nullptr) == 4);
     CHECK(helper.InitializeWithCallerAdl(nullptr, nullptr) == 4);
-    CHECK(Trace().empty());
+    CHECK(AdlxTrace().empty());
     CHECK_FALSE(IsLibraryLoaded());
 }
 
@@ -122,8 +153,8 @@ TEST_CASE("The versions are asked for before ADLX is initialised")
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
     CHECK(InitializeWithAdl(helper) == 0);
-    CHECK(Trace() == std::vector<std::string>{"adlx ADLXQueryFullVersion", "adlx ADLXQueryVersion",
-                                              "adlx ADLXInitializeWithCallerAdl"});
+    CHECK(AdlxTrace() == std::vector<std::string>{"adlx ADLXQueryFullVersion", "adlx ADLXQueryVersion",
+                                                  "adlx ADLXInitializeWithCallerAdl"});
 }
 
 TEST_CASE("ADLX without ADL has a system and no mapping")

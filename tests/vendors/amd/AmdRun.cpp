@@ -31,9 +31,6 @@ Enumerated Run(const Json& machine, int adlxSessions)
     for (const auto& [interface, objects] : result.Live) {
         CHECK_MESSAGE(objects == (interface == "adlx" ? adlxSessions : 0), interface << " has live objects");
     }
-    for (const std::string& call : result.Trace) {
-        CHECK_MESSAGE(call.find("too many") == std::string::npos, call);
-    }
     return result;
 }
 

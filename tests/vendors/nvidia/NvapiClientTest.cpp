@@ -30,6 +30,13 @@ Json MachineWith(const Json& gpu)
     return {{"nvapi", {{"gpus", Json::array({gpu})}}}};
 }
 
+/// A machine whose GPU knows nothing of itself.
+Json MachineWithDriver(Json nvapi)
+{
+    nvapi["gpus"] = Json::array({Json::object()});
+    return {{"nvapi", nvapi}};
+}
+
 /// Whether the driver's DLL is in the process besides the simulation's own hold on it, which ends here.
 bool IsDriverHeld()
 {
@@ -130,7 +137,7 @@ TEST_CASE("A failed unload logs the driver's status and then success all the sam
     for (const auto& [nvapi, status] :
          {Case{{{"NvAPI_Unload", -209}}, "-209"}, Case{{{"unresolved", Json::array({"NvAPI_Unload"})}}, "-3"}}) {
         CAPTURE(status);
-        Simulate({{"nvapi", nvapi}});
+        Simulate(MachineWithDriver(nvapi));
         HostLog log;
         {
             const NvapiClient client;
@@ -143,7 +150,7 @@ TEST_CASE("A failed unload logs the driver's status and then success all the sam
 
 TEST_CASE("A failed unload without a log is silent")
 {
-    Simulate({{"nvapi", {{"NvAPI_Unload", -209}}}});
+    Simulate(MachineWithDriver({{"NvAPI_Unload", -209}}));
     {
         const NvapiClient client;
     }
@@ -152,7 +159,7 @@ TEST_CASE("A failed unload without a log is silent")
 
 TEST_CASE("Handles beyond the GPUs are null")
 {
-    Simulate({{"nvapi", {{"gpus", Json::array()}}}});
+    Simulate({{"nvapi", {{"NvAPI_EnumPhysicalGPUs", 0}, {"gpus", Json::array()}}}});
     {
         const NvapiClient client;
         CHECK(client.GetGpuCount() == 0);
@@ -202,7 +209,7 @@ TEST_CASE("SLI needs both numbers to be 2 or more, multi-GPU support the second 
           Case{0, 1, false, true}, Case{2, 0, false, false}, Case{0, 0, false, false}}) {
         CAPTURE(first);
         CAPTURE(second);
-        Simulate({{"nvapi", {{"0xD2D25687", {first, second}}}}});
+        Simulate(MachineWithDriver({{"0xD2D25687", {first, second}}}));
         const NvapiClient client;
         CHECK(client.GetNvidiaSli() == isSli);
         CHECK(client.GetMultiGpuSupport() == isMultiGpu);

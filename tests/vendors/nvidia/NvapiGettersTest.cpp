@@ -195,7 +195,7 @@ TEST_CASE("A function that the driver does not resolve answers -3 without being 
 
 TEST_CASE("A handle that is no GPU's is refused like any other failure")
 {
-    Simulate({{"nvapi", Json::object()}});
+    Simulate({{"nvapi", {{"gpus", Json::array({Json::object()})}}}});
     const NvapiClient client;
     HostLog log;
     CHECK(client.GetCardName(nullptr) == "");

@@ -29,7 +29,7 @@ std::string Nvapi(const std::string& getter, const std::string& text)
 
 std::string Nvml(const std::string& getter, const std::string& text)
 {
-    return Line("error", "NvmlClient::" + getter, text + ": Invalid Argument");
+    return Line("error", "NvmlClient::" + getter, text + ": Uninitialized");
 }
 
 std::string Wmi(const std::string& getter, const std::string& text)

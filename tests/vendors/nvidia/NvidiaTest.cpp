@@ -86,10 +86,18 @@ TEST_CASE("A device id with leading zeros is asked for with them, in lower case"
     CHECK(Only(result.Trace, videoControllers) == std::vector<std::string>{videoControllers + "0a3c%'"});
 }
 
-TEST_CASE("NVAPI without GPUs gives no record and asks nothing further")
+TEST_CASE("NVAPI without GPUs refuses to list them, which ends the run")
 {
     Json machine = FullDesktop();
     machine["nvapi"]["gpus"] = Json::array();
+    CheckNvidiaEnds(machine, "Failed to enumerate physical GPUs. Status code: -6");
+}
+
+TEST_CASE("NVAPI that lists no GPU with success gives no record and asks nothing further")
+{
+    Json machine = FullDesktop();
+    machine["nvapi"]["gpus"] = Json::array();
+    machine["nvapi"]["NvAPI_EnumPhysicalGPUs"] = 0;
     const Enumerated result = EnumerateNvidia(machine);
     CHECK(result.Cards.empty());
     CHECK(result.Log == WithSession({}));

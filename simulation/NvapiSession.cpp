@@ -1,0 +1,50 @@
+#include "NvapiSession.h"
+
+#include "Trace.h"
+#include "Violations.h"
+
+#include <atomic>
+
+namespace orvel::simulation {
+
+namespace {
+
+std::atomic<int> sessions = 0;
+
+} // namespace
+
+bool IsInNvapiSession(const std::string& call)
+{
+    if (sessions == 0) {
+        AddViolation(call, "NVAPI is not initialised");
+    }
+    return sessions != 0;
+}
+
+void BeginNvapiSession()
+{
+    ++sessions;
+    CountLive(Counted::Nvapi, 1);
+}
+
+void EndNvapiSession()
+{
+    CountLive(Counted::Nvapi, -1);
+    if (--sessions == 0) {
+        NvapiHandles().Clear();
+    }
+}
+
+void ResetNvapiSessions()
+{
+    sessions = 0;
+    NvapiHandles().Clear();
+}
+
+HandleTable<NvapiGpuModel>& NvapiHandles()
+{
+    static auto* const handles = new HandleTable<NvapiGpuModel>;
+    return *handles;
+}
+
+} // namespace orvel::simulation

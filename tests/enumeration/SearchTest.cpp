@@ -1,0 +1,35 @@
+// The enumeration on machines whose DLLs only Windows' own search finds, as a driver's are found.
+
+#include <doctest/doctest.h>
+
+#include <windows.h>
+
+#include "support/Enumerated.h"
+
+using namespace orvel::tests;
+
+TEST_CASE("Drivers that Windows' own search finds give the same records, and leave the process with the enumeration")
+{
+    Json machine = Machine("workstation");
+    const Enumerated preloaded = Enumerate(machine);
+    machine["searched"] = true;
+    const Enumerated searched = Enumerate(machine);
+    CHECK(searched.Cards.size() == 3);
+    CHECK(searched.Cards == preloaded.Cards);
+    CHECK(searched.Log == preloaded.Log);
+    CHECK(searched.Trace == preloaded.Trace);
+    for (const wchar_t* name : {L"opencl.dll", L"nvapi64.dll", L"atiadlxx.dll", L"amdadlx64.dll"}) {
+        CHECK_FALSE(::GetModuleHandleW(name));
+    }
+}
+
+TEST_CASE("An opencl.dll that goes with the reference that a failure gives back ends the lookup, and nothing else")
+{
+    Json machine = HealthyLaptop();
+    machine["opencl"]["pinned"] = false;
+    machine["opencl"]["platforms"][0]["devices"][0]["CL_DEVICE_NAME"] = {{"status", -5}};
+    const Enumerated result = Enumerate(machine);
+    CHECK(result.Cards.empty()); // Intel's texts are empty, and the first number cannot be read
+    CHECK(result.Thrown == nullptr);
+    CHECK_FALSE(::GetModuleHandleW(L"opencl.dll"));
+}

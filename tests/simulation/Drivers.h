@@ -1,0 +1,43 @@
+#pragma once
+
+#include <windows.h>
+
+#include "support/SimulatedRun.h"
+
+namespace orvel::tests {
+
+/// A driver's DLL as a program has it that loads it by its name and asks for functions.
+class Driver {
+public:
+    explicit Driver(const wchar_t* name) : module(::LoadLibraryW(name)) {}
+    Driver(const Driver&) = delete;
+    Driver& operator=(const Driver&) = delete;
+    ~Driver() { ::FreeLibrary(module); }
+
+    HMODULE Module() const { return module; }
+
+    void* Find(const char* function) const { return reinterpret_cast<void*>(::GetProcAddress(module, function)); }
+
+    /// Calls a function that returns a status.
+    template <typename... Arguments>
+    int32_t Call(const char* function, Arguments... arguments) const
+    {
+        return reinterpret_cast<int32_t (*)(Arguments...)>(Find(function))(arguments...);
+    }
+
+private:
+    HMODULE module;
+};
+
+/// Calls an object's function by its place in the object's table.
+template <typename Result = int32_t, typename... Arguments>
+Result CallSlot(void* object, size_t slot, Arguments... arguments)
+{
+    void* const function = (*static_cast<void***>(object))[slot];
+    return reinterpret_cast<Result (*)(void*, Arguments...)>(function)(object, arguments...);
+}
+
+/// The violations' texts since the last look.
+using Violations = std::vector<std::string>;
+
+} // namespace orvel::tests

@@ -1,0 +1,40 @@
+// How a machine file states that a call misbehaves.
+
+#include <doctest/doctest.h>
+
+#include "support/SimulatedRun.h"
+
+using namespace orvel::tests;
+
+namespace {
+
+/// Why the machine is refused; "" if it is not.
+std::string Problem(const Json& nvapiGpu)
+{
+    try {
+        Simulate({{"nvapi", {{"gpus", Json::array({nvapiGpu})}}}});
+        return "";
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
+
+} // namespace
+
+TEST_CASE("A way to write that is not known, or does not fit, is refused with its place")
+{
+    const std::string place = "test machine: /nvapi/gpus/0/";
+    CHECK(Problem({{"NvAPI_GPU_GetBusId", {{"status", 0}, {"writes", "noise"}}}}) ==
+          place + "NvAPI_GPU_GetBusId/writes: expected \"nothing\" or \"rubbish\", found \"noise\"");
+    CHECK(Problem({{"NvAPI_GPU_GetFullName", {{"status", 0}, {"writes", "noise"}}}}) ==
+          place + "NvAPI_GPU_GetFullName/writes: expected \"nothing\", \"rubbish\" or \"unterminated\", found \"noise\"");
+    CHECK(Problem({{"NvAPI_GPU_GetFullName", {{"status", 0}, {"writes", "unterminated"}}}}) ==
+          place + "NvAPI_GPU_GetFullName: \"unterminated\" needs a value");
+    CHECK(Problem({{"NvAPI_GPU_GetBusId", {{"status", -1}, {"writes", "rubbish"}}}}) == "");
+}
+
+TEST_CASE("The report counts no violation where there is none")
+{
+    Simulate(Json::object());
+    CHECK(TakeViolations().empty());
+}
