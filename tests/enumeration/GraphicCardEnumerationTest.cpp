@@ -146,11 +146,11 @@ TEST_CASE("Only lines of the wanted severities reach the host, and none when it 
     };
     SetGraphicCardLog(take, 2, &lines);
     GraphicCardEnumeration().QueryGraphicCards();
-    CHECK(lines.size() == 8); // three ECC lines, the serial number's, and AMD's four
+    CHECK(lines.size() == 10); // three ECC lines, two of the memory, the serial number's, and AMD's four
     for (const std::string& severity : lines) {
         CHECK(severity == "2");
     }
     SetGraphicCardLog(nullptr, 6, nullptr);
     GraphicCardEnumeration().QueryGraphicCards();
-    CHECK(lines.size() == 8);
+    CHECK(lines.size() == 10);
 }

@@ -118,8 +118,10 @@ Json HealthyWorkstation()
     machine["opencl"].update({{"missing", Json::array()}});
     machine["opencl"]["platforms"][2]["devices"][0]["CL_DEVICE_NAME"] = "AMD Radeon RX 6800 XT";
     machine["nvapi"].update({{"unresolved", Json::array()}, {"0xD2D25687", {2, 2}}});
-    machine["nvapi"]["gpus"][0].update({{"NvAPI_GPU_GetECCStatusInfo", {{"supported", true}, {"enabled", true}}},
-                                        {"NvAPI_GPU_GetECCErrorInfo", {{"single", 3}, {"double", 4}}}});
+    machine["nvapi"]["gpus"][0].update(
+        {{"NvAPI_GPU_GetMemoryInfoEx", {{"offset32", 17133731840}, {"offset40", 12079595520}}},
+         {"NvAPI_GPU_GetECCStatusInfo", {{"supported", true}, {"enabled", true}}},
+         {"NvAPI_GPU_GetECCErrorInfo", {{"single", 3}, {"double", 4}}}});
     machine["nvml"]["devices"][0]["nvmlDeviceGetSerial"] = "0324518901234";
     machine["adl"]["missing"] = Json::array();
     machine["adl"]["adapters"]["0"].update({{"ADL2_Adapter_Crossfire_Get", {{"iSupported", 1}}},

@@ -134,7 +134,7 @@ run --machine workstation
 check "a shipped machine has a short name" prints "Card 3: AMD Radeon RX 6800 XT"
 check "the text fits 80 columns" fits_80_columns
 check "a text that goes to no terminal has no colours" has_no_colours
-check "the last line sums up" prints "3 cards, 0 warnings, 9 errors"
+check "the last line sums up" prints "3 cards, 0 warnings, 11 errors"
 check "what is not told is recognisable" prints "not told"
 run --machine workstation --brief
 check "--brief leaves out what is not told" lacks "not told"

@@ -10,6 +10,7 @@ Json FullDesktop()
 {
     Json machine = Machine("nvidia-desktop");
     machine["nvapi"]["0xD2D25687"] = {2, 2};
+    Gpu(machine)["NvAPI_GPU_GetMemoryInfoEx"] = {{"offset32", 17133731840}, {"offset40", 12079595520}};
     Gpu(machine)["NvAPI_GPU_GetECCStatusInfo"] = {{"supported", true}, {"enabled", true}};
     Gpu(machine)["NvAPI_GPU_GetECCErrorInfo"] = {{"single", 3}, {"double", 5}};
     Device(machine)["nvmlDeviceGetSerial"] = "1324521012345";

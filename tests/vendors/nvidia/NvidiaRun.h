@@ -4,7 +4,7 @@
 
 namespace orvel::tests {
 
-/// The desktop of machines/nvidia-desktop.json with a GPU that answers everything: ECC, SLI and a serial number too.
+/// The desktop of machines/nvidia-desktop.json with a GPU that answers everything: memory, ECC, SLI and a serial number too.
 Json FullDesktop();
 
 /// The record of that desktop with some fields of another value.
