@@ -13,15 +13,19 @@ struct AdlFunction {
     const char* Name;
     Fields WhenMissing; ///< from the library, or refused without a value
     Fields WhenRefusedWithValue;
+    Fields WhenRefusedWithRubbish; ///< each number is 0x5A5A5A5A, which is no mode of ECC
 };
 
 const std::vector<AdlFunction> adlFunctions = {
-    {"ADL2_Adapter_Graphic_Core_Info_Get", {"Cores", "Shaders"}, {}},
-    {"ADL2_Adapter_Crossfire_Get", {"AmdCrossfire"}, {}},
-    {"ADL_Overdrive5_CurrentActivity_Get", {}, {"PciLanes"}},
-    {"ADL2_Workstation_ECC_Caps", {"EccStatus"}, {}},
-    {"ADL2_Workstation_ECC_Get", {}, {"EccStatus"}}, // a success counts as supported; so does a mode that is not known
-    {"ADL2_Workstation_ECCData_Get", {}, {"EccSingleBitErrors", "EccDoubleBitErrors"}},
+    {"ADL2_Adapter_Graphic_Core_Info_Get", {"Cores", "Shaders"}, {}, {"Cores", "Shaders"}},
+    {"ADL2_Adapter_Crossfire_Get", {"AmdCrossfire"}, {}, {"AmdCrossfire"}},
+    {"ADL_Overdrive5_CurrentActivity_Get", {}, {"PciLanes"}, {"PciLanes"}},
+    {"ADL2_Workstation_ECC_Caps", {"EccStatus"}, {}, {}},
+    {"ADL2_Workstation_ECC_Get", {}, {"EccStatus"}, {}}, // a success counts as supported; so does a mode that is not known
+    {"ADL2_Workstation_ECCData_Get",
+     {},
+     {"EccSingleBitErrors", "EccDoubleBitErrors"},
+     {"EccSingleBitErrors", "EccDoubleBitErrors"}},
 };
 
 Consequence Others(const Fields& fields)
@@ -60,6 +64,7 @@ std::vector<Fault> AdlFaults()
         faults.push_back(Setting(path, Status(-1), Others(function.WhenMissing)));
         faults.push_back(Removing(path, Others(function.WhenMissing)));
         faults.push_back(Setting(path, StatusAndValue(-1, value), Others(function.WhenRefusedWithValue)));
+        faults.push_back(Setting(path, StatusAndRubbish(-1), Others(function.WhenRefusedWithRubbish)));
     }
     return faults;
 }
@@ -77,6 +82,7 @@ std::vector<Fault> AdlxFaults()
         faults.push_back(Setting(Pointer("/adlx/GetGPUs"), success, Nothing()));
     }
     faults.push_back(Setting(Pointer("/adlx/ADLXInitializeWithCallerAdl"), 3, Lost({amd})));
+    faults.push_back(Setting(Pointer("/adlx/ADLXInitializeWithCallerAdl"), StatusAndRubbish(3), Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/ADLXInitialize"), 3, Nothing())); // never asked
     faults.push_back(Setting(Pointer("/adlx/GetGPUs"), 3, Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/gpus"), Json::array(), Lost({amd})));
@@ -85,8 +91,12 @@ std::vector<Fault> AdlxFaults()
     for (const char* probe : {"GetPerformanceMonitoringServices", "GetSupportedGPUMetrics", "GetCurrentGPUMetrics"}) {
         faults.push_back(Setting(Pointer("/adlx") / probe, 3, Nothing()));
     }
+    for (const char* text : {"VendorId", "DeviceId", "PNPString", "Name"}) {
+        faults.push_back(Setting(Pointer("/adlx/gpus/0") / text, nullptr, Lost({amd})));
+    }
     for (const auto& [key, expected] : gpuFaults) {
         faults.push_back(Setting(Pointer("/adlx/gpus/0") / key, Status(3), expected));
+        faults.push_back(Setting(Pointer("/adlx/gpus/0") / key, StatusAndRubbish(3), expected));
         faults.push_back(Removing(Pointer("/adlx/gpus/0") / key, expected));
     }
     return faults;

@@ -108,6 +108,11 @@ Json StatusAndValue(long status, const Json& value)
     return {{"status", status}, {"value", value}};
 }
 
+Json StatusAndRubbish(long status)
+{
+    return {{"status", status}, {"writes", "rubbish"}};
+}
+
 Json HealthyWorkstation()
 {
     Json machine = Machine("workstation");

@@ -67,5 +67,7 @@ Fault Removing(const Pointer& path, const Consequence& expected);
 Fault Hiding(const std::string& api, const std::string& function, const Consequence& expected);
 Json Status(long status);
 Json StatusAndValue(long status, const Json& value);
+/// The call fills what it may write to with the byte 0x5A.
+Json StatusAndRubbish(long status);
 
 } // namespace orvel::tests

@@ -55,6 +55,7 @@ std::vector<Fault> NvapiFaults()
         faults.push_back(Hiding("nvapi", function, Lost({nvidia})));
         faults.push_back(Setting(Pointer("/nvapi") / function, -1, Lost({nvidia})));
     }
+    faults.push_back(Setting(Pointer("/nvapi/NvAPI_EnumPhysicalGPUs"), StatusAndRubbish(-1), Lost({nvidia})));
     faults.push_back(Hiding("nvapi", "NvAPI_Unload", StaysAlive("nvapi")));
     faults.push_back(Setting(Pointer("/nvapi/NvAPI_Unload"), -1, StaysAlive("nvapi")));
     for (const auto& [function, fields] : nvapiFields) {
@@ -63,6 +64,7 @@ std::vector<Fault> NvapiFaults()
         faults.push_back(Hiding("nvapi", function, Other(nvidia, fields)));
         faults.push_back(Setting(path, Status(-1), Other(nvidia, fields)));
         faults.push_back(Setting(path, StatusAndValue(-1, HealthyWorkstation()[path]), Other(nvidia, fields)));
+        faults.push_back(Setting(path, StatusAndRubbish(-1), Other(nvidia, fields)));
         faults.push_back(Removing(path, Other(nvidia, fields)));
     }
     return faults;
@@ -76,12 +78,15 @@ std::vector<Fault> NvmlFaults()
     faults.push_back(Setting(Pointer("/nvml/nvmlShutdown"), 999, StaysAlive("nvml")));
     faults.push_back(Setting(Pointer("/nvml/nvmlDeviceGetCount_v2"), Status(999), Other(nvidia, allOfNvml)));
     faults.push_back(Setting(Pointer("/nvml/nvmlDeviceGetCount_v2"), StatusAndValue(999, 1), Other(nvidia, allOfNvml)));
+    faults.push_back(Setting(Pointer("/nvml/nvmlDeviceGetCount_v2"), StatusAndRubbish(999), Other(nvidia, allOfNvml)));
     faults.push_back(Setting(Pointer("/nvml/nvmlDeviceGetCount_v2"), 0, Other(nvidia, allOfNvml)));
     faults.push_back(Setting(Pointer("/nvml/devices"), Json::array(), Other(nvidia, allOfNvml)));
     faults.push_back(Setting(Pointer("/nvml/devices/0/handle"), 15, Other(nvidia, allOfNvml)));
+    faults.push_back(Setting(Pointer("/nvml/devices/0/handle"), StatusAndRubbish(15), Other(nvidia, allOfNvml)));
     const Pointer device("/nvml/devices/0");
     for (const auto& [function, fields] : nvmlFields) {
         faults.push_back(Setting(device / function, Status(999), Other(nvidia, fields)));
+        faults.push_back(Setting(device / function, StatusAndRubbish(999), Other(nvidia, fields)));
         faults.push_back(
             Setting(device / function, StatusAndValue(999, HealthyWorkstation()[device / function]), Other(nvidia, fields)));
         faults.push_back(Removing(device / function, Other(nvidia, fields)));
@@ -90,6 +95,7 @@ std::vector<Fault> NvmlFaults()
     faults.push_back(Removing(thresholds, Other(nvidia, {"TemperatureShutdown", "TemperateSlowdown", "MaxTemperature"})));
     for (const auto& [threshold, field] : fieldOfThreshold) {
         faults.push_back(Setting(thresholds / threshold, Status(999), Other(nvidia, {field})));
+        faults.push_back(Setting(thresholds / threshold, StatusAndRubbish(999), Other(nvidia, {field})));
         faults.push_back(Removing(thresholds / threshold, Other(nvidia, {field})));
     }
     return faults;

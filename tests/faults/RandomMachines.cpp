@@ -154,7 +154,7 @@ void Maker::ChangeLeaves(Json& value, bool isSigned)
     }
 }
 
-/// Functions that are refused, refused with a value, not supported, or answer something odd.
+/// Functions that are refused, refused with a value or with rubbish, not supported, or answer something odd.
 void Maker::ChangeCalls(Json& functions, bool isSigned)
 {
     std::vector<std::string> names;
@@ -166,9 +166,11 @@ void Maker::ChangeCalls(Json& functions, bool isSigned)
         if (!IsOdd()) {
             continue;
         }
-        const uint32_t way = Below(3);
+        const uint32_t way = Below(4);
         if (way == 0) {
             functions.erase(name);
+        } else if (way == 3) {
+            functions[name] = StatusAndRubbish(OddSigned());
         } else {
             functions[name] = way == 1 ? Status(OddSigned()) : StatusAndValue(OddSigned(), functions[name]);
         }

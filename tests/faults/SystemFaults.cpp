@@ -58,13 +58,18 @@ void AddPlatformFaults(std::vector<Fault>& faults, size_t index, const Json& pla
     faults.push_back(Setting(path / "devices_count", -5, expected));
     faults.push_back(Setting(path / "devices_count", StatusAndValue(-5, 1), Nothing())); // the count that it wrote is used
     faults.push_back(Setting(path / "devices_fetch", -5, expected));
+    faults.push_back(Setting(path / "devices_fetch", StatusAndRubbish(-5), expected));
     faults.push_back(Setting(path / "devices", Json::array(), expected));
     faults.push_back(Setting(path / "devices" / 0 / "type", "cpu", expected));
     for (const auto& [name, value] : platform["devices"][0].items()) {
         if (name != "type") {
             const Pointer parameter = path / "devices" / 0 / name;
             faults.push_back(Setting(parameter, Status(-30), OfParameter(index, name)));
+            faults.push_back(Setting(parameter, StatusAndRubbish(-30), OfParameter(index, name)));
             faults.push_back(Setting(parameter, StatusAndValue(-5, value), OfParameter(index, name)));
+            Json valueOfRubbish = StatusAndRubbish(-5);
+            valueOfRubbish["value"] = value; // for its size
+            faults.push_back(Setting(parameter, valueOfRubbish, OfParameter(index, name)));
             faults.push_back(Removing(parameter, OfParameter(index, name)));
         }
     }
@@ -108,6 +113,7 @@ std::vector<Fault> OpenClFaults()
     faults.push_back(Setting(Pointer("/opencl/platforms_count"), -1001, noDevices));
     faults.push_back(Setting(Pointer("/opencl/platforms_count"), StatusAndValue(-1001, 3), Nothing()));
     faults.push_back(Setting(Pointer("/opencl/platforms_fetch"), -1001, noDevices));
+    faults.push_back(Setting(Pointer("/opencl/platforms_fetch"), StatusAndRubbish(-1001), noDevices));
     faults.push_back(Setting(Pointer("/opencl/platforms"), Json::array(), noDevices));
     const Json platforms = HealthyWorkstation()["opencl"]["platforms"];
     for (size_t index = 0; index < platforms.size(); ++index) {
