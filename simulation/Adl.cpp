@@ -62,7 +62,8 @@ int32_t Give(int32_t adapter, Answer<Value> AdlAdapterModel::*member, int32_t le
     return found == adapters.end() ? ADL_ERR_INVALID_ADL_IDX : (found->second.*member).Give(leftOut, areas, write);
 }
 
-/// A function of ADL2, which needs a living context. All areas have to be there.
+/// A function of ADL2, which needs a living context; null stands for that of the first ADL, which nobody has created. All areas
+/// have to be there.
 template <typename Value, typename Write>
 int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<Value> AdlAdapterModel::*member,
                       std::initializer_list<Area> areas, Write&& write)
@@ -70,7 +71,7 @@ int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<V
     const std::string call = CallOf(name, adapter);
     AddToTrace(call);
     if (!IsAdlContextAlive(context)) {
-        return Refuse(call, "the context is not alive", ADL_ERR_NOT_INIT);
+        return context ? Refuse(call, "the context is not alive", ADL_ERR_NOT_INIT) : ADL_ERR_NOT_INIT;
     }
     if (std::ranges::any_of(areas, [](const Area& area) { return !area.start; })) {
         return Refuse(call, "a null pointer", ADL_ERR_NULL_POINTER);

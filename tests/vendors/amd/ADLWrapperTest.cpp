@@ -159,12 +159,13 @@ TEST_CASE("A context that was never created is not destroyed")
     CHECK(Trace() == std::vector<std::string>{"adl ADL2_Main_Control_Create"});
 }
 
-TEST_CASE("Adapters are asked without a context too")
+TEST_CASE("Adapters are asked without a context too, where the function that needs none answers alone")
 {
     Json machine = TalkativeMachine();
     machine["adl"]["context"] = false;
     Simulate(machine);
-    CHECK(Ask() == Answers{});
+    CHECK(Ask() == Answers{0, 0, false, 16, 0, 0, 0});
+    CHECK(Only(Trace(), "adl ADL2_Workstation").size() == 3); // no mode without ECC
 }
 
 TEST_CASE("Destroying a wrapper again only logs again")
