@@ -83,6 +83,8 @@ std::vector<Fault> AdlxFaults()
     }
     faults.push_back(Setting(Pointer("/adlx/ADLXInitializeWithCallerAdl"), 3, Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/ADLXInitializeWithCallerAdl"), StatusAndRubbish(3), Lost({amd})));
+    faults.push_back(Setting(Pointer("/adlx/GetGPUs"), StatusAndRubbish(3), Lost({amd})));
+    faults.push_back(Setting(Pointer("/adlx/gpus/0/At_GPUList"), StatusAndRubbish(3), Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/ADLXInitialize"), 3, Nothing())); // never asked
     faults.push_back(Setting(Pointer("/adlx/GetGPUs"), 3, Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/gpus"), Json::array(), Lost({amd})));
@@ -90,6 +92,7 @@ std::vector<Fault> AdlxFaults()
     faults.push_back(Setting(Pointer("/adlx/gpus/0/At_GPUList"), 3, Lost({amd})));
     for (const char* probe : {"GetPerformanceMonitoringServices", "GetSupportedGPUMetrics", "GetCurrentGPUMetrics"}) {
         faults.push_back(Setting(Pointer("/adlx") / probe, 3, Nothing()));
+        faults.push_back(Setting(Pointer("/adlx") / probe, StatusAndRubbish(3), Nothing()));
     }
     for (const char* text : {"VendorId", "DeviceId", "PNPString", "Name"}) {
         faults.push_back(Setting(Pointer("/adlx/gpus/0") / text, nullptr, Lost({amd})));
