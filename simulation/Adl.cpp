@@ -1,6 +1,7 @@
 #include "AdlContexts.h"
 #include "CurrentMachine.h"
 #include "Export.h"
+#include "ModuleSetup.h"
 #include "Trace.h"
 #include "Violations.h"
 
@@ -20,6 +21,8 @@ constexpr int32_t ADL_ERR_INVALID_ADL_IDX = -5;
 constexpr int32_t ADL_ERR_NOT_SUPPORTED = -8;
 constexpr int32_t ADL_ERR_NULL_POINTER = -9;
 constexpr int32_t ADL_ERR_INVALID_CALLBACK = -11;
+
+constexpr const wchar_t* AdlDll = L"atiadlxx.dll";
 
 // Sizes of structures, in bytes.
 constexpr size_t CoreInfoSize = 64;
@@ -62,14 +65,17 @@ int32_t Give(int32_t adapter, Answer<Value> AdlAdapterModel::*member, int32_t le
     return found == adapters.end() ? ADL_ERR_INVALID_ADL_IDX : (found->second.*member).Give(leftOut, areas, write);
 }
 
-/// A function of ADL2, which needs a living context; null stands for that of the first ADL, which nobody has created. All areas
-/// have to be there.
+/// A function of ADL2, which needs a living context; null stands for that of the first ADL, which nobody has created. All
+/// areas have to be there.
 template <typename Value, typename Write>
 int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<Value> AdlAdapterModel::*member,
                       std::initializer_list<Area> areas, Write&& write)
 {
     const std::string call = CallOf(name, adapter);
     AddToTrace(call);
+    if (!IsLoadedFor(call, AdlDll)) {
+        return ADL_ERR_NOT_INIT;
+    }
     if (!IsAdlContextAlive(context)) {
         return context ? Refuse(call, "the context is not alive", ADL_ERR_NOT_INIT) : ADL_ERR_NOT_INIT;
     }
@@ -104,6 +110,9 @@ SIMULATED int32_t Sim_ADL2_Main_Control_Destroy(void* context)
 {
     const std::string call = "adl ADL2_Main_Control_Destroy";
     AddToTrace(call);
+    if (!IsLoadedFor(call, AdlDll)) {
+        return ADL_ERR_NOT_INIT;
+    }
     return DestroyAdlContext(context) ? ADL_OK : Refuse(call, "the context is not alive", ADL_ERR);
 }
 
@@ -138,6 +147,9 @@ SIMULATED int32_t Sim_ADL_Overdrive5_CurrentActivity_Get(int32_t adapter, int32_
 {
     const std::string call = CallOf("ADL_Overdrive5_CurrentActivity_Get", adapter);
     AddToTrace(call);
+    if (!IsLoadedFor(call, AdlDll)) {
+        return ADL_ERR_NOT_INIT;
+    }
     if (!activity) {
         return Refuse(call, "a null pointer", ADL_ERR_NULL_POINTER);
     }

@@ -3,6 +3,7 @@
 #include "AdlContexts.h"
 #include "AdlxObjects.h"
 #include "Export.h"
+#include "ModuleSetup.h"
 #include "Violations.h"
 
 namespace orvel::simulation {
@@ -16,19 +17,20 @@ constexpr uint64_t FullVersion = 0x0001000200000048; // 1.2.0, build 72
 
 constexpr int32_t AdapterListSize = 4096; // bytes
 
-/// ADLX lets ADL list its adapters, which takes memory from the caller, and gives that back to the caller.
-void UseCallersMemory(const std::string& call, void* context, AdlxFree free)
+/// ADLX lets ADL list its adapters, which takes memory from the caller, and gives that back to the caller. False where the
+/// caller has no memory.
+bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
 {
     void* buffer = AllocateFromAdlCaller(context, AdapterListSize);
     if (!buffer) {
-        AddViolation(call, "ADL's callback gave no memory");
-        return;
+        return false;
     }
     FillWithRubbish({{buffer, AdapterListSize}});
     free(&buffer);
     if (buffer) {
         AddViolation(call, "the callback for freed memory left the pointer to it");
     }
+    return true;
 }
 
 /// Begins the session unless the status forbids it, and hands the uncounted objects out.
@@ -111,8 +113,8 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
         AddViolation(call, "the ADL context is not alive");
         return ADLX_ADL_INIT_ERROR;
     }
-    if (isSimulated && AdlxSucceeded(answer.code)) {
-        UseCallersMemory(call, context, memoryFree);
+    if (isSimulated && AdlxSucceeded(answer.code) && !UseCallersMemory(call, context, memoryFree)) {
+        return ADLX_ADL_INIT_ERROR;
     }
     return BeginSession(answer, system, mapping, isSimulated ? context : nullptr);
 }
@@ -142,7 +144,7 @@ SIMULATED int32_t Sim_ADLXTerminate()
     AddToTrace(call);
     AdlxState& state = TheAdlx();
     const std::scoped_lock lock(state.mutex);
-    if (!state.session) {
+    if (!IsLoadedFor(call, L"amdadlx64.dll") || !state.session) {
         return ADLX_TERMINATED;
     }
     const std::string held = state.session->HeldObjects();

@@ -5,7 +5,9 @@
 #include "ImportTable.h"
 #include "OpenCl.h"
 #include "Text.h"
+#include "Violations.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 
@@ -253,9 +255,15 @@ void AddOpenClReference()
     }
 }
 
-bool IsOpenClLoaded()
+bool IsLoadedFor(const std::string& call, const wchar_t* dllName)
 {
-    return TheModules().opencl.attached != nullptr;
+    const auto& modules = TheModules().all;
+    const bool isLoaded = std::ranges::any_of(
+        modules, [&](const Module* module) { return std::wstring_view(dllName) == module->name && module->attached; });
+    if (!isLoaded) {
+        AddViolation(call, ToUtf8(dllName) + " is not loaded any more");
+    }
+    return isLoaded;
 }
 
 FARPROC SystemFunction(const wchar_t* dllName, const char* functionName)

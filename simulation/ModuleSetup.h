@@ -19,8 +19,9 @@ void TakeModulesAway();
 /// DLL stays pinned however many runs there are. Does nothing on a machine that does not pin it.
 void AddOpenClReference();
 
-/// Whether the simulated opencl.dll is in the process.
-bool IsOpenClLoaded();
+/// Whether the simulated DLL of this name is in the process; for a call of its function, which is a violation where it is not.
+/// Only a DLL that the simulation does not hold can be gone.
+bool IsLoadedFor(const std::string& call, const wchar_t* dllName);
 
 /// A function of the computer's own DLL in the system folder, or null; for a simulated DLL that had to stay loaded while
 /// the machine in place leaves its interface to the system.

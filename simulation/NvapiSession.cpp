@@ -1,5 +1,6 @@
 #include "NvapiSession.h"
 
+#include "ModuleSetup.h"
 #include "Trace.h"
 #include "Violations.h"
 
@@ -17,8 +18,9 @@ bool IsInNvapiSession(const std::string& call)
 {
     if (sessions == 0) {
         AddViolation(call, "NVAPI is not initialised");
+        return false;
     }
-    return sessions != 0;
+    return IsLoadedFor(call, L"nvapi64.dll");
 }
 
 void BeginNvapiSession()

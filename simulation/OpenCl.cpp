@@ -29,15 +29,10 @@ HandleTable<OpenClDevice>& Devices()
     return *handles;
 }
 
-/// Whether opencl.dll is in the process; a call through a pointer that its caller has kept is a violation.
 bool IsCallable(const std::string& call)
 {
     AddToTrace(call);
-    if (!IsOpenClLoaded()) {
-        AddViolation(call, "opencl.dll is not loaded any more");
-        return false;
-    }
-    return true;
+    return IsLoadedFor(call, L"opencl.dll");
 }
 
 cl_int Refuse(const std::string& call, const char* what, cl_int status)

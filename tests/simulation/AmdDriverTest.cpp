@@ -22,6 +22,11 @@ void* Allocate(int32_t bytes)
     return std::malloc(static_cast<size_t>(bytes));
 }
 
+void* AllocateNothing(int32_t)
+{
+    return nullptr;
+}
+
 void Free(void** buffer)
 {
     ++releases;
@@ -175,6 +180,16 @@ TEST_CASE("ADLX needs a living context of ADL, and uses the caller's memory thro
     CHECK(adlx.Begin(adl.context, &FreeAndKeepPointer) == 0);
     CHECK(TakeViolations() ==
           Violations{"adlx ADLXInitializeWithCallerAdl: the callback for freed memory left the pointer to it"});
+}
+
+TEST_CASE("ADLX does not begin where the caller has no memory")
+{
+    Simulate(MachineWith(Json::object()));
+    const Driver adl(L"atiadlxx.dll");
+    void* context = nullptr;
+    adl.Call("ADL2_Main_Control_Create", &AllocateNothing, 1, &context);
+    Adlx adlx;
+    CHECK(adlx.Begin(context) == 8);
 }
 
 TEST_CASE("ADLX on a context that has been destroyed is a violation")

@@ -91,6 +91,23 @@ TEST_CASE("opencl.dll leaves the process with its last reference where the file 
     CHECK(TakeViolations() == Violations{"opencl clGetPlatformIDs: opencl.dll is not loaded any more"});
 }
 
+TEST_CASE("A function that outlives its DLL is a violation")
+{
+    Simulate({{"searched", true}, {"adl", Json::object()}, {"adlx", Json::object()}});
+    void* destroy = nullptr;
+    void* terminate = nullptr;
+    {
+        const Driver adl(L"atiadlxx.dll");
+        const Driver adlx(L"amdadlx64.dll");
+        destroy = adl.Find("ADL2_Main_Control_Destroy");
+        terminate = adlx.Find("ADLXTerminate");
+    }
+    CHECK(reinterpret_cast<int32_t (*)(void*)>(destroy)(nullptr) == -2);
+    CHECK(reinterpret_cast<int32_t (*)()>(terminate)() == 7);
+    CHECK(TakeViolations() == Violations{"adl ADL2_Main_Control_Destroy: atiadlxx.dll is not loaded any more",
+                                         "adlx ADLXTerminate: amdadlx64.dll is not loaded any more"});
+}
+
 TEST_CASE("Windows' own search finds the DLLs of a machine that asks for it, and none of those that the machine lacks")
 {
     const std::array<const wchar_t*, 4> names = {L"opencl.dll", L"nvapi64.dll", L"atiadlxx.dll", L"amdadlx64.dll"};
