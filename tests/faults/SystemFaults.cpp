@@ -59,6 +59,7 @@ void AddPlatformFaults(std::vector<Fault>& faults, size_t index, const Json& pla
     faults.push_back(Setting(path / "devices_count", StatusAndValue(-5, 1), Nothing())); // the count that it wrote is used
     faults.push_back(Setting(path / "devices_fetch", -5, expected));
     faults.push_back(Setting(path / "devices_fetch", StatusAndRubbish(-5), expected));
+    faults.push_back(Setting(path / "devices_count", StatusAndRubbish(-5), expected)); // no believable count
     faults.push_back(Setting(path / "devices", Json::array(), expected));
     faults.push_back(Setting(path / "devices" / 0 / "type", "cpu", expected));
     for (const auto& [name, value] : platform["devices"][0].items()) {
@@ -114,6 +115,7 @@ std::vector<Fault> OpenClFaults()
     faults.push_back(Setting(Pointer("/opencl/platforms_count"), StatusAndValue(-1001, 3), Nothing()));
     faults.push_back(Setting(Pointer("/opencl/platforms_fetch"), -1001, noDevices));
     faults.push_back(Setting(Pointer("/opencl/platforms_fetch"), StatusAndRubbish(-1001), noDevices));
+    faults.push_back(Setting(Pointer("/opencl/platforms_count"), StatusAndRubbish(-1001), noDevices));
     faults.push_back(Setting(Pointer("/opencl/platforms"), Json::array(), noDevices));
     const Json platforms = HealthyWorkstation()["opencl"]["platforms"];
     for (size_t index = 0; index < platforms.size(); ++index) {
