@@ -1,6 +1,7 @@
 #include "Floor.h"
 
 #include "FloorSystem.h"
+#include "FloorWmi.h"
 
 namespace orvel::bench {
 
@@ -12,9 +13,10 @@ void PrepareFloor()
 
 void RunFloor()
 {
-    RunIntelFloor();
-    RunNvidiaFloor();
-    RunAmdFloor();
+    FloorWmi wmi;
+    RunIntelFloor(wmi);
+    RunNvidiaFloor(wmi);
+    RunAmdFloor(wmi);
 }
 
 } // namespace orvel::bench

@@ -152,7 +152,7 @@ void ReadMetrics(IADLXPerformanceMonitoringServices& services, IADLXGPU& object,
     adl.ReadCores(adapter);
 }
 
-void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, IWbemServices& services)
+void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi)
 {
     for (const wchar_t* property :
          {L"Availability", L"ConfigManagerErrorCode", L"ConfigManagerUserConfig", L"CurrentHorizontalResolution",
@@ -162,12 +162,12 @@ void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, IWbemServices
     ReadComposition();
     ReadBusNumber("1002", gpu.DeviceId);
     ReadDevice(opencl, gpu.Name, amdVendor, CL_DEVICE_NAME);
-    ReadMemorySpeed(services);
+    ReadMemorySpeed(wmi);
     ReadSharedMemory();
-    ReadMemoryType(services);
-    ReadMemorySpeed(services);
-    ReadMemoryType(services);
-    ReadTotalWidth(services);
+    ReadMemoryType(wmi);
+    ReadMemorySpeed(wmi);
+    ReadMemoryType(wmi);
+    ReadTotalWidth(wmi);
     row.Read(L"DriverDate");
     ReadBiosText(L"1002", gpu.WideDeviceId);
     for (const wchar_t* property : {L"Name", L"AdapterRAM", L"Status"}) {
@@ -175,19 +175,19 @@ void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, IWbemServices
     }
 }
 
-void ReadRows(const Gpu& gpu, HMODULE opencl, IWbemServices& services)
+void ReadRows(const Gpu& gpu, HMODULE opencl, FloorWmi& wmi)
 {
     wchar_t wql[512];
     std::swprintf(wql, std::size(wql),
                   L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%%VEN_1002%%' AND Name = '%ls'",
                   gpu.WideName);
-    FloorRows rows(services, wql);
+    FloorRows rows(wmi, wql);
     while (rows.Next()) {
-        ReadRow(rows, gpu, opencl, services);
+        ReadRow(rows, gpu, opencl, wmi);
     }
 }
 
-void ReadGpus(const Adl& adl, const Adlx& adlx, HMODULE opencl, IWbemServices& services)
+void ReadGpus(const Adl& adl, const Adlx& adlx, HMODULE opencl, FloorWmi& wmi)
 {
     AdlxPtr<IADLXGPUList> gpus;
     adlx.System->GetGPUs(gpus.Receive());
@@ -200,21 +200,20 @@ void ReadGpus(const Adl& adl, const Adlx& adlx, HMODULE opencl, IWbemServices& s
         adlx.System->GetPerformanceMonitoringServices(monitoring.Receive());
         ReadAdl(adl, gpu.Adapter);
         ReadMetrics(*monitoring, *object, adl, gpu.Adapter);
-        ReadRows(gpu, opencl, services);
+        ReadRows(gpu, opencl, wmi);
     }
 }
 
 } // namespace
 
-void RunAmdFloor()
+void RunAmdFloor(FloorWmi& wmi)
 {
-    const auto services = ConnectFloor();
     const auto opencl = LoadOpenCl();
     Adl adl;
     if (adl.Create) {
         adl.Create(&Allocate, 1, &adl.Context, 1);
     }
-    FloorRows bios(*services.Get(), L"SELECT SerialNumber FROM Win32_Bios");
+    FloorRows bios(wmi, L"SELECT SerialNumber FROM Win32_Bios");
     bios.Next();
     bios.Read(L"SerialNumber");
     if (!adl.Context) {
@@ -222,7 +221,7 @@ void RunAmdFloor()
     }
     Adlx adlx;
     Start(adlx, adl.Context);
-    ReadGpus(adl, adlx, opencl.get(), *services.Get());
+    ReadGpus(adl, adlx, opencl.get(), wmi);
     adlx.Terminate();
     adlx.Module.reset();
     adl.Destroy(adl.Context);

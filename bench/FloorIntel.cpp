@@ -34,34 +34,34 @@ void ReadIdentity(const FloorRows& row, Adapter& adapter)
     ::WideCharToMultiByte(CP_UTF8, 0, name.Text(), -1, adapter.Name, sizeof(adapter.Name), nullptr, nullptr);
 }
 
-void ReadFillRates(HMODULE opencl, IWbemServices& services, const Adapter& adapter)
+void ReadFillRates(HMODULE opencl, FloorWmi& wmi, const Adapter& adapter)
 {
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CLOCK_FREQUENCY);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CONSTANT_ARGS);
-    ReadTotalWidth(services);
+    ReadTotalWidth(wmi);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CLOCK_FREQUENCY);
-    ReadMemoryType(services);
+    ReadMemoryType(wmi);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CONSTANT_ARGS);
-    ReadTotalWidth(services);
+    ReadTotalWidth(wmi);
 }
 
-void ReadClocksAndMemory(const FloorRows& row, HMODULE opencl, IWbemServices& services, const Adapter& adapter)
+void ReadClocksAndMemory(const FloorRows& row, HMODULE opencl, FloorWmi& wmi, const Adapter& adapter)
 {
     row.Read(L"AdapterDACType");
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CLOCK_FREQUENCY);
-    ReadMemorySpeed(services);
+    ReadMemorySpeed(wmi);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CLOCK_FREQUENCY);
     row.Read(L"AdapterRAM");
     ReadSharedMemory();
-    ReadMemorySpeed(services);
-    ReadTotalWidth(services);
-    ReadMemoryType(services);
+    ReadMemorySpeed(wmi);
+    ReadTotalWidth(wmi);
+    ReadMemoryType(wmi);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_COMPUTE_UNITS);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_COMPUTE_UNITS);
     row.Read(L"DriverDate");
     ReadBiosText(L"8086", adapter.WideDeviceId);
-    ReadMemoryType(services);
-    ReadTotalWidth(services);
+    ReadMemoryType(wmi);
+    ReadTotalWidth(wmi);
 }
 
 void ReadCommonProperties(const FloorRows& row)
@@ -78,21 +78,20 @@ void ReadCommonProperties(const FloorRows& row)
 
 } // namespace
 
-void RunIntelFloor()
+void RunIntelFloor(FloorWmi& wmi)
 {
-    const auto services = ConnectFloor();
     const auto opencl = LoadOpenCl();
     {
-        FloorRows bios(*services.Get(), L"SELECT SerialNumber FROM Win32_Bios");
+        FloorRows bios(wmi, L"SELECT SerialNumber FROM Win32_Bios");
         bios.Next();
         bios.Read(L"SerialNumber");
     }
-    FloorRows rows(*services.Get(), L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'");
+    FloorRows rows(wmi, L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'");
     while (rows.Next()) {
         Adapter adapter;
         ReadIdentity(rows, adapter);
-        ReadFillRates(opencl.get(), *services.Get(), adapter);
-        ReadClocksAndMemory(rows, opencl.get(), *services.Get(), adapter);
+        ReadFillRates(opencl.get(), wmi, adapter);
+        ReadClocksAndMemory(rows, opencl.get(), wmi, adapter);
         ReadCommonProperties(rows);
     }
 }

@@ -110,12 +110,12 @@ void ReadClocks(const Gpu& gpu, uint32_t type)
     gpu.Api.Call(0xDCB616C3, gpu.Handle, &clocks);
 }
 
-void ReadMemoryAndClocks(Gpu& gpu, IWbemServices& services)
+void ReadMemoryAndClocks(Gpu& gpu, FloorWmi& wmi)
 {
     gpu.Read(0x7975C581); // the memory bus
     nvml.ClockInfo(gpu.Device, NVML_CLOCK_MEM, &gpu.Number);
     nvml.MemoryBusWidth(gpu.Device, &gpu.Number);
-    ReadMemoryType(services);
+    ReadMemoryType(wmi);
     NvapiMemoryInfo memory{};
     gpu.Api.Call(0xC0599498, gpu.Handle, &memory);
     gpu.Api.Call(0xC0599498, gpu.Handle, &memory);
@@ -145,13 +145,13 @@ void ReadLimitsAndLink(Gpu& gpu)
     nvml.Serial(gpu.Device, gpu.Text, NVML_DEVICE_SERIAL_BUFFER_SIZE);
 }
 
-void ReadGpu(Gpu& gpu, IWbemServices& services)
+void ReadGpu(Gpu& gpu, FloorWmi& wmi)
 {
     wchar_t wql[128];
     std::swprintf(wql, std::size(wql),
                   L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%%VEN_10DE&DEV_%04x%%'",
                   ReadIdentifiers(gpu) >> 16);
-    FloorRows row(services, wql);
+    FloorRows row(wmi, wql);
     row.Next();
     row.Read(L"Availability");
     row.Read(L"ConfigManagerErrorCode");
@@ -161,7 +161,7 @@ void ReadGpu(Gpu& gpu, IWbemServices& services)
     row.Read(L"AdapterRAM");
     row.Read(L"Name");
     ReadEccAndCores(gpu, row);
-    ReadMemoryAndClocks(gpu, services);
+    ReadMemoryAndClocks(gpu, wmi);
     ReadLimitsAndLink(gpu);
     ReadComposition();
     for (const wchar_t* property : {L"DriverVersion", L"CurrentRefreshRate", L"CurrentHorizontalResolution",
@@ -201,9 +201,8 @@ void PrepareNvidiaFloor()
     FindIn(module, "nvmlDeviceGetMemoryBusWidth", nvml.MemoryBusWidth);
 }
 
-void RunNvidiaFloor()
+void RunNvidiaFloor(FloorWmi& wmi)
 {
-    const auto services = ConnectFloor();
     const Nvapi api;
     if (!api.QueryInterface) {
         return;
@@ -216,7 +215,7 @@ void RunNvidiaFloor()
         const nvmlDevice_t device = StartNvml();
         const auto opencl = LoadOpenCl();
         Gpu gpu{api, gpus[0], device};
-        ReadGpu(gpu, *services.Get());
+        ReadGpu(gpu, wmi);
     }
     nvml.Shutdown();
     api.Call(0xD22BDD7E);

@@ -14,9 +14,35 @@ void AllowImpersonation(IUnknown* proxy)
                         RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
 }
 
-void ReadFirst(IWbemServices& services, const wchar_t* wql, const wchar_t* property)
+ComPtr<IWbemServices> Connect()
 {
-    FloorRows modules(services, wql);
+    ComPtr<IWbemLocator> locator;
+    ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                       reinterpret_cast<void**>(locator.GetAddressOf()));
+    ComPtr<IWbemServices> services;
+    const BSTR path = ::SysAllocString(L"\\\\.\\root\\cimv2");
+    locator->ConnectServer(path, nullptr, nullptr, nullptr, WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr,
+                           services.GetAddressOf());
+    ::SysFreeString(path);
+    AllowImpersonation(services.Get());
+    return services;
+}
+
+constexpr wchar_t memoryTypes[] = L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory";
+constexpr wchar_t speeds[] = L"SELECT Speed FROM Win32_PhysicalMemory";
+constexpr wchar_t totalWidths[] = L"SELECT TotalWidth FROM Win32_PhysicalMemory";
+
+FloorRows AskModules(FloorWmi& wmi, const wchar_t* wql)
+{
+    wmi.Ask(wql);
+    for (const wchar_t* other : {memoryTypes, speeds, totalWidths}) {
+        wmi.Ask(other);
+    }
+    return FloorRows(wmi, wql);
+}
+
+void ReadFirst(FloorRows modules, const wchar_t* property)
+{
     if (modules.Next()) {
         modules.Read(property);
     }
@@ -24,21 +50,46 @@ void ReadFirst(IWbemServices& services, const wchar_t* wql, const wchar_t* prope
 
 } // namespace
 
-FloorRows::FloorRows(IWbemServices& services, const wchar_t* wql)
+IWbemClassObject* FloorAnswer::At(size_t index)
 {
-    const BSTR language = ::SysAllocString(L"WQL");
-    const BSTR text = ::SysAllocString(wql);
-    services.ExecQuery(language, text, WBEM_FLAG_FORWARD_ONLY, nullptr, rows.GetAddressOf());
-    ::SysFreeString(text);
-    ::SysFreeString(language);
-    AllowImpersonation(rows.Get());
+    while (index >= Rows.size() && !IsWhole) {
+        ComPtr<IWbemClassObject> row;
+        ULONG returned = 0;
+        IsWhole = Source->Next(120'000, 1, row.GetAddressOf(), &returned) != WBEM_S_NO_ERROR;
+        if (!IsWhole) {
+            Rows.push_back(std::move(row));
+        }
+    }
+    return index < Rows.size() ? Rows[index].Get() : nullptr;
+}
+
+FloorAnswer& FloorWmi::Ask(const wchar_t* wql)
+{
+    if (!services) {
+        services = Connect();
+    }
+    const auto [answer, isNew] = answers.try_emplace(wql);
+    if (isNew) {
+        const BSTR language = ::SysAllocString(L"WQL");
+        const BSTR text = ::SysAllocString(wql);
+        services->ExecQuery(language, text, WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr,
+                            answer->second.Source.GetAddressOf());
+        ::SysFreeString(text);
+        ::SysFreeString(language);
+        AllowImpersonation(answer->second.Source.Get());
+    }
+    return answer->second;
+}
+
+FloorRows::FloorRows(FloorWmi& wmi, const wchar_t* wql) : answer(&wmi.Ask(wql))
+{
+    answer->At(0); // the answer has come when its first row has
 }
 
 bool FloorRows::Next()
 {
-    row.Reset();
-    ULONG returned = 0;
-    return rows->Next(WBEM_INFINITE, 1, row.GetAddressOf(), &returned) == WBEM_S_NO_ERROR;
+    row = answer->At(next++);
+    return row != nullptr;
 }
 
 void FloorRows::Read(const wchar_t* property) const
@@ -52,32 +103,19 @@ void FloorRows::Read(const wchar_t* property, Value& value) const
     row->Get(property, 0, value.Receive(), nullptr, nullptr);
 }
 
-ComPtr<IWbemServices> ConnectFloor()
+void ReadMemoryType(FloorWmi& wmi)
 {
-    ComPtr<IWbemLocator> locator;
-    ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                       reinterpret_cast<void**>(locator.GetAddressOf()));
-    ComPtr<IWbemServices> services;
-    const BSTR path = ::SysAllocString(L"\\\\.\\root\\cimv2");
-    locator->ConnectServer(path, nullptr, nullptr, nullptr, 0, nullptr, nullptr, services.GetAddressOf());
-    ::SysFreeString(path);
-    AllowImpersonation(services.Get());
-    return services;
+    ReadFirst(AskModules(wmi, memoryTypes), L"SMBIOSMemoryType");
 }
 
-void ReadMemoryType(IWbemServices& services)
+void ReadTotalWidth(FloorWmi& wmi)
 {
-    ReadFirst(services, L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory", L"SMBIOSMemoryType");
+    ReadFirst(AskModules(wmi, totalWidths), L"TotalWidth");
 }
 
-void ReadTotalWidth(IWbemServices& services)
+void ReadMemorySpeed(FloorWmi& wmi)
 {
-    ReadFirst(services, L"SELECT TotalWidth FROM Win32_PhysicalMemory", L"TotalWidth");
-}
-
-void ReadMemorySpeed(IWbemServices& services)
-{
-    FloorRows modules(services, L"SELECT Speed FROM Win32_PhysicalMemory");
+    FloorRows modules = AskModules(wmi, speeds);
     while (modules.Next()) {
         modules.Read(L"Speed");
     }

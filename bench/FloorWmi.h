@@ -1,5 +1,9 @@
 #pragma once
 
+#include <map>
+#include <string>
+#include <vector>
+
 #include <wbemidl.h>
 #include <wrl/client.h>
 
@@ -21,25 +25,44 @@ private:
     VARIANT variant;
 };
 
-/// The rows of one query.
+/// WMI's answer to one query, as far as it has been fetched.
+struct FloorAnswer {
+    Microsoft::WRL::ComPtr<IEnumWbemClassObject> Source;
+    std::vector<Microsoft::WRL::ComPtr<IWbemClassObject>> Rows;
+    bool IsWhole = false;
+
+    /// Fetches up to the row at `index`; null when there are fewer.
+    IWbemClassObject* At(size_t index);
+};
+
+/// The one connection of an enumeration, and each distinct query that was sent on it.
+class FloorWmi {
+public:
+    /// Sends a query unless it was sent before. Connects at the first one.
+    FloorAnswer& Ask(const wchar_t* wql);
+
+private:
+    Microsoft::WRL::ComPtr<IWbemServices> services;
+    std::map<std::wstring, FloorAnswer> answers;
+};
+
+/// A walk through the rows of one query.
 class FloorRows {
 public:
-    FloorRows(IWbemServices& services, const wchar_t* wql);
+    FloorRows(FloorWmi& wmi, const wchar_t* wql);
     bool Next();
     void Read(const wchar_t* property) const;
     void Read(const wchar_t* property, Value& value) const;
 
 private:
-    Microsoft::WRL::ComPtr<IEnumWbemClassObject> rows;
-    Microsoft::WRL::ComPtr<IWbemClassObject> row;
+    FloorAnswer* answer;
+    size_t next = 0;
+    IWbemClassObject* row = nullptr;
 };
 
-/// A connection to the namespace of the product's queries.
-Microsoft::WRL::ComPtr<IWbemServices> ConnectFloor();
-
-// The queries on the memory modules.
-void ReadMemoryType(IWbemServices& services);
-void ReadMemorySpeed(IWbemServices& services);
-void ReadTotalWidth(IWbemServices& services);
+// The queries on the memory modules. The first of them sends all three.
+void ReadMemoryType(FloorWmi& wmi);
+void ReadMemorySpeed(FloorWmi& wmi);
+void ReadTotalWidth(FloorWmi& wmi);
 
 } // namespace orvel::bench

@@ -20,14 +20,15 @@ class WmiLocator final : public ComObject<WmiLocator, Counted::Wmi, IWbemLocator
 public:
     explicit WmiLocator(std::shared_ptr<WmiSession> itsSession) : session(std::move(itsSession)) {}
 
-    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG, const BSTR,
-                                            IWbemContext*, IWbemServices** services) override
+    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags,
+                                            const BSTR, IWbemContext*, IWbemServices** services) override
     {
         if (services != nullptr)
             *services = nullptr;
         if (services == nullptr || name == nullptr)
             return Result(WBEM_E_INVALID_PARAMETER);
-        AddToTrace("wmi connect " + ToUtf8(name));
+        const bool isLimited = (flags & WBEM_FLAG_CONNECT_USE_MAX_WAIT) != 0;
+        AddToTrace("wmi connect " + ToUtf8(name) + (isLimited ? "" : " without a limit"));
         Wait(session->Model().connectMicroseconds);
         return Connect(name, services);
     }

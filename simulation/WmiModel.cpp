@@ -160,6 +160,7 @@ void ReadInto(const Node& node, WmiFailure& target)
     node.ReadFields({
         {"contains", [&target](const Node& text) { target.contains = ToWide(text.Text()); }},
         {"nth", [&target](const Node& nth) { target.nth = static_cast<uint32_t>(nth.Whole(1, UINT32_MAX)); }},
+        {"row", [&target](const Node& row) { target.row = static_cast<uint32_t>(row.Whole(1, UINT32_MAX)); }},
         {"status", [&target](const Node& status) { target.status = status.StatusCode(); }},
     });
 }

@@ -31,6 +31,7 @@ using WmiRowModel = std::map<std::wstring, WmiProperty>;
 struct WmiFailure {
     std::wstring contains;
     std::optional<uint32_t> nth; // 1-based; none: every query
+    std::optional<uint32_t> row; // 1-based: the row that cannot be given; none: the query itself
     int32_t status = 0;
 };
 

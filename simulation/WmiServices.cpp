@@ -13,11 +13,30 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
+using Clock = std::chrono::steady_clock;
+
+/// What WMI finds for a query, and when it has found it.
+struct WmiAnswer {
+    HRESULT status = WBEM_S_NO_ERROR;
+    std::shared_ptr<const WqlQuery> query;
+    WmiRows rows;
+    const WmiFailure* failure = nullptr; // what the machine has planned for it
+    Clock::time_point ready;
+};
+
+/// Sleeping is only exact to some milliseconds, so the last part is spent in a loop.
+void WaitUntil(Clock::time_point end)
+{
+    constexpr auto inexact = std::chrono::milliseconds(2);
+    if (const auto left = end - Clock::now(); left > 2 * inexact)
+        std::this_thread::sleep_for(left - inexact);
+    while (Clock::now() < end) {
+    }
+}
+
 class WmiEnumerator final : public UnusedEnumerator<WmiEnumerator> {
 public:
-    WmiEnumerator(std::shared_ptr<const WqlQuery> itsQuery, WmiRows itsRows)
-        : query(std::move(itsQuery)), rows(std::move(itsRows))
-    {}
+    explicit WmiEnumerator(WmiAnswer itsAnswer) : answer(std::move(itsAnswer)), rows(answer.rows) {}
 
     HRESULT STDMETHODCALLTYPE Reset() override
     {
@@ -32,20 +51,35 @@ public:
         return enough ? WBEM_S_NO_ERROR : WBEM_S_FALSE;
     }
 
-    HRESULT STDMETHODCALLTYPE Next(LONG, ULONG count, IWbemClassObject** objects, ULONG* returned) override
+    HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
     {
-        AddToTrace("wmi next");
+        AddToTrace(timeout == static_cast<LONG>(WBEM_INFINITE) ? "wmi next without a limit" : "wmi next");
         if (objects == nullptr || returned == nullptr)
             return Result(WBEM_E_INVALID_PARAMETER);
         *returned = 0;
-        for (; *returned < count && position < rows.size(); ++*returned, ++position)
-            objects[*returned] = new WmiRowObject(query, rows[position]);
+        if (!IsReadyIn(timeout))
+            return WBEM_S_TIMEDOUT;
+        if (answer.status != WBEM_S_NO_ERROR)
+            return answer.status;
+        for (; *returned < count && position < rows.size(); ++*returned, ++position) {
+            if (answer.failure && answer.failure->row == position + 1)
+                return answer.failure->status;
+            objects[*returned] = new WmiRowObject(answer.query, rows[position]);
+        }
         return *returned == count ? WBEM_S_NO_ERROR : WBEM_S_FALSE;
     }
 
 private:
-    std::shared_ptr<const WqlQuery> query;
-    WmiRows rows;
+    bool IsReadyIn(LONG milliseconds) const
+    {
+        const auto limit = Clock::now() + std::chrono::milliseconds(milliseconds);
+        const bool isInTime = milliseconds == static_cast<LONG>(WBEM_INFINITE) || answer.ready <= limit;
+        WaitUntil(isInTime ? answer.ready : limit);
+        return isInTime;
+    }
+
+    WmiAnswer answer;
+    const WmiRows& rows;
     size_t position = 0;
 };
 
@@ -106,19 +140,19 @@ HRESULT WmiSession::Select(const WqlQuery& query, IWbemServices* systemServices,
     return WBEM_S_NO_ERROR;
 }
 
-int32_t WmiSession::PlannedFailure(const std::wstring& text)
+const WmiFailure* WmiSession::PlannedFailure(const std::wstring& text)
 {
     const std::scoped_lock lock(mutex);
-    std::optional<int32_t> status;
+    const WmiFailure* planned = nullptr;
     for (size_t index = 0; index < queriesSeen.size(); ++index) {
         const WmiFailure& failure = Model().failures[index];
         if (text.find(failure.contains) == std::wstring::npos)
             continue;
         ++queriesSeen[index];
-        if (!status && (!failure.nth || *failure.nth == queriesSeen[index]))
-            status = failure.status;
+        if (!planned && (!failure.nth || *failure.nth == queriesSeen[index]))
+            planned = &failure;
     }
-    return status.value_or(0);
+    return planned;
 }
 
 HRESULT WmiSession::ConnectSystem(BSTR name, ComPtr<IWbemServices>& services) const
@@ -142,38 +176,51 @@ WmiServices::~WmiServices()
     AddToTrace("wmi disconnect");
 }
 
-HRESULT WmiServices::ExecQuery(const BSTR language, const BSTR text, LONG, IWbemContext*, IEnumWbemClassObject** target)
+namespace {
+
+WmiAnswer Answer(WmiSession& session, IWbemServices* system, const BSTR language, const BSTR text)
+{
+    WmiAnswer answer;
+    answer.ready = Clock::now() + std::chrono::microseconds(session.Model().queryMicroseconds);
+    if (FoldCase(language) != L"wql") {
+        answer.status = Result(WBEM_E_INVALID_QUERY_TYPE);
+        return answer;
+    }
+    answer.failure = session.PlannedFailure(text);
+    if (answer.failure && !answer.failure->row) {
+        answer.status = answer.failure->status;
+    } else if (auto query = ParseWql(text)) {
+        answer.query = std::make_shared<const WqlQuery>(std::move(*query));
+        answer.status = session.Select(*answer.query, system, answer.rows);
+    } else {
+        answer.status = Result(WBEM_E_INVALID_QUERY);
+    }
+    return answer;
+}
+
+} // namespace
+
+HRESULT WmiServices::ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext*, IEnumWbemClassObject** target)
 {
     if (target != nullptr)
         *target = nullptr;
     if (target == nullptr || language == nullptr || text == nullptr)
         return Result(WBEM_E_INVALID_PARAMETER);
     AddToTrace("wmi query " + ToUtf8(text));
-    Wait(session->Model().queryMicroseconds);
-    if (FoldCase(language) != L"wql")
-        return Result(WBEM_E_INVALID_QUERY_TYPE);
-    if (const int32_t status = session->PlannedFailure(text); status != 0)
-        return status;
-    auto query = ParseWql(text);
-    if (!query)
-        return Result(WBEM_E_INVALID_QUERY);
-    WmiRows rows;
-    const HRESULT result = session->Select(*query, system.Get(), rows);
-    if (SUCCEEDED(result))
-        *target = new WmiEnumerator(std::make_shared<const WqlQuery>(std::move(*query)), std::move(rows));
-    return result;
+    WmiAnswer answer = Answer(*session, system.Get(), language, text);
+    const bool isLater = (flags & WBEM_FLAG_RETURN_IMMEDIATELY) != 0;
+    if (!isLater)
+        WaitUntil(answer.ready);
+    // An error that WMI finds while it works on the query is reported with the first row.
+    if (answer.status != WBEM_S_NO_ERROR && !(isLater && FAILED(answer.status)))
+        return answer.status;
+    *target = new WmiEnumerator(std::move(answer));
+    return WBEM_S_NO_ERROR;
 }
 
-/// Sleeping is only exact to some milliseconds, so the last part is spent in a loop.
 void Wait(uint32_t microseconds)
 {
-    using Clock = std::chrono::steady_clock;
-    constexpr auto inexact = std::chrono::milliseconds(2);
-    const auto end = Clock::now() + std::chrono::microseconds(microseconds);
-    if (const auto left = end - Clock::now(); left > 2 * inexact)
-        std::this_thread::sleep_for(left - inexact);
-    while (Clock::now() < end) {
-    }
+    WaitUntil(Clock::now() + std::chrono::microseconds(microseconds));
 }
 
 } // namespace orvel::simulation

@@ -20,8 +20,8 @@ public:
     /// The rows of a class that the query wants. Fails for an unknown class.
     HRESULT Select(const WqlQuery& query, IWbemServices* systemServices, WmiRows& rows) const;
 
-    /// Counts the query for every failure entry that its text matches; the status of the first that applies, or 0.
-    int32_t PlannedFailure(const std::wstring& text);
+    /// Counts the query for every failure entry that its text matches; the first that applies, or null.
+    const WmiFailure* PlannedFailure(const std::wstring& text);
 
     /// Connects to the computer's own WMI if the rows come from there; otherwise there is nothing to connect to.
     HRESULT ConnectSystem(BSTR name, Microsoft::WRL::ComPtr<IWbemServices>& services) const;

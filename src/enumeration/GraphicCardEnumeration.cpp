@@ -3,6 +3,7 @@
 #include <exception>
 #include <memory>
 
+#include "WMISession.h"
 #include "enumeration/GraphicCardList.h"
 #include "system/ErrorText.h"
 #include "system/FloatingPoint.h"
@@ -31,6 +32,7 @@ void GraphicCardEnumeration::QueryGraphicCards()
     const std::shared_ptr<BaseGraphicCard> intel = std::make_shared<Intel>();
     const std::shared_ptr<BaseGraphicCard> amd = std::make_shared<AMD>();
     const std::shared_ptr<BaseGraphicCard> nvidia = std::make_shared<Nvidia>();
+    const wmi::WMISession session; // what one vendor has asked, the next need not ask again
     for (const auto& vendor : {intel, nvidia, amd}) {
         try {
             vendor->QueryInfo(*list);

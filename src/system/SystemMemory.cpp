@@ -15,9 +15,18 @@ namespace {
 
 constexpr uint32_t unknownMemoryType = 2;
 
-/// Runs a query on the memory modules; a failure is thrown as its status.
+constexpr wchar_t memoryTypes[] = L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory";
+constexpr wchar_t speeds[] = L"SELECT Speed FROM Win32_PhysicalMemory";
+constexpr wchar_t totalWidths[] = L"SELECT TotalWidth FROM Win32_PhysicalMemory";
+
+/// Runs a query on the memory modules; a failure is thrown as its status. Each adapter needs all three, so WMI gets them
+/// together.
 void QueryModules(wmi::WMIClient& client, const wchar_t* wql)
 {
+    client.Prepare(wql);
+    for (const wchar_t* other : {memoryTypes, speeds, totalWidths}) {
+        client.Prepare(other);
+    }
     if (const long status = client.Query(wql); status != 0) {
         throw status;
     }
@@ -43,14 +52,14 @@ uint32_t FirstNonZero(wmi::WMIClient& modules, const wchar_t* property, uint32_t
 uint32_t GetMemoryType()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModules(client, L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory");
+    QueryModules(client, memoryTypes);
     return FirstNonZero(client, L"SMBIOSMemoryType", unknownMemoryType);
 }
 
 float GetMemorySpeed()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModules(client, L"SELECT Speed FROM Win32_PhysicalMemory");
+    QueryModules(client, speeds);
     float fastest = 0.0F;
     float speed = 0.0F;
     while (client.GetNext() && client.GetValue(L"Speed", speed) == 0) {
@@ -62,7 +71,7 @@ float GetMemorySpeed()
 uint32_t GetTotalWidth()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModules(client, L"SELECT TotalWidth FROM Win32_PhysicalMemory");
+    QueryModules(client, totalWidths);
     return FirstNonZero(client, L"TotalWidth", 0);
 }
 

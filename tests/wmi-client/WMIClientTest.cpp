@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <objbase.h>
+#include <wbemidl.h>
 
 #include <doctest/doctest.h>
 
@@ -125,7 +126,7 @@ TEST_CASE("A computer's own query without rows succeeds and gives none")
     CHECK_FALSE(client.GetNext());
 }
 
-TEST_CASE("A failed connection throws nothing and is told by every query")
+TEST_CASE("A failed connection throws nothing, and each query of the client fails with its status")
 {
     Simulate({{"wmi", {{"connect", "0x80041003"}, {"classes", {{"Thing", Json::array({{{"P", 1}}})}}}}}});
     WMIClient client(cimv2);
@@ -232,7 +233,9 @@ TEST_CASE("Clients that live at the same time share one connection, which the la
     {
         auto first = std::make_unique<WMIClient>(cimv2);
         WMIClient second(cimv2);
-        CHECK(Only(Trace(), "wmi") == std::vector{connectToCimv2});
+        REQUIRE(first->Query(L"SELECT * FROM NoSuchClass") != 0);
+        REQUIRE(second.Query(L"SELECT * FROM NoSuchClass") != 0);
+        CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2});
         first.reset();
         CHECK(Live()["wmi"] == 1);
         CHECK(second.Query(L"SELECT P FROM Thing") == 0);
@@ -258,14 +261,21 @@ TEST_CASE("Clients that share a connection keep their rows apart")
     CHECK(first.GetNext());
 }
 
-TEST_CASE("A client that comes after the last one has gone connects anew")
+TEST_CASE("A client that comes after the last one has gone connects again")
 {
     Simulate(Rows(Json::array({{{"P", 1}}})));
-    const std::string disconnect = "wmi disconnect";
-    WMIClient{cimv2};
-    WMIClient{cimv2};
-    CHECK(Only(Trace(), "wmi") == std::vector{connectToCimv2, disconnect, connectToCimv2, disconnect});
+    WMIClient{cimv2}.Query(L"SELECT P FROM Thing");
+    WMIClient{cimv2}.Query(L"SELECT P FROM Thing");
+    CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToCimv2});
+    CHECK(Only(Trace(), "wmi disconnect").size() == 2);
     CHECK(Live()["wmi"] == 0);
+}
+
+TEST_CASE("A client that queries nothing does not connect")
+{
+    Simulate(Rows(Json::array({{{"P", 1}}})));
+    WMIClient{cimv2};
+    CHECK(Only(Trace(), "wmi").empty());
 }
 
 TEST_CASE("Another namespace gets a connection of its own")
@@ -276,6 +286,9 @@ TEST_CASE("Another namespace gets a connection of its own")
         WMIClient first(cimv2);
         WMIClient other(L"\\\\.\\root\\wmi");
         WMIClient same(cimv2);
+        for (WMIClient* client : {&first, &other, &same}) {
+            REQUIRE(client->Query(L"SELECT * FROM NoSuchClass") != 0);
+        }
         CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToWmi});
         CHECK(Live()["wmi"] == 2);
     }
@@ -287,15 +300,16 @@ TEST_CASE("Another thread gets a connection of its own")
     Simulate(Rows(Json::array({{{"P", 1}}})));
     {
         WMIClient first(cimv2);
+        REQUIRE(first.Query(L"SELECT * FROM NoSuchClass") != 0);
         int connections = 0;
         long status = -1;
         RunIn(COINIT_MULTITHREADED, [&] {
             WMIClient other(cimv2);
+            status = other.Query(L"SELECT * FROM NoSuchClass");
             connections = Live()["wmi"];
-            status = other.Query(L"SELECT P FROM Thing");
         });
         CHECK(connections == 2);
-        CHECK(status == 0);
+        CHECK(status == static_cast<long>(0x80041010));
         CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToCimv2});
         CHECK(Live()["wmi"] == 1);
         CHECK(first.Query(L"SELECT P FROM Thing") == 0);
@@ -303,16 +317,55 @@ TEST_CASE("Another thread gets a connection of its own")
     CHECK(Live()["wmi"] == 0);
 }
 
-TEST_CASE("A failed connection is tried anew by the next client")
+TEST_CASE("After a failed connection the next client connects again")
 {
     Simulate({{"wmi", {{"connect", "0x80041003"}}}});
     WMIClient first(cimv2);
     WMIClient second(cimv2);
+    CHECK(first.Query(L"SELECT P FROM Thing") == static_cast<long>(0x80041003));
+    CHECK(second.Query(L"SELECT P FROM Thing") == static_cast<long>(0x80041003));
     CHECK(Only(Trace(), "wmi connect") == std::vector{connectToCimv2, connectToCimv2});
     Simulate(Rows(Json::array({{{"P", 1}}})));
     WMIClient third(cimv2);
     CHECK(third.Query(L"SELECT P FROM Thing") == 0);
     CHECK(first.Query(L"SELECT P FROM Thing") == static_cast<long>(0x80041003));
+}
+
+TEST_CASE("The waits for a connection, an answer and a row have a limit")
+{
+    Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
+    WMIClient client(cimv2);
+    REQUIRE(client.Query(L"SELECT P FROM Thing") == 0);
+    while (client.GetNext()) {
+    }
+    CHECK(Only(Trace(), "wmi").size() == 5); // connection, query and three steps
+    for (const std::string& call : Trace()) {
+        CHECK(call.find("without a limit") == std::string::npos);
+    }
+}
+
+TEST_CASE("No answer in time is a failed query")
+{
+    Simulate({{"wmi",
+               {{"classes", {{"Thing", Json::array({{{"P", 1}}})}}},
+                {"failures", Json::array({{{"contains", "Thing"}, {"row", 1}, {"status", "0x00040004"}}})}}}});
+    WMIClient client(cimv2);
+    CHECK(client.Query(L"SELECT P FROM Thing") == WBEM_S_TIMEDOUT);
+    CHECK_FALSE(client.GetNext());
+}
+
+TEST_CASE("A row that WMI cannot give ends the rows")
+{
+    Simulate({{"wmi",
+               {{"classes", {{"Thing", {{{"P", 1}}, {{"P", 2}}, {{"P", 3}}}}}},
+                {"failures", Json::array({{{"contains", "Thing"}, {"row", 2}, {"status", "0x80041001"}}})}}}});
+    WMIClient client(cimv2);
+    REQUIRE(client.Query(L"SELECT P FROM Thing") == 0);
+    CHECK(client.GetNext());
+    CHECK_FALSE(client.GetNext());
+    uint32_t number = 7;
+    CHECK(client.GetValue(L"P", number) != 0);
+    CHECK(number == 7);
 }
 
 TEST_CASE("On a thread without COM every query fails with COM's own status")

@@ -18,19 +18,24 @@ namespace orvel::shared::wmi {
 
 /// Runs WQL queries on one WMI namespace and reads the rows of the last one.
 ///
-/// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure. Nothing is thrown but
-/// std::bad_alloc when memory is exhausted, by the constructor and where a text is made.
-/// A client belongs to the thread that made it, and that thread must have initialised COM. Clients of one thread and
-/// namespace that live at the same time share one connection, which the last of them closes.
+/// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure; nothing is thrown but
+/// std::bad_alloc. WMI has two minutes for a connection, for a query's answer and for each further row; no answer is a
+/// failure. A client belongs to the thread that made it, and that thread must have initialised COM. Clients of one thread
+/// and namespace that live at the same time share one connection, which the last of them closes. See WMISession for clients
+/// that share answers too.
 class ORVEL_WMI_CLIENT_API WMIClient {
 public:
-    /// Connects to a namespace such as L"\\\\.\\root\\cimv2". A failed connection is told by every Query; the next client
-    /// tries anew.
+    /// A client of a namespace such as L"\\\\.\\root\\cimv2". It connects at its first query. Where that fails, each of its
+    /// queries fails with the connection's status; the next client tries again.
     explicit WMIClient(const wchar_t* namespacePath);
     WMIClient(const WMIClient&) = delete;
     WMIClient& operator=(const WMIClient&) = delete;
     /// Releases the result set, and the connection where no other client holds it.
     virtual ~WMIClient();
+
+    /// Sends a query whose answer a Query of the same text waits for later, so that WMI can work on several at the same
+    /// time. Does nothing where no WMISession is open on this thread, or has the answer. A failure is that Query's.
+    void Prepare(const wchar_t* wql);
 
     /// Runs a WQL text and waits for WMI's verdict on it, so that a wrong text or class fails here. The former result set
     /// goes; no row is current afterwards. A failed query leaves no result set.

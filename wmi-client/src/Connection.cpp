@@ -1,11 +1,11 @@
 #include "Connection.h"
 
-#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <vector>
 
 #include "BasicString.h"
+#include "ThisThread.h"
 
 namespace orvel::shared::wmi {
 
@@ -22,18 +22,14 @@ struct OpenConnection {
 std::mutex openConnectionsMutex;
 std::vector<OpenConnection> openConnections; // not thread_local: a thread's destructors keep the DLL loaded until its end
 
-/// A number that no other thread has or had, unlike the system's, which come again.
-uint64_t ThisThread()
+/// Lets WMI act for the caller. An in-process object has no proxy and refuses, which is harmless.
+void AllowImpersonation(IUnknown* proxy)
 {
-    static std::atomic<uint64_t> threads;
-    thread_local uint64_t number = 0;
-    if (number == 0) {
-        number = ++threads;
-    }
-    return number;
+    ::CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
+                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
 }
 
-HRESULT Connect(const wchar_t* namespacePath, ComPtr<IWbemServices>& services)
+HRESULT Connect(const std::wstring& namespacePath, ComPtr<IWbemServices>& services)
 {
     ComPtr<IWbemLocator> locator;
     HRESULT status = ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
@@ -41,8 +37,9 @@ HRESULT Connect(const wchar_t* namespacePath, ComPtr<IWbemServices>& services)
     if (FAILED(status)) {
         return status;
     }
-    status = locator->ConnectServer(BasicString(namespacePath), nullptr, nullptr, nullptr, 0, nullptr, nullptr,
-                                    services.GetAddressOf());
+    // With the flag it waits two minutes at most, without it for ever.
+    status = locator->ConnectServer(BasicString(namespacePath.c_str()), nullptr, nullptr, nullptr,
+                                    WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, services.GetAddressOf());
     if (status != WBEM_S_NO_ERROR) {
         services.Reset();
         return status;
@@ -70,13 +67,11 @@ std::shared_ptr<const Connection> FindOpen(uint64_t thread, const std::wstring& 
 
 } // namespace
 
-Connection::Connection(const wchar_t* namespacePath)
-    : path(namespacePath ? namespacePath : L""), status(Connect(namespacePath, services))
-{}
+Connection::Connection(const std::wstring& namespacePath) : path(namespacePath), status(Connect(namespacePath, services)) {}
 
-std::shared_ptr<const Connection> Connection::To(const wchar_t* namespacePath)
+std::shared_ptr<const Connection> Connection::To(const std::wstring& namespacePath)
 {
-    if (auto open = FindOpen(ThisThread(), namespacePath ? namespacePath : L"")) {
+    if (auto open = FindOpen(ThisThread(), namespacePath)) {
         return open;
     }
     auto connection = std::make_shared<const Connection>(namespacePath);
@@ -87,10 +82,24 @@ std::shared_ptr<const Connection> Connection::To(const wchar_t* namespacePath)
     return connection;
 }
 
-void AllowImpersonation(IUnknown* proxy)
+std::shared_ptr<ResultSet> Connection::Send(const wchar_t* wql) const
 {
-    ::CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
-                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
+    if (!services) {
+        return std::make_shared<ResultSet>(status, nullptr);
+    }
+    // WMI returns at once and works on its own threads: only then can the wait for the answer have a limit.
+    ComPtr<IEnumWbemClassObject> rows;
+    const HRESULT sent =
+        services->ExecQuery(BasicString(L"WQL"), BasicString(wql), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY,
+                            nullptr, rows.GetAddressOf());
+    if (sent != WBEM_S_NO_ERROR) {
+        return std::make_shared<ResultSet>(sent, nullptr);
+    }
+    if (!rows) {
+        return std::make_shared<ResultSet>(WBEM_E_FAILED, nullptr);
+    }
+    AllowImpersonation(rows.Get());
+    return std::make_shared<ResultSet>(WBEM_S_NO_ERROR, std::move(rows));
 }
 
 } // namespace orvel::shared::wmi

@@ -6,6 +6,8 @@
 #include <wbemidl.h>
 #include <wrl/client.h>
 
+#include "ResultSet.h"
+
 namespace orvel::shared::wmi {
 
 /// A connection to one WMI namespace, closed with its last owner.
@@ -13,13 +15,14 @@ class Connection {
 public:
     /// The connection that is open to the namespace on this thread, or else a new one. A failed one is given to its caller
     /// only: the next caller tries anew.
-    static std::shared_ptr<const Connection> To(const wchar_t* namespacePath);
+    static std::shared_ptr<const Connection> To(const std::wstring& namespacePath);
 
-    explicit Connection(const wchar_t* namespacePath);
+    explicit Connection(const std::wstring& namespacePath);
+
+    /// Sends a query. It does not wait for the answer; a failed connection is one.
+    std::shared_ptr<ResultSet> Send(const wchar_t* wql) const;
 
     const std::wstring& Path() const { return path; }
-    /// 0, or why there are no services.
-    HRESULT Status() const { return status; }
     /// Null after a failure.
     IWbemServices* Services() const { return services.Get(); }
 
@@ -28,8 +31,5 @@ private:
     Microsoft::WRL::ComPtr<IWbemServices> services;
     HRESULT status; // after the services, which it is made with
 };
-
-/// Lets WMI act for the caller. An in-process object has no proxy and refuses, which is harmless.
-void AllowImpersonation(IUnknown* proxy);
 
 } // namespace orvel::shared::wmi

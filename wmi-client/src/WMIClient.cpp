@@ -3,8 +3,9 @@
 #include <wbemidl.h>
 #include <wrl/client.h>
 
-#include "BasicString.h"
 #include "Connection.h"
+#include "ResultSet.h"
+#include "SessionMemory.h"
 
 namespace orvel::shared::wmi {
 
@@ -29,38 +30,66 @@ bool IsUnsignedInSignedVariant(CIMTYPE type, const VARIANT& value)
 } // namespace
 
 struct WMIClient::State {
-    std::shared_ptr<const wmi::Connection> Connection;
-    ComPtr<IEnumWbemClassObject> Rows;
+    std::wstring Path;
+    std::shared_ptr<const Connection> Connected; ///< null before the first query that has to ask WMI
+    std::shared_ptr<ResultSet> Rows;
+    std::size_t NextRow = 0;
     ComPtr<IWbemClassObject> Row;
+
+    /// Sends a query that no earlier one has answered.
+    std::shared_ptr<ResultSet> Send(const wchar_t* wql, SessionMemory* session);
 };
+
+std::shared_ptr<ResultSet> WMIClient::State::Send(const wchar_t* wql, SessionMemory* session)
+{
+    if (!Connected) {
+        Connected = Connection::To(Path);
+    }
+    if (session && Connected->Services()) {
+        session->Keep(Connected);
+    }
+    return Connected->Send(wql);
+}
 
 WMIClient::WMIClient(const wchar_t* namespacePath) : state(std::make_unique<State>())
 {
-    state->Connection = Connection::To(namespacePath);
+    state->Path = namespacePath ? namespacePath : L"";
 }
 
 WMIClient::~WMIClient() = default;
 
+void WMIClient::Prepare(const wchar_t* wql)
+{
+    SessionMemory* const session = SessionMemory::OfThisThread();
+    if (!session || session->Find(state->Path, wql)) {
+        return;
+    }
+    auto rows = state->Send(wql, session);
+    if (state->Connected->Services()) { // a failed connection is this client's alone
+        session->Remember(state->Path, wql, std::move(rows));
+    }
+}
+
 long WMIClient::Query(const wchar_t* wql)
 {
     state->Row.Reset();
-    state->Rows.Reset();
-    IWbemServices* const services = state->Connection->Services();
-    if (!services) {
-        return state->Connection->Status();
+    state->Rows.reset();
+    SessionMemory* const session = SessionMemory::OfThisThread();
+    auto rows = session ? session->Find(state->Path, wql) : nullptr;
+    if (!rows) {
+        rows = state->Send(wql, session);
     }
-    // Without WBEM_FLAG_RETURN_IMMEDIATELY: a bad text or class has to fail here, not at the first row.
-    const HRESULT status = services->ExecQuery(BasicString(L"WQL"), BasicString(wql), WBEM_FLAG_FORWARD_ONLY, nullptr,
-                                               state->Rows.ReleaseAndGetAddressOf());
-    if (status != WBEM_S_NO_ERROR) {
-        state->Rows.Reset();
-        return status;
+    const HRESULT status = rows->Await();
+    if (session && status == 0) {
+        session->Remember(state->Path, wql, rows);
+    } else if (session) {
+        session->Forget(rows);
     }
-    if (!state->Rows) {
-        return WBEM_E_FAILED;
+    if (status == 0) {
+        state->Rows = std::move(rows);
+        state->NextRow = 0;
     }
-    AllowImpersonation(state->Rows.Get());
-    return 0;
+    return status;
 }
 
 bool WMIClient::GetNext()
@@ -69,10 +98,11 @@ bool WMIClient::GetNext()
     if (!state->Rows) {
         return false;
     }
-    ULONG returned = 0;
-    const HRESULT status = state->Rows->Next(WBEM_INFINITE, 1, state->Row.GetAddressOf(), &returned);
-    if (status != WBEM_S_NO_ERROR || returned == 0) {
-        state->Row.Reset();
+    state->Row = state->Rows->At(state->NextRow);
+    if (state->Row) {
+        ++state->NextRow;
+    } else if (SessionMemory* const session = SessionMemory::OfThisThread(); session && state->Rows->HasFailed()) {
+        session->Forget(state->Rows);
     }
     return state->Row != nullptr;
 }
