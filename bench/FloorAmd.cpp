@@ -4,9 +4,10 @@
 #include <cwchar>
 
 #include "FloorOpenCl.h"
-#include "FloorRegistry.h"
 #include "FloorSystem.h"
 #include "FloorWmi.h"
+#include "system/DisplayRegistry.h"
+#include "system/PciBusNumber.h"
 #include "vendors/amd/AdlTypes.h"
 #include "vendors/amd/AdlxInterfaces.h"
 
@@ -106,7 +107,6 @@ struct Gpu {
     const char* Name = "";
     const char* DeviceId = "";
     wchar_t WideName[256] = L"";
-    wchar_t WideDeviceId[5] = L"";
     int32_t Adapter = 0;
 };
 
@@ -121,7 +121,6 @@ void ReadIdentity(IADLXGPU& object, const Adlx& adlx, Gpu& gpu)
     object.TotalVRAM(&mebibytes);
     adlx.Mapping->AdlAdapterIndexFromADLXGPU(&object, &gpu.Adapter);
     ::MultiByteToWideChar(CP_UTF8, 0, gpu.Name, -1, gpu.WideName, 256);
-    ::MultiByteToWideChar(CP_UTF8, 0, gpu.DeviceId, -1, gpu.WideDeviceId, 5);
 }
 
 void ReadAdl(const Adl& adl, int adapter)
@@ -152,7 +151,7 @@ void ReadMetrics(IADLXPerformanceMonitoringServices& services, IADLXGPU& object,
     adl.ReadCores(adapter);
 }
 
-void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi)
+void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi, AdapterRegistry& registry)
 {
     for (const wchar_t* property :
          {L"Availability", L"ConfigManagerErrorCode", L"ConfigManagerUserConfig", L"CurrentHorizontalResolution",
@@ -160,7 +159,7 @@ void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi
         row.Read(property);
     }
     ReadComposition();
-    ReadBusNumber("1002", gpu.DeviceId);
+    GetBusIdFromRegistry("1002", gpu.DeviceId, registry);
     ReadDevice(opencl, gpu.Name, amdVendor, CL_DEVICE_NAME);
     ReadMemorySpeed(wmi);
     ReadSharedMemory();
@@ -169,13 +168,13 @@ void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi
     ReadMemoryType(wmi);
     ReadTotalWidth(wmi);
     row.Read(L"DriverDate");
-    ReadBiosText(L"1002", gpu.WideDeviceId);
+    GetBiosString("1002", gpu.DeviceId, registry);
     for (const wchar_t* property : {L"Name", L"AdapterRAM", L"Status"}) {
         row.Read(property);
     }
 }
 
-void ReadRows(const Gpu& gpu, HMODULE opencl, FloorWmi& wmi)
+void ReadRows(const Gpu& gpu, HMODULE opencl, FloorWmi& wmi, AdapterRegistry& registry)
 {
     wchar_t wql[512];
     std::swprintf(wql, std::size(wql),
@@ -183,7 +182,7 @@ void ReadRows(const Gpu& gpu, HMODULE opencl, FloorWmi& wmi)
                   gpu.WideName);
     FloorRows rows(wmi, wql);
     while (rows.Next()) {
-        ReadRow(rows, gpu, opencl, wmi);
+        ReadRow(rows, gpu, opencl, wmi, registry);
     }
 }
 
@@ -191,6 +190,7 @@ void ReadGpus(const Adl& adl, const Adlx& adlx, HMODULE opencl, FloorWmi& wmi)
 {
     AdlxPtr<IADLXGPUList> gpus;
     adlx.System->GetGPUs(gpus.Receive());
+    AdapterRegistry registry;
     for (uint32_t index = 0; index < gpus->Size(); ++index) {
         AdlxPtr<IADLXGPU> object;
         gpus->At_GPUList(index, object.Receive());
@@ -200,7 +200,7 @@ void ReadGpus(const Adl& adl, const Adlx& adlx, HMODULE opencl, FloorWmi& wmi)
         adlx.System->GetPerformanceMonitoringServices(monitoring.Receive());
         ReadAdl(adl, gpu.Adapter);
         ReadMetrics(*monitoring, *object, adl, gpu.Adapter);
-        ReadRows(gpu, opencl, wmi);
+        ReadRows(gpu, opencl, wmi, registry);
     }
 }
 

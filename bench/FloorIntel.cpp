@@ -3,32 +3,33 @@
 #include <cwchar>
 
 #include "FloorOpenCl.h"
-#include "FloorRegistry.h"
 #include "FloorSystem.h"
 #include "FloorWmi.h"
+#include "system/DisplayRegistry.h"
+#include "system/PciBusNumber.h"
 
 namespace orvel::bench {
 
 namespace {
+
+using namespace shared::enumeration;
 
 constexpr cl_uint intelVendor = 0x8086;
 
 /// What the calls of one adapter hang on.
 struct Adapter {
     char DeviceId[5] = "";
-    wchar_t WideDeviceId[5] = L"";
     char Name[256] = "";
 };
 
-void ReadIdentity(const FloorRows& row, Adapter& adapter)
+void ReadIdentity(const FloorRows& row, AdapterRegistry& registry, Adapter& adapter)
 {
     Value pnpDeviceId;
     row.Read(L"PNPDeviceID", pnpDeviceId);
     for (int index = 0; index < 4; ++index) {
-        adapter.WideDeviceId[index] = pnpDeviceId.Text()[17 + index];
-        adapter.DeviceId[index] = static_cast<char>(adapter.WideDeviceId[index]);
+        adapter.DeviceId[index] = static_cast<char>(pnpDeviceId.Text()[17 + index]);
     }
-    ReadBusNumber("8086", adapter.DeviceId);
+    GetBusIdFromRegistry("8086", adapter.DeviceId, registry);
     Value name;
     row.Read(L"Name", name);
     ::WideCharToMultiByte(CP_UTF8, 0, name.Text(), -1, adapter.Name, sizeof(adapter.Name), nullptr, nullptr);
@@ -45,7 +46,8 @@ void ReadFillRates(HMODULE opencl, FloorWmi& wmi, const Adapter& adapter)
     ReadTotalWidth(wmi);
 }
 
-void ReadClocksAndMemory(const FloorRows& row, HMODULE opencl, FloorWmi& wmi, const Adapter& adapter)
+void ReadClocksAndMemory(const FloorRows& row, HMODULE opencl, FloorWmi& wmi, AdapterRegistry& registry,
+                         const Adapter& adapter)
 {
     row.Read(L"AdapterDACType");
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_CLOCK_FREQUENCY);
@@ -59,7 +61,7 @@ void ReadClocksAndMemory(const FloorRows& row, HMODULE opencl, FloorWmi& wmi, co
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_COMPUTE_UNITS);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_COMPUTE_UNITS);
     row.Read(L"DriverDate");
-    ReadBiosText(L"8086", adapter.WideDeviceId);
+    GetBiosString("8086", adapter.DeviceId, registry);
     ReadMemoryType(wmi);
     ReadTotalWidth(wmi);
 }
@@ -86,12 +88,13 @@ void RunIntelFloor(FloorWmi& wmi)
         bios.Next();
         bios.Read(L"SerialNumber");
     }
+    shared::enumeration::AdapterRegistry registry;
     FloorRows rows(wmi, L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'");
     while (rows.Next()) {
         Adapter adapter;
-        ReadIdentity(rows, adapter);
+        ReadIdentity(rows, registry, adapter);
         ReadFillRates(opencl.get(), wmi, adapter);
-        ReadClocksAndMemory(rows, opencl.get(), wmi, adapter);
+        ReadClocksAndMemory(rows, opencl.get(), wmi, registry, adapter);
         ReadCommonProperties(rows);
     }
 }

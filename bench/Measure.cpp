@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 
 #include <windows.h>
@@ -22,7 +23,6 @@ using Trace = std::vector<std::string>;
 
 constexpr int warmUpRuns = 10;
 constexpr int modelledRuns = 3;
-constexpr double vendors = 3;
 
 HMODULE Simulation()
 {
@@ -157,7 +157,9 @@ Figures MeasureMachine(const Machine& machine)
 
     Simulate(WithLatency(machine.Json));
     figures.Modelled = MedianOf(modelledRuns, [] { RunProduct(); });
-    figures.Ideal = vendors * connectionMicroseconds + static_cast<double>(figures.Queries) * queryMicroseconds;
+    const std::set<std::string> distinct(trace.begin(), trace.end());
+    const auto questions = CountOf({distinct.begin(), distinct.end()}, "wmi query");
+    figures.Ideal = connectionMicroseconds + static_cast<double>(questions) * queryMicroseconds;
     return figures;
 }
 

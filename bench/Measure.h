@@ -18,7 +18,7 @@ struct Figures {
     size_t Connections = 0;
     size_t Queries = 0;
     double Modelled = 0; ///< one enumeration where WMI takes its time
-    double Ideal = 0;    ///< what WMI alone takes then, with one connection for each of the three vendors
+    double Ideal = 0;    ///< one connection and each distinct query once, one after another
     bool HasSameTrace = false;
 };
 

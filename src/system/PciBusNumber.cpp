@@ -33,15 +33,21 @@ std::optional<std::string> SubkeyName(HKEY key, DWORD index)
     return std::string(name, characters);
 }
 
-std::vector<std::string> DeviceKeys(HKEY root, const std::string& vendorId, const std::string& deviceId)
+/// The names of all device keys, read once; null, and the reason in `status`, when their root cannot be opened.
+const std::vector<std::string>* DeviceKeys(AdapterRegistry& registry, LSTATUS& status)
 {
-    std::vector<std::string> names;
-    for (DWORD index = 0; const auto name = SubkeyName(root, index); ++index) {
-        if (name->find(vendorId) != std::string::npos && name->find(deviceId) != std::string::npos) {
-            names.push_back(*name);
-        }
+    if (registry.PciDevices) {
+        return &*registry.PciDevices;
     }
-    return names;
+    const RegistryKey root = OpenKey(pciRoot, status);
+    if (!root) {
+        return nullptr;
+    }
+    auto& names = registry.PciDevices.emplace();
+    for (DWORD index = 0; auto name = SubkeyName(root.get(), index); ++index) {
+        names.push_back(std::move(*name));
+    }
+    return &names;
 }
 
 /// "LocationInformation" up to its first NUL.
@@ -78,20 +84,29 @@ std::optional<std::string> LocationOfDevice(const std::string& deviceKey)
 
 } // namespace
 
-int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId)
+int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId, AdapterRegistry& registry)
 {
     LSTATUS status = ERROR_SUCCESS;
-    const RegistryKey root = OpenKey(pciRoot, status);
-    if (!root) {
+    const auto* const devices = DeviceKeys(registry, status);
+    if (!devices) {
         PLOGW << "Failed to get Bus ID from registry. Error code: " << status;
         return 0;
     }
-    for (const std::string& device : DeviceKeys(root.get(), vendorId, deviceId)) {
+    for (const std::string& device : *devices) {
+        if (device.find(vendorId) == std::string::npos || device.find(deviceId) == std::string::npos) {
+            continue;
+        }
         if (const auto location = LocationOfDevice(device)) {
             return ToInt(BusDigits(*location));
         }
     }
     return 0;
+}
+
+int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId)
+{
+    AdapterRegistry registry;
+    return GetBusIdFromRegistry(vendorId, deviceId, registry);
 }
 
 } // namespace orvel::shared::enumeration

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "system/AdapterRegistry.h"
+
 namespace orvel::shared::enumeration {
 
 /// PCI bus number of an adapter, from the registry's Plug and Play keys; 0 when the adapter is not found there. The
@@ -11,6 +13,10 @@ namespace orvel::shared::enumeration {
 /// The first device key whose first instance has a "LocationInformation" decides, so two equal adapters get the same number.
 /// Throws std::invalid_argument ("invalid stoi argument") when that text holds no location, and std::out_of_range ("stoi
 /// argument out of range") when its bus is too large a number.
+/// What the search reads of the device keys' names is kept in `registry`.
+int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId, AdapterRegistry& registry);
+
+/// The same with a registry that is read for this search alone.
 int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId);
 
 } // namespace orvel::shared::enumeration

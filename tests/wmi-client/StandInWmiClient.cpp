@@ -5,8 +5,15 @@
 #include <string>
 
 #include "WMIClient.h"
+#include "WMISession.h"
 
 namespace orvel::shared::wmi {
+
+class SessionMemory {};
+
+WMISession::WMISession() = default;
+
+WMISession::~WMISession() = default;
 
 struct WMIClient::State {
     std::wstring Query;
@@ -16,6 +23,8 @@ struct WMIClient::State {
 WMIClient::WMIClient(const wchar_t*) : state(std::make_unique<State>()) {}
 
 WMIClient::~WMIClient() = default;
+
+void WMIClient::Prepare(const wchar_t*) {}
 
 long WMIClient::Query(const wchar_t* wql)
 {

@@ -62,7 +62,7 @@ void AMD::QueryInfo(GraphicCardList& list)
         PLOGE << "Failed to get SerialNumber from Win32_Bios";
         return;
     }
-    Sources sources{client, opencl, adl, {}};
+    Sources sources{client, opencl, adl, {}, {}};
     client.GetNext();
     ReadText(client, L"SerialNumber", sources.SerialNumber);
 
@@ -91,7 +91,7 @@ bool AMD::InitializeAdlx(const ADLWrapper& adl) const
     return false;
 }
 
-AMD::Walk AMD::ReadGpus(const Sources& sources, GraphicCardList& list) const
+AMD::Walk AMD::ReadGpus(Sources& sources, GraphicCardList& list) const
 {
     AdlxPtr<IADLXGPUList> gpus;
     IADLXSystem* system = Adlx().GetSystemServices();
@@ -147,7 +147,7 @@ void AMD::ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& car
     card.EccDoubleBitErrors = adl.GetEccDoubleBitErrors(adapter);
 }
 
-AMD::Walk AMD::ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList& list) const
+AMD::Walk AMD::ReadRows(const Gpu& gpu, Sources& sources, GraphicCardList& list) const
 {
     wmi::WMIClient& row = sources.Client;
     if (row.Query(ToUtf16(AmdAdapterQuery(gpu.Card.CardName)).c_str()) != 0) {
@@ -157,11 +157,11 @@ AMD::Walk AMD::ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList&
     while (row.GetNext()) {
         GraphicCardProperties card = gpu.Card;
         ReadStatusAndDisplay(row, card);
-        ReadMachine(gpu, sources.OpenCl, card);
+        ReadMachine(gpu, sources, card);
         if (!ReadText(row, L"DriverDate", card.DriverReleaseDate)) {
             ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
         }
-        card.BiosVersion = GetBiosString(gpu.VendorId, card.DeviceId);
+        card.BiosVersion = GetBiosString(gpu.VendorId, card.DeviceId, sources.Registry);
         card.AdapterName = GetAdapterName(row);
         card.AdapterRam = GetAdapterRam(row);
         card.AdapterStatus = GetAdapterStatus(row);
@@ -184,10 +184,10 @@ void AMD::ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card)
 }
 
 // Intended: memory clock, type and bandwidth are those of the machine's memory.
-void AMD::ReadMachine(const Gpu& gpu, const OpenCLWrapper& opencl, GraphicCardProperties& card) const
+void AMD::ReadMachine(const Gpu& gpu, Sources& sources, GraphicCardProperties& card) const
 {
-    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(gpu.VendorId, card.DeviceId));
-    card.ChipName = opencl.GetDeviceInfoByName(card.CardName, CL_DEVICE_NAME, gpu.VendorId);
+    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(gpu.VendorId, card.DeviceId, sources.Registry));
+    card.ChipName = sources.OpenCl.GetDeviceInfoByName(card.CardName, CL_DEVICE_NAME, gpu.VendorId);
     card.MemoryClockMax = GetMemorySpeed();
     card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedMemorySize(gpu.VendorId, card.DeviceId, card.SubsystemId)));
     card.MemoryType = MemoryTypeNameOrEmpty(GetMemoryType());

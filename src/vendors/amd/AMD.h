@@ -4,6 +4,7 @@
 
 #include "enumeration/BaseGraphicCard.h"
 #include "enumeration/GraphicCardProperties.h"
+#include "system/AdapterRegistry.h"
 #include "system/OpenCLWrapper.h"
 #include "vendors/amd/ADLWrapper.h"
 #include "vendors/amd/AdlxInterfaces.h"
@@ -26,6 +27,7 @@ private:
         const OpenCLWrapper& OpenCl;
         const ADLWrapper& Adl;
         std::string SerialNumber;
+        AdapterRegistry Registry;
     };
 
     /// One GPU as ADLX tells it, with what ADL adds.
@@ -37,12 +39,12 @@ private:
     enum class Walk { Finished, QueryFailed };
 
     bool InitializeAdlx(const ADLWrapper& adl) const;
-    Walk ReadGpus(const Sources& sources, GraphicCardList& list) const;
+    Walk ReadGpus(Sources& sources, GraphicCardList& list) const;
     Gpu ReadGpu(IADLXGPU& gpu, AdlxPtr<IADLXPerformanceMonitoringServices>& services, const Sources& sources) const;
     void ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& card) const;
-    Walk ReadRows(const Gpu& gpu, const Sources& sources, GraphicCardList& list) const;
+    Walk ReadRows(const Gpu& gpu, Sources& sources, GraphicCardList& list) const;
     void ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
-    void ReadMachine(const Gpu& gpu, const OpenCLWrapper& opencl, GraphicCardProperties& card) const;
+    void ReadMachine(const Gpu& gpu, Sources& sources, GraphicCardProperties& card) const;
 };
 
 } // namespace orvel::shared::enumeration

@@ -26,40 +26,38 @@ constexpr char queryInfo[] = "orvel::shared::enumeration::Intel::QueryInfo";
 void Intel::QueryInfo(GraphicCardList& list)
 {
     wmi::WMIClient client(wmiNamespace);
-    const OpenCLWrapper opencl;
+    Sources sources;
     if (client.Query(L"SELECT SerialNumber FROM Win32_Bios") != 0) {
         PLOGE << "Failed to get SerialNumber from Win32_Bios";
         return;
     }
-    std::string serialNumber;
     client.GetNext();
-    ReadText(client, L"SerialNumber", serialNumber);
+    ReadText(client, L"SerialNumber", sources.SerialNumber);
 
     if (client.Query(L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'") != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
         return;
     }
     while (client.GetNext()) {
-        list.Append(MakeRecord(ReadAdapter(client, opencl, serialNumber)));
+        list.Append(MakeRecord(ReadAdapter(client, sources)));
     }
 }
 
 // The sources are asked in a fixed order, which is the order of the log lines too.
-GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& row, const OpenCLWrapper& opencl,
-                                         const std::string& serialNumber) const
+GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& row, Sources& sources) const
 {
     GraphicCardProperties card;
     card.Manufacturer = "Intel";
-    card.GraphicsCardSn = serialNumber;
+    card.GraphicsCardSn = sources.SerialNumber;
     std::string vendorId;
-    ReadIdentity(row, card, vendorId);
-    ReadFillRates(opencl, vendorId, card);
-    ReadClocksAndMemory(row, opencl, vendorId, card);
+    ReadIdentity(row, sources, card, vendorId);
+    ReadFillRates(sources.OpenCl, vendorId, card);
+    ReadClocksAndMemory(row, sources, vendorId, card);
     ReadCommonProperties(row, card);
     return card;
 }
 
-void Intel::ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::string& vendorId) const
+void Intel::ReadIdentity(wmi::WMIClient& row, Sources& sources, GraphicCardProperties& card, std::string& vendorId) const
 {
     std::string pnpDeviceId;
     if (!ReadText(row, L"PNPDeviceID", pnpDeviceId) || pnpDeviceId.empty()) {
@@ -70,7 +68,7 @@ void Intel::ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::
         card.DeviceId = id.Device;
         card.SubsystemId = id.Subsystem;
     }
-    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(vendorId, card.DeviceId));
+    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(vendorId, card.DeviceId, sources.Registry));
     if (!ReadText(row, L"Name", card.CardName)) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Card Name from WMI";
     }
@@ -91,10 +89,12 @@ void Intel::ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendor
     card.TextureFillRate = IntelFillRate(textureClock, GetTotalWidth(), textureArguments, factor);
 }
 
-void Intel::ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl, const std::string& vendorId,
+void Intel::ReadClocksAndMemory(wmi::WMIClient& row, Sources& sources, const std::string& vendorId,
                                 GraphicCardProperties& card) const
 {
-    const auto ask = [&](cl_device_info param) { return opencl.GetDeviceInfoByName(card.CardName, param, vendorId); };
+    const auto ask = [&](cl_device_info param) {
+        return sources.OpenCl.GetDeviceInfoByName(card.CardName, param, vendorId);
+    };
 
     std::string adapterDacType;
     ReadText(row, L"AdapterDACType", adapterDacType);
@@ -116,7 +116,7 @@ void Intel::ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl
     if (!ReadText(row, L"DriverDate", card.DriverReleaseDate)) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
     }
-    card.BiosVersion = GetBiosString(vendorId, card.DeviceId);
+    card.BiosVersion = GetBiosString(vendorId, card.DeviceId, sources.Registry);
     card.MemoryType = MemoryTypeName(GetMemoryType());
     card.MemoryBusWidth = GetTotalWidth();
 }

@@ -4,6 +4,7 @@
 
 #include "enumeration/BaseGraphicCard.h"
 #include "enumeration/GraphicCardProperties.h"
+#include "system/AdapterRegistry.h"
 #include "system/OpenCLWrapper.h"
 
 namespace orvel::shared::enumeration {
@@ -19,11 +20,17 @@ public:
     void QueryInfo(GraphicCardList& list) override;
 
 private:
-    GraphicCardProperties ReadAdapter(wmi::WMIClient& row, const OpenCLWrapper& opencl,
-                                      const std::string& serialNumber) const;
-    void ReadIdentity(wmi::WMIClient& row, GraphicCardProperties& card, std::string& vendorId) const;
+    /// What serves every adapter of a run.
+    struct Sources {
+        OpenCLWrapper OpenCl;
+        AdapterRegistry Registry;
+        std::string SerialNumber;
+    };
+
+    GraphicCardProperties ReadAdapter(wmi::WMIClient& row, Sources& sources) const;
+    void ReadIdentity(wmi::WMIClient& row, Sources& sources, GraphicCardProperties& card, std::string& vendorId) const;
     void ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendorId, GraphicCardProperties& card) const;
-    void ReadClocksAndMemory(wmi::WMIClient& row, const OpenCLWrapper& opencl, const std::string& vendorId,
+    void ReadClocksAndMemory(wmi::WMIClient& row, Sources& sources, const std::string& vendorId,
                              GraphicCardProperties& card) const;
     void ReadCommonProperties(wmi::WMIClient& row, GraphicCardProperties& card) const;
 };

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "system/KnownKey.h"
+
+namespace orvel::shared::enumeration {
+
+/// What the searches for adapters have read of the registry, so that a run reads each key once however many adapters there
+/// are. Each part is empty until a search needs it.
+struct AdapterRegistry {
+    std::optional<std::vector<std::string>> PciDevices; ///< names of the keys of all PCI devices
+    std::optional<KnownKey> Video;                      ///< the display drivers' keys
+};
+
+} // namespace orvel::shared::enumeration
