@@ -137,7 +137,8 @@ TEST_CASE("One body zero-fills under the names of both classes and both compiler
                              "?__autoclassinit2@GraphicCardEnumeration@enumeration@shared@orvel@@QEAAX_K@Z"}) {
         CAPTURE(name);
         const FARPROC body = ::GetProcAddress(library, name);
-        CHECK(body != nullptr);
+        const bool isExported = body != nullptr;
+        CHECK(isExported);
         bodies.insert(body);
     }
     CHECK(bodies.size() == 1);

@@ -332,6 +332,7 @@ TEST_CASE("The platform is asked in the fixed order, the memory modules again fo
         "wmi get Status",
         "wmi get AdapterRAM",
         "wmi get Name",
+        "dwm DwmIsCompositionEnabled",
         "wmi get DriverVersion",
         "wmi get CurrentRefreshRate",
         "wmi get CurrentHorizontalResolution",
