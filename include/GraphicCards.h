@@ -81,7 +81,7 @@ public:
     /// Where a range-for is.
     class Iterator {
     public:
-        Iterator(const GraphicCardEnumeration* cards, size_t index) : cards(cards), index(index) {}
+        Iterator(const GraphicCardEnumeration* of, size_t place) : cards(of), index(place) {}
         GraphicCard operator*() const { return GraphicCard(*cards->get(static_cast<int>(index))); }
         Iterator& operator++()
         {
