@@ -142,8 +142,8 @@ void ReadMetrics(IADLXPerformanceMonitoringServices& services, IADLXGPU& object,
 {
     AdlxPtr<IADLXGPUMetricsSupport> support;
     AdlxPtr<IADLXGPUMetrics> metrics;
-    services.GetSupportedGPUMetrics(&object, support.Receive());
-    services.GetCurrentGPUMetrics(&object, metrics.Receive());
+    support.Receive([&](auto received) { return services.GetSupportedGPUMetrics(&object, received); });
+    metrics.Receive([&](auto received) { return services.GetCurrentGPUMetrics(&object, received); });
     bool isSupported = false;
     support->IsSupportedGPUClockSpeed(&isSupported);
     int32_t megahertz = 0;
@@ -189,15 +189,15 @@ void ReadRows(const Gpu& gpu, HMODULE opencl, FloorWmi& wmi, AdapterRegistry& re
 void ReadGpus(const Adl& adl, const Adlx& adlx, HMODULE opencl, FloorWmi& wmi)
 {
     AdlxPtr<IADLXGPUList> gpus;
-    adlx.System->GetGPUs(gpus.Receive());
+    gpus.Receive([&](auto received) { return adlx.System->GetGPUs(received); });
     AdapterRegistry registry;
     for (uint32_t index = 0; index < gpus->Size(); ++index) {
         AdlxPtr<IADLXGPU> object;
-        gpus->At_GPUList(index, object.Receive());
+        object.Receive([&](auto received) { return gpus->At_GPUList(index, received); });
         Gpu gpu;
         ReadIdentity(*object, adlx, gpu);
         AdlxPtr<IADLXPerformanceMonitoringServices> monitoring;
-        adlx.System->GetPerformanceMonitoringServices(monitoring.Receive());
+        monitoring.Receive([&](auto received) { return adlx.System->GetPerformanceMonitoringServices(received); });
         ReadAdl(adl, gpu.Adapter);
         ReadMetrics(*monitoring, *object, adl, gpu.Adapter);
         ReadRows(gpu, opencl, wmi, registry);

@@ -105,7 +105,7 @@ void FloorRows::Read(const wchar_t* property, Value& value) const
 
 void ReadMemoryType(FloorWmi& wmi)
 {
-    ReadFirst(AskModules(wmi, memoryTypes), L"SMBIOSMemoryType");
+    ReadFirst(FloorRows(wmi, memoryTypes), L"SMBIOSMemoryType");
 }
 
 void ReadTotalWidth(FloorWmi& wmi)

@@ -60,7 +60,7 @@ private:
     IWbemClassObject* row = nullptr;
 };
 
-// The queries on the memory modules. The first of them sends all three.
+// The queries on the memory modules. Those for speed and width send all three.
 void ReadMemoryType(FloorWmi& wmi);
 void ReadMemorySpeed(FloorWmi& wmi);
 void ReadTotalWidth(FloorWmi& wmi);

@@ -20,8 +20,8 @@ class WmiLocator final : public ComObject<WmiLocator, Counted::Wmi, IWbemLocator
 public:
     explicit WmiLocator(std::shared_ptr<WmiSession> itsSession) : session(std::move(itsSession)) {}
 
-    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags,
-                                            const BSTR, IWbemContext*, IWbemServices** services) override
+    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags, const BSTR,
+                                            IWbemContext*, IWbemServices** services) override
     {
         if (services != nullptr)
             *services = nullptr;

@@ -178,7 +178,7 @@ WmiServices::~WmiServices()
 
 namespace {
 
-WmiAnswer Answer(WmiSession& session, IWbemServices* system, const BSTR language, const BSTR text)
+WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const BSTR language, const BSTR text)
 {
     WmiAnswer answer;
     answer.ready = Clock::now() + std::chrono::microseconds(session.Model().queryMicroseconds);
@@ -200,14 +200,15 @@ WmiAnswer Answer(WmiSession& session, IWbemServices* system, const BSTR language
 
 } // namespace
 
-HRESULT WmiServices::ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext*, IEnumWbemClassObject** target)
+HRESULT WmiServices::ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext*,
+                               IEnumWbemClassObject** target)
 {
     if (target != nullptr)
         *target = nullptr;
     if (target == nullptr || language == nullptr || text == nullptr)
         return Result(WBEM_E_INVALID_PARAMETER);
     AddToTrace("wmi query " + ToUtf8(text));
-    WmiAnswer answer = Answer(*session, system.Get(), language, text);
+    WmiAnswer answer = AnswerTo(*session, system.Get(), language, text);
     const bool isLater = (flags & WBEM_FLAG_RETURN_IMMEDIATELY) != 0;
     if (!isLater)
         WaitUntil(answer.ready);
