@@ -19,17 +19,22 @@ constexpr wchar_t memoryTypes[] = L"SELECT SMBIOSMemoryType FROM Win32_PhysicalM
 constexpr wchar_t speeds[] = L"SELECT Speed FROM Win32_PhysicalMemory";
 constexpr wchar_t totalWidths[] = L"SELECT TotalWidth FROM Win32_PhysicalMemory";
 
-/// Runs a query on the memory modules; a failure is thrown as its status. Each adapter needs all three, so WMI gets them
-/// together.
+/// Runs a query on the memory modules; a failure is thrown as its status.
 void QueryModules(wmi::WMIClient& client, const wchar_t* wql)
 {
-    client.Prepare(wql);
-    for (const wchar_t* other : {memoryTypes, speeds, totalWidths}) {
-        client.Prepare(other);
-    }
     if (const long status = client.Query(wql); status != 0) {
         throw status;
     }
+}
+
+/// The same for a figure whose readers need the other figures too (NVIDIA's run needs the type alone): WMI gets all three
+/// queries together.
+void QueryModulesForAll(wmi::WMIClient& client, const wchar_t* wql)
+{
+    for (const wchar_t* query : {wql, memoryTypes, speeds, totalWidths}) {
+        client.Prepare(query);
+    }
+    QueryModules(client, wql);
 }
 
 /// First value above 0 of an unsigned property of the modules; `otherwise` when there is none before a failed read.
@@ -59,7 +64,7 @@ uint32_t GetMemoryType()
 float GetMemorySpeed()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModules(client, speeds);
+    QueryModulesForAll(client, speeds);
     float fastest = 0.0F;
     float speed = 0.0F;
     while (client.GetNext() && client.GetValue(L"Speed", speed) == 0) {
@@ -71,7 +76,7 @@ float GetMemorySpeed()
 uint32_t GetTotalWidth()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModules(client, totalWidths);
+    QueryModulesForAll(client, totalWidths);
     return FirstNonZero(client, L"TotalWidth", 0);
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "BasicString.h"
+#include "Lock.h"
 #include "ThisThread.h"
 
 namespace orvel::shared::wmi {
@@ -19,7 +20,7 @@ struct OpenConnection {
     std::weak_ptr<const Connection> Shared; // belongs to its users, so that nothing of COM outlives the last of them
 };
 
-std::mutex openConnectionsMutex;
+Lock openConnectionsLock;
 std::vector<OpenConnection> openConnections; // not thread_local: a thread's destructors keep the DLL loaded until its end
 
 /// Lets WMI act for the caller. An in-process object has no proxy and refuses, which is harmless.
@@ -54,7 +55,7 @@ HRESULT Connect(const std::wstring& namespacePath, ComPtr<IWbemServices>& servic
 /// The thread's open connection to the namespace, or null.
 std::shared_ptr<const Connection> FindOpen(uint64_t thread, const std::wstring& path)
 {
-    const std::lock_guard lock(openConnectionsMutex);
+    const std::lock_guard guard(openConnectionsLock);
     std::erase_if(openConnections, [](const OpenConnection& open) { return open.Shared.expired(); });
     for (const OpenConnection& open : openConnections) {
         auto connection = open.Thread == thread ? open.Shared.lock() : nullptr;
@@ -76,7 +77,7 @@ std::shared_ptr<const Connection> Connection::To(const std::wstring& namespacePa
     }
     auto connection = std::make_shared<const Connection>(namespacePath);
     if (connection->Services()) {
-        const std::lock_guard lock(openConnectionsMutex);
+        const std::lock_guard guard(openConnectionsLock);
         openConnections.push_back({ThisThread(), connection});
     }
     return connection;

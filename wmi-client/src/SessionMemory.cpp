@@ -3,41 +3,44 @@
 #include <algorithm>
 #include <mutex>
 
+#include "Lock.h"
 #include "ThisThread.h"
 
 namespace orvel::shared::wmi {
 
 namespace {
 
-struct OpenSession {
-    uint64_t Thread;
-    SessionMemory* Memory;
-};
-
-std::mutex openSessionsMutex;
-std::vector<OpenSession> openSessions; // not thread_local: a thread's destructors keep the DLL loaded until its end
+Lock openSessionsLock;
+SessionMemory* newestSession = nullptr; // not thread_local: a thread's destructors keep the DLL loaded until its end
 
 } // namespace
 
 SessionMemory* SessionMemory::OfThisThread()
 {
     const uint64_t thread = ThisThread();
-    const std::lock_guard lock(openSessionsMutex);
-    const auto innermost = std::find_if(openSessions.rbegin(), openSessions.rend(),
-                                        [thread](const OpenSession& open) { return open.Thread == thread; });
-    return innermost == openSessions.rend() ? nullptr : innermost->Memory;
+    const std::lock_guard guard(openSessionsLock);
+    SessionMemory* session = newestSession;
+    while (session && session->thread != thread) {
+        session = session->older;
+    }
+    return session;
 }
 
 SessionMemory::SessionMemory() : thread(ThisThread())
 {
-    const std::lock_guard lock(openSessionsMutex);
-    openSessions.push_back({thread, this});
+    const std::lock_guard guard(openSessionsLock);
+    older = newestSession;
+    newestSession = this;
 }
 
 SessionMemory::~SessionMemory()
 {
-    const std::lock_guard lock(openSessionsMutex);
-    std::erase_if(openSessions, [this](const OpenSession& open) { return open.Memory == this; });
+    const std::lock_guard guard(openSessionsLock);
+    SessionMemory** session = &newestSession;
+    while (*session != this) {
+        session = &(*session)->older;
+    }
+    *session = older;
 }
 
 std::shared_ptr<ResultSet> SessionMemory::Find(const std::wstring& namespacePath, const std::wstring& wql) const

@@ -33,6 +33,7 @@ public:
 
 private:
     uint64_t thread;
+    SessionMemory* older; ///< the session that was opened before it, of any thread; null for none
     std::vector<std::shared_ptr<const Connection>> connections;
     std::map<std::pair<std::wstring, std::wstring>, std::shared_ptr<ResultSet>> answers; ///< by namespace and WQL text
 };
