@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <set>
 
 #include <doctest/doctest.h>
 
@@ -106,19 +107,6 @@ TEST_CASE("Records are grouped by vendor: Intel, NVIDIA, AMD")
     CHECK(result.Card(2)["Manufacturer"] == "AMD");
 }
 
-TEST_CASE("Each vendor's run opens one connection to WMI, and closes it before the next")
-{
-    const Enumerated result = Enumerate(Machine("workstation"));
-    std::vector<std::string> connections;
-    for (const std::string& call : result.Trace) {
-        if (call.starts_with("wmi connect") || call == "wmi disconnect") {
-            connections.push_back(call.substr(0, call.find(' ', 4)));
-        }
-    }
-    CHECK(connections == std::vector<std::string>{"wmi connect", "wmi disconnect", "wmi connect", "wmi disconnect",
-                                                  "wmi connect", "wmi disconnect"});
-}
-
 TEST_CASE("A status that is no standard exception reaches the host, and nothing stays open")
 {
     Json machine = HealthyLaptop();
@@ -153,4 +141,34 @@ TEST_CASE("Only lines of the wanted severities reach the host, and none when it 
     SetGraphicCardLog(nullptr, 6, nullptr);
     GraphicCardEnumeration().QueryGraphicCards();
     CHECK(lines.size() == 10);
+}
+
+TEST_CASE("An enumeration connects to WMI once, at its first query, and lets the connection go at its end")
+{
+    const Enumerated result = Enumerate(Machine("workstation"));
+    const auto calls = Only(result.Trace, "wmi");
+    REQUIRE(calls.size() > 3);
+    CHECK(calls[0] == "wmi connect \\\\.\\root\\cimv2");
+    CHECK(calls[1] == "wmi query SELECT SerialNumber FROM Win32_Bios");
+    CHECK(Only(result.Trace, "wmi connect").size() == 1);
+    CHECK(result.Live.at("wmi") == 0);
+}
+
+TEST_CASE("An enumeration asks WMI each question once, and the next enumeration asks again")
+{
+    // BIOS, three of the memory modules, and the rows of each vendor
+    const auto once = Only(Enumerate(Machine("workstation")).Trace, "wmi query");
+    CHECK(once.size() == 7);
+    CHECK(std::set(once.begin(), once.end()).size() == 7);
+    CHECK(Only(Enumerate(Machine("workstation")).Trace, "wmi query") == once);
+}
+
+TEST_CASE("A status that leaves the enumeration leaves nothing of WMI open")
+{
+    Json machine = Machine("intel-laptop");
+    machine["wmi"]["failures"] = Json::array({{{"contains", "SELECT Speed"}, {"status", "0x80041001"}}});
+    const Enumerated result = Enumerate(machine);
+    CHECK_FALSE(result.Thrown == nullptr);
+    CHECK(result.Live.at("wmi") == 0);
+    CHECK(Only(result.Trace, "wmi connect").size() == 1);
 }

@@ -18,7 +18,8 @@ const std::string nvidia = "Nvidia";
 const std::string amd = "AMD";
 const std::vector<std::string> runOrder = {intel, nvidia, amd};
 
-/// Intel is at it until NVAPI is asked for the first time; AMD begins with the second query for the BIOS.
+/// Intel runs until NVAPI is called for the first time, NVIDIA until ADL is. Each query is sent once, by the first vendor
+/// that needs its answer.
 struct Progress {
     std::string Vendor = intel;
     std::map<std::string, int> Seen; ///< queries so far, by text
@@ -27,7 +28,7 @@ struct Progress {
     {
         if (line.starts_with("nvapi ")) {
             Vendor = nvidia;
-        } else if (line.find("FROM Win32_Bios") != std::string::npos && Seen[line] == 1) {
+        } else if (line.starts_with("adl ")) {
             Vendor = amd;
         }
     }

@@ -126,3 +126,69 @@ TEST_CASE("The search ends 32 levels deep, as links may lead in circles")
         CHECK(GetBiosString("8086", "5917") == (levels == 32 ? "deep" : ""));
     }
 }
+
+namespace {
+
+template <typename Function>
+Function OfNtdll(const char* name)
+{
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+/// The system's name of an open key.
+std::wstring SystemName(HKEY key)
+{
+    constexpr int keyNameInformation = 3;
+    struct {
+        ULONG Bytes;
+        wchar_t Name[1024];
+    } name{};
+    ULONG length = 0;
+    OfNtdll<LONG(NTAPI*)(HKEY, int, void*, ULONG, ULONG*)>("NtQueryKey")(key, keyNameInformation, &name, sizeof(name),
+                                                                         &length);
+    return std::wstring(name.Name, name.Bytes / sizeof(wchar_t));
+}
+
+/// A link below a key that leads back to the key, as long as it lives.
+class Loop {
+public:
+    Loop(HKEY key, const wchar_t* name)
+    {
+        ::RegCreateKeyExW(key, name, 0, nullptr, REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE,
+                          KEY_ALL_ACCESS | KEY_CREATE_LINK, nullptr, &link, nullptr);
+        const std::wstring target = SystemName(key);
+        ::RegSetValueExW(link, L"SymbolicLinkValue", 0, REG_LINK, reinterpret_cast<const BYTE*>(target.data()),
+                         static_cast<DWORD>(target.size() * sizeof(wchar_t)));
+    }
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+    ~Loop()
+    {
+        OfNtdll<LONG(NTAPI*)(HKEY)>("NtDeleteKey")(link); // the link, not what it leads to
+        ::RegCloseKey(link);
+    }
+
+private:
+    HKEY link = nullptr;
+};
+
+} // namespace
+
+TEST_CASE("Links in the registry that lead back end the search, and hide nothing beside them")
+{
+    Simulate({{"registry", {{video + "{B}", Driver("pci\\ven_8086&dev_5917", "beside")}}}});
+    HKEY opened = nullptr;
+    REQUIRE(::RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Control\\Video", 0, KEY_ALL_ACCESS, &opened) ==
+            ERROR_SUCCESS);
+    const RegistryKey key(opened);
+    {
+        const Loop first(opened, L"{A}");
+        HKEY inside = nullptr;
+        REQUIRE(::RegOpenKeyExW(opened, L"{A}\\{A}\\{B}", 0, KEY_READ, &inside) == ERROR_SUCCESS); // it is one
+        ::RegCloseKey(inside);
+        CHECK(GetBiosString("8086", "5917") == "beside");
+        CHECK(GetBiosString("1002", "73bf") == "");
+        const Loop second(opened, L"{C}");
+        CHECK(GetBiosString("1002", "73bf") == ""); // two make a search of exponential length
+    }
+}

@@ -11,7 +11,7 @@ namespace {
 
 class KeepMessages : public plog::IAppender {
 public:
-    void write(const plog::Record& record) override { Messages.push_back(plog::util::toNarrow(record.getMessage(), CP_UTF8)); }
+    void write(const plog::Record& record) override { Messages.push_back(record.getMessage()); }
 
     nlohmann::json Messages = nlohmann::json::array();
 };
@@ -29,11 +29,12 @@ int main()
         const OpenCLWrapper opencl;
         platforms = opencl.GetPlatforms().size();
         for (cl_device_id device : opencl.GetAllDevices()) {
-            devices.push_back({{"CL_DEVICE_NAME", opencl.GetDeviceInfo(device, CL_DEVICE_NAME)},
-                               {"CL_DEVICE_VENDOR_ID", opencl.GetDeviceInfo(device, CL_DEVICE_VENDOR_ID)},
-                               {"CL_DEVICE_MAX_CLOCK_FREQUENCY", opencl.GetDeviceInfo(device, CL_DEVICE_MAX_CLOCK_FREQUENCY)},
-                               {"CL_DEVICE_MAX_COMPUTE_UNITS", opencl.GetDeviceInfo(device, CL_DEVICE_MAX_COMPUTE_UNITS)},
-                               {"CL_DEVICE_MAX_CONSTANT_ARGS", opencl.GetDeviceInfo(device, CL_DEVICE_MAX_CONSTANT_ARGS)}});
+            devices.push_back(
+                {{"CL_DEVICE_NAME", opencl.GetDeviceInfo(device, CL_DEVICE_NAME)},
+                 {"CL_DEVICE_VENDOR_ID", opencl.GetDeviceInfo(device, CL_DEVICE_VENDOR_ID)},
+                 {"CL_DEVICE_MAX_CLOCK_FREQUENCY", opencl.GetDeviceInfo(device, CL_DEVICE_MAX_CLOCK_FREQUENCY)},
+                 {"CL_DEVICE_MAX_COMPUTE_UNITS", opencl.GetDeviceInfo(device, CL_DEVICE_MAX_COMPUTE_UNITS)},
+                 {"CL_DEVICE_MAX_CONSTANT_ARGS", opencl.GetDeviceInfo(device, CL_DEVICE_MAX_CONSTANT_ARGS)}});
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
