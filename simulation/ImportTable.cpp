@@ -21,14 +21,20 @@ void Write(ULONG_PTR* slot, ULONG_PTR value)
     }
 }
 
-/// The descriptor of one imported DLL; null where the module does not import it.
-const IMAGE_IMPORT_DESCRIPTOR* FindImport(HMODULE module, const wchar_t* dllName)
+/// The descriptors of a module's imported DLLs, ending with an empty one; null where it imports nothing.
+const IMAGE_IMPORT_DESCRIPTOR* ImportsOf(HMODULE module)
 {
     const auto* headers = At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew));
     const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    if (directory.VirtualAddress == 0)
+    return directory.VirtualAddress == 0 ? nullptr : At<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress);
+}
+
+/// The descriptor of one imported DLL; null where the module does not import it.
+const IMAGE_IMPORT_DESCRIPTOR* FindImport(HMODULE module, const wchar_t* dllName)
+{
+    const auto* import = ImportsOf(module);
+    if (import == nullptr)
         return nullptr;
-    const auto* import = At<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress);
     while (import->Name != 0 && FoldCase(ToWide(At<char>(module, import->Name))) != dllName)
         ++import;
     return import->Name != 0 ? import : nullptr;
@@ -59,6 +65,16 @@ void RedirectedImports::Restore()
     for (const auto& [slot, value] : former)
         Write(slot, value);
     former.clear();
+}
+
+void ReplaceImported(HMODULE importer, FARPROC from, FARPROC to)
+{
+    for (const auto* import = ImportsOf(importer); import != nullptr && import->Name != 0; ++import) {
+        for (auto* slot = At<IMAGE_THUNK_DATA>(importer, import->FirstThunk); slot->u1.Function != 0; ++slot) {
+            if (slot->u1.Function == reinterpret_cast<ULONG_PTR>(from))
+                Write(reinterpret_cast<ULONG_PTR*>(&slot->u1.Function), reinterpret_cast<ULONG_PTR>(to));
+        }
+    }
 }
 
 } // namespace orvel::simulation

@@ -20,4 +20,7 @@ private:
     std::vector<std::pair<ULONG_PTR*, ULONG_PTR>> former;
 };
 
+/// Lets all imports of a module that lead to the function `from` lead to `to`.
+void ReplaceImported(HMODULE importer, FARPROC from, FARPROC to);
+
 } // namespace orvel::simulation

@@ -1,14 +1,19 @@
 #include "Wmi.h"
 
+#include "LoadedModules.h"
 #include "SystemScope.h"
 #include "Text.h"
 #include "WmiServices.h"
 
 #include <cstdio>
 
-// How WMI comes to be simulated: a class object registered with COM for this process is asked before the registry is, so
-// CoCreateInstance(CLSID_WbemLocator) in the product gives the simulated locator. Everything else follows from that: the
-// locator gives simulated services, those give enumerators, and those give rows.
+// How WMI comes to be simulated: CoCreateInstance(CLSID_WbemLocator) in the product gives the simulated locator. Everything
+// else follows from that: the locator gives simulated services, those give enumerators, and those give rows.
+//
+// A class object that is registered with COM is asked before the registry is, but it serves the apartment alone that has
+// registered it. A host may put the machine in place on one thread and enumerate on another. So the imports of
+// CoCreateInstance lead here as well, in every module that is not one of Windows' own; the class object serves the other
+// ways to a locator, such as CoGetClassObject.
 
 namespace orvel::simulation {
 
@@ -71,6 +76,8 @@ public:
         *object = nullptr;
         if (outer != nullptr)
             return CLASS_E_NOAGGREGATION;
+        if (session == nullptr) // the simulation has ended on a thread that could not revoke the class object
+            return CLASS_E_CLASSNOTAVAILABLE;
         auto* const locator = new WmiLocator(session);
         const HRESULT result = locator->QueryInterface(id, object);
         locator->Release();
@@ -93,6 +100,27 @@ Registration& TheRegistration()
     return *registration;
 }
 
+bool HasCom()
+{
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    return SUCCEEDED(CoGetApartmentType(&type, &qualifier));
+}
+
+/// What the product's import of CoCreateInstance leads to.
+HRESULT STDAPICALLTYPE CreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID interfaceId, void** object)
+{
+    const bool isOurs = IsEqualCLSID(id, CLSID_WbemLocator) && (context & CLSCTX_INPROC_SERVER) != 0 && object != nullptr;
+    if (!isOurs || !TheRegistration().isDone || !HasCom())
+        return CoCreateInstance(id, outer, context, interfaceId, object);
+    return TheRegistration().factory.CreateInstance(outer, interfaceId, object);
+}
+
+FARPROC AsProcedure(decltype(&CoCreateInstance) function)
+{
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
+}
+
 std::string Hexadecimal(HRESULT result)
 {
     char text[16];
@@ -107,6 +135,10 @@ std::optional<std::string> Register(const Machine& machine, const ComPtr<IWbemLo
     const HRESULT result = CoRegisterClassObject(CLSID_WbemLocator, &registration.factory, CLSCTX_INPROC_SERVER,
                                                  REGCLS_MULTIPLEUSE, &registration.cookie);
     registration.isDone = SUCCEEDED(result);
+    if (registration.isDone) {
+        const HMODULE com = GetModuleHandleW(L"ole32.dll");
+        LeadImports(GetProcAddress(com, "CoCreateInstance"), AsProcedure(CreateInstance));
+    }
     if (result == CO_E_NOTINITIALIZED)
         return "COM is not initialised on this thread";
     return registration.isDone ? std::nullopt : std::optional("WMI cannot be replaced, error " + Hexadecimal(result));
@@ -132,6 +164,7 @@ std::optional<std::string> PutWmiInPlace(const Machine& machine)
 void TakeWmiAway()
 {
     Registration& registration = TheRegistration();
+    RestoreImports();
     if (registration.isDone)
         CoRevokeClassObject(registration.cookie);
     registration.isDone = false;
