@@ -95,6 +95,8 @@ int Simulate(const std::string& text, const std::string& source, const char** pr
 
 int OrvelSimulateMachine(const char* path, const char** problem)
 {
+    if (path == nullptr)
+        return Finish(ORVEL_SIMULATION_WRONG_MACHINE, "the path of the machine file is null", problem);
     std::ifstream file(std::filesystem::path(ToWide(path)), std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     if (!file)
@@ -104,16 +106,28 @@ int OrvelSimulateMachine(const char* path, const char** problem)
 
 int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem)
 {
+    if (sourceName == nullptr)
+        return Finish(ORVEL_SIMULATION_WRONG_MACHINE, "the source name of the machine is null", problem);
+    if (json == nullptr)
+        return Finish(ORVEL_SIMULATION_WRONG_MACHINE, std::string(sourceName) + ": /: the text is null", problem);
     return Simulate(json, sourceName, problem);
 }
 
 const char* OrvelSimulationReport(void)
 {
     static auto* const report = new std::string;
-    const nlohmann::json content = {
-        {"machine", MachineName()}, {"trace", TraceAsJson()}, {"live", LiveAsJson()}, {"violations", ViolationsAsJson()}};
+    const nlohmann::json content = {{"machine", MachineName()},
+                                    {"touched", CountCalls("") > 0},
+                                    {"trace", TraceAsJson()},
+                                    {"live", LiveAsJson()},
+                                    {"violations", ViolationsAsJson()}};
     *report = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return report->c_str();
+}
+
+int OrvelSimulationCalls(const char* start)
+{
+    return start == nullptr ? -1 : CountCalls(start);
 }
 
 void OrvelEndSimulation(void)

@@ -1,5 +1,6 @@
 #include "Trace.h"
 
+#include <algorithm>
 #include <array>
 #include <deque>
 #include <mutex>
@@ -71,6 +72,14 @@ nlohmann::json TraceAsJson()
     for (const uint32_t number : record.calls)
         trace.push_back(record.texts[number]);
     return trace;
+}
+
+int CountCalls(std::string_view start)
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    return static_cast<int>(
+        std::ranges::count_if(record.calls, [&](uint32_t number) { return record.texts[number].starts_with(start); }));
 }
 
 nlohmann::json LiveAsJson()

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 
 namespace orvel::simulation {
 
@@ -22,6 +23,9 @@ void ClearTrace();
 
 /// All calls since the last ClearTrace, in order.
 nlohmann::json TraceAsJson();
+
+/// How many calls since the last ClearTrace begin with this text.
+int CountCalls(std::string_view start);
 
 /// The living objects and sessions per interface.
 nlohmann::json LiveAsJson();

@@ -6,8 +6,9 @@
  * NVAPI, NVML, ADL and ADLX is answered from the machine's JSON text.
  *
  * The simulated DLLs lie beside orvel-simulation.dll. All functions may be called many times, from one thread at a time; the
- * product must not be inside an enumeration meanwhile. COM must be initialised on the thread that puts a machine in place,
- * and must stay so until the simulation ends.
+ * product must not be inside an enumeration meanwhile. COM must be initialised on the thread that puts a machine in place, in
+ * either kind of apartment, and must stay so until the simulation ends. Every thread then sees the machine, whatever its
+ * apartment.
  */
 #ifndef ORVEL_SIMULATION_H
 #define ORVEL_SIMULATION_H
@@ -30,19 +31,26 @@ extern "C" {
 /*
  * Puts the machine of a JSON file in place and takes the one before it away; trace and live counters start anew.
  * path: UTF-8. problem (may be null): receives one line "FILE: JSON PATH: REASON", or "FILE: line L, column C: REASON" for
- * broken JSON, or an empty text on success. The text belongs to the library and is valid until the next call.
+ * broken JSON, or an empty text on success. A null path is a wrong machine. The text belongs to the library and is valid until the next call.
  */
 ORVEL_SIMULATION_API int OrvelSimulateMachine(const char* path, const char** problem);
 
-/* The same for a machine given as JSON text; sourceName stands for the file in the problem. */
+/* The same for a machine given as JSON text; sourceName stands for the file in the problem. A null in either is a wrong
+ * machine. */
 ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem);
 
 /*
- * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "trace": [every platform
- * call, in order], "live": {interface: objects and sessions that are still alive}, "violations": {"count": how often the
+ * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "touched": whether
+ * anything was asked of the machine, "trace": [every platform call, in order], "live": {interface: objects and sessions that are still alive}, "violations": {"count": how often the
  * caller broke a rule of an interface, "texts": ["CALL: WHAT", one for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next call.
  */
 ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
+
+/*
+ * How many platform calls since the last machine was put in place begin with `start`, in the words of the report's trace:
+ * "nvml nvmlInit_v2" counts the calls of one function, "nvml " those of an interface, "" all. -1 when `start` is null.
+ */
+ORVEL_SIMULATION_API int OrvelSimulationCalls(const char* start);
 
 /* Takes the machine away: the process sees the computer's own WMI, registry and libraries again, save for those simulated
  * libraries that somebody else still holds. Without a machine in place it does nothing. */
