@@ -8,6 +8,7 @@
 #include "LikelyCause.h"
 #include "SystemChecks.h"
 #include "TextLayout.h"
+#include "VendorStates.h"
 
 namespace orvel::tools {
 
@@ -110,7 +111,7 @@ void AddWindows(std::vector<Check>& checks)
 
 } // namespace
 
-std::vector<Check> Diagnose(const LibraryLoad& load)
+Diagnosis Diagnose(const LibraryLoad& load)
 {
     std::vector<Check> checks;
     AddWmi(checks);
@@ -119,7 +120,7 @@ std::vector<Check> Diagnose(const LibraryLoad& load)
     const Finding library = load.Problem ? Finding{false, *load.Problem} : FindDll("orvel-graphic-cards-enumeration.dll");
     checks.push_back(
         Make("library", library, CheckStatus::Stops, "nothing can be enumerated", "it belongs beside this program"));
-    return checks;
+    return {checks, StatesOfVendors(checks)};
 }
 
 int DoctorStatus(const std::vector<Check>& checks)
@@ -130,10 +131,10 @@ int DoctorStatus(const std::vector<Check>& checks)
     return has(CheckStatus::Stops) ? 2 : has(CheckStatus::Limits) ? 1 : 0;
 }
 
-std::string DoctorAsText(const std::vector<Check>& checks, const TextStyle& style)
+std::string DoctorAsText(const Diagnosis& diagnosis, const TextStyle& style)
 {
     std::ostringstream out;
-    for (const Check& check : checks) {
+    for (const Check& check : diagnosis.Checks) {
         const std::string detail = check.Detail.empty() ? "" : " (" + check.Detail + ")";
         WriteEntry(out, check.Name, NameOf(check.Status) + detail);
         if (!check.Path.empty()) {
@@ -144,16 +145,22 @@ std::string DoctorAsText(const std::vector<Check>& checks, const TextStyle& styl
             WriteWrapped(out, "what brings it: " + check.Brings, 8);
         }
     }
+    out << '\n';
+    for (const VendorState& vendor : diagnosis.Vendors) {
+        WriteEntry(out, vendor.Vendor, std::string(vendor.State.Name) + " (" + vendor.State.Meaning + ")");
+    }
     constexpr const char* verdicts[] = {"All is well.", "Something limits the records.", "Nothing can be enumerated."};
-    out << '\n' << Bold(verdicts[DoctorStatus(checks)], style.IsColoured) << '\n';
+    out << '\n' << Bold(verdicts[DoctorStatus(diagnosis.Checks)], style.IsColoured) << '\n';
     return out.str();
 }
 
-std::string DoctorAsJson(const std::vector<Check>& checks)
+std::string DoctorAsJson(const Diagnosis& diagnosis)
 {
-    nlohmann::ordered_json object = {
-        {"schema", 1}, {"status", DoctorStatus(checks)}, {"checks", nlohmann::ordered_json::array()}};
-    for (const Check& check : checks) {
+    nlohmann::ordered_json object = {{"schema", 1},
+                                     {"status", DoctorStatus(diagnosis.Checks)},
+                                     {"checks", nlohmann::ordered_json::array()},
+                                     {"vendors", nlohmann::ordered_json::array()}};
+    for (const Check& check : diagnosis.Checks) {
         object["checks"].push_back({{"name", check.Name},
                                     {"status", KeyOf(check.Status)},
                                     {"path", check.Path},
@@ -161,6 +168,10 @@ std::string DoctorAsJson(const std::vector<Check>& checks)
                                     {"detail", check.Detail},
                                     {"cost", check.Cost},
                                     {"brings", check.Brings}});
+    }
+    for (const VendorState& vendor : diagnosis.Vendors) {
+        object["vendors"].push_back(
+            {{"name", vendor.Vendor}, {"status", vendor.State.Name}, {"meaning", vendor.State.Meaning}});
     }
     return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -28,16 +28,31 @@ struct Check {
     std::string Brings;  ///< what brings it
 };
 
+/// Why a vendor has no records.
+struct VendorState {
+    struct Word {
+        const char* Name;    ///< stable, for scripts; "ok" where nothing that was looked at keeps the records away
+        const char* Meaning; ///< the same as a sentence
+    };
+    std::string Vendor;
+    Word State;
+};
+
+struct Diagnosis {
+    std::vector<Check> Checks;
+    std::vector<VendorState> Vendors;
+};
+
 /// Looks at everything the library leans on. COM must be initialised; the library need not be loadable.
-std::vector<Check> Diagnose(const LibraryLoad& load);
+Diagnosis Diagnose(const LibraryLoad& load);
 
 /// 0 all is well, 1 something limits the records, 2 nothing can be enumerated.
 int DoctorStatus(const std::vector<Check>& checks);
 
-std::string DoctorAsText(const std::vector<Check>& checks, const TextStyle& style);
+std::string DoctorAsText(const Diagnosis& diagnosis, const TextStyle& style);
 
 /// One JSON object: `schema`, `status`, `checks` (objects with `name`, `status`, `path`, `version`, `detail`, `cost`,
-/// `brings`).
-std::string DoctorAsJson(const std::vector<Check>& checks);
+/// `brings`), `vendors` (objects with `name`, `status`, `meaning`).
+std::string DoctorAsJson(const Diagnosis& diagnosis);
 
 } // namespace orvel::tools

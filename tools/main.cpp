@@ -85,8 +85,9 @@ int ListMachines(const Options& options)
 
 int RunDoctor(const Options& options, const TextStyle& style)
 {
-    const auto checks = Diagnose(LoadEnumerationLibrary());
-    return Finish(options, options.Json ? DoctorAsJson(checks) : DoctorAsText(checks, style), DoctorStatus(checks));
+    const auto diagnosis = Diagnose(LoadEnumerationLibrary());
+    return Finish(options, options.Json ? DoctorAsJson(diagnosis) : DoctorAsText(diagnosis, style),
+                  DoctorStatus(diagnosis.Checks));
 }
 
 std::string Render(const Options& options, const Report& report, const TextStyle& style)

@@ -158,8 +158,12 @@ check "the program explains messages" test -s "$work/messages"
 while IFS= read -r message; do check "docs/messages.md tells \"$message\"" holds docs/messages.md "$message"; done <"$work/messages"
 
 check "docs/messages.md lists the doctor's checks in their order" same \
-    <(sed -n '/^## What `--doctor`/,$s/^| `\([^`]*\)` .*/\1/p' docs/messages.md) \
+    <(sed -n '/^## What `--doctor`/,/^## Why/s/^| `\([^`]*\)` .*/\1/p' docs/messages.md) \
     <(tr '\n' ' ' <tools/Doctor.cpp | grep -oP 'Make\( *"\K[a-z0-9.-]+(?=")')
+
+check "docs/messages.md lists the doctor's words for vendors" same \
+    <(sed -n '/^## Why a vendor/,$s/^| `\([^`]*\)` .*/\1/p' docs/messages.md | sort) \
+    <(sed -n 's/^constexpr VendorState::Word [A-Za-z]* = {"\([^"]*\)".*/\1/p' tools/VendorStates.cpp | sort)
 
 check "machines/README.md lists every machine and nothing else" same \
     <(sed -nE 's/^\| `([^`]*)` \|.*/\1/p' machines/README.md | sort) \

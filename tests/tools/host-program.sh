@@ -243,6 +243,35 @@ check "a missing OpenCL loader exits with 2" exits_with 2
 check "a missing OpenCL loader is told with what brings it" prints "any vendor's display driver"
 check "the verdict is in words" prints "Nothing can be enumerated."
 
+# vendor_words MACHINE WORDS: Intel's, NVIDIA's and AMD's.
+vendor_words() {
+    run --machine "$1" --doctor --json
+    check "--doctor's words for the vendors of $1" json_is '[.vendors[].status] | join(" ")' "\"$2\""
+}
+vendor_words workstation "ok ok ok"
+vendor_words intel-laptop "ok no-card no-card"
+vendor_words nvidia-missing-driver "ok no-driver no-card"
+vendor_words amd-missing-driver "no-card no-card no-driver"
+vendor_words intel-laptop-no-opencl-driver "no-opencl-device no-card no-card"
+vendor_words intel-missing-driver "no-opencl no-card no-card"
+vendor_words ddr5-desktop "unsupported-memory-type unsupported-memory-type no-card"
+vendor_words amd-desktop-ddr5 "no-card no-card ok"
+vendor_words "$work/sgram.json" "unsupported-memory-type ok ok"
+jq '.wmi.failures = [{"contains": "Win32_Bios", "status": "0x80041001"}]' "$source/machines/workstation.json" >"$work/no-bios.json"
+vendor_words "$work/no-bios.json" "no-wmi ok no-wmi"
+jq 'del(.wmi)' "$source/machines/workstation.json" >"$work/no-wmi.json"
+vendor_words "$work/no-wmi.json" "no-wmi no-wmi no-wmi"
+run --machine ddr5-desktop --doctor
+check "--doctor has the words in its text too" prints "unsupported-memory-type"
+# A vendor is ok where the machine's reviewed records have one of its cards, and only there.
+for machine_file in "$source"/machines/*.json; do
+    name=$(basename "$machine_file" .json)
+    run --machine "$name" --doctor --json
+    check "--doctor's words agree with the records of $name" json_is '[.vendors[] | select(.status == "ok") | .name | ascii_downcase]' \
+        "$(jq -c '[.cards[].Manufacturer | ascii_downcase] as $found | [("intel", "nvidia", "amd") | select(IN($found[]))]' \
+            "$source/machines/expected/$name.json")"
+done
+
 mkdir "$work/bin"
 cp "$bin"/*.exe "$bin"/orvel-*.dll "$work/bin/"
 bin_folder=$bin
@@ -274,6 +303,7 @@ check "a missing sibling library is named" says orvel-shared-wmi-client.dll
 run --doctor --json
 check "--doctor works where the library cannot be loaded" exits_with 2
 check "--doctor tells that the library cannot be loaded" json_is '.checks[] | select(.name == "library") | .status' '"stops"'
+check "no vendor has records without the library" json_is '[.vendors[].status] | unique' '["no-library"]'
 rm "$work/bin/orvel-graphic-cards-enumeration.dll"
 run
 check "a missing library exits with 3" exits_with 3
