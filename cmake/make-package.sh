@@ -41,21 +41,31 @@ for dll in orvel-simulation opencl dxgi dwmapi nvapi64 nvml atiadlxx amdadlx64; 
     $tool-objcopy --strip-all "$build/bin/simulation/$dll.dll" "$stage/simulation/$dll.dll"
 done
 import_libraries "$build/orvel-graphic-cards-enumeration.def" orvel-graphic-cards-enumeration.dll lib
-printf 'EXPORTS\n    OrvelSimulateMachine\n    OrvelSimulateMachineText\n    OrvelSimulationReport\n    OrvelEndSimulation\n' \
+printf 'EXPORTS\n    OrvelSimulateMachine\n    OrvelSimulateMachineText\n    OrvelSimulationReport\n    OrvelSimulationCalls\n    OrvelEndSimulation\n' \
     >"$build/package/simulation.def"
 import_libraries "$build/package/simulation.def" orvel-simulation.dll simulation/lib
 
 cp "$source"/include/*.h "$stage/include/"
 cp "$source"/simulation/include/*.h "$stage/simulation/include/"
 cp "$source"/machines/*.json "$stage/simulation/machines/"
-cp -r "$source/examples" "$stage/examples"
-cp "$source"/{README,CHANGELOG,CONTRIBUTING,SECURITY}.md "$stage/"
-cp -r "$source/docs" "$stage/docs"
-mkdir "$stage/machines" && cp "$source/machines/README.md" "$stage/machines/"
-for file in "$source"/cmake/package/*.cmake.in "$source"/cmake/package/*.pc.in; do
-    target=$stage/lib/cmake/orvel-graphic-cards-enumeration
-    [[ $file == *.pc.in ]] && target=$stage/lib/pkgconfig
-    sed "s/@VERSION@/$version/g; s/@MAJOR@/${version%%.*}/g" "$file" >"$target/$(basename "${file%.in}")"
+cp -r "$source/examples" "$source/ports" "$stage/"
+
+# document FILE TARGET: for readers who have the package alone, where the host program needs no ./dev.
+document() {
+    sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
+        -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"
+}
+mkdir "$stage/docs"
+for file in hosting testing properties messages simulated-machines; do document "docs/$file.md" "docs/$file.md"; done
+document machines/README.md simulation/machines/README.md
+sed -i 's|(\.\./docs/|(../../docs/|g' "$stage/simulation/machines/README.md"
+cp "$source"/{CHANGELOG,SECURITY}.md "$source/cmake/package/README.md" "$stage/"
+
+find_package=$stage/lib/cmake/orvel-graphic-cards-enumeration/orvel-graphic-cards-enumeration-config
+cp "$source/cmake/package/orvel-graphic-cards-enumeration-config.cmake" "$find_package.cmake"
+cmake "-DVERSION=$version" "-DFILE=$find_package-version.cmake" -P "$source/cmake/package/version-file.cmake"
+for file in "$source"/cmake/package/*.pc.in; do
+    sed "s/@VERSION@/$version/g" "$file" >"$stage/lib/pkgconfig/$(basename "${file%.in}")"
 done
 
 # What is compiled into the DLLs and the program.

@@ -1,6 +1,9 @@
-// A small host with a log of its own: the library's lines appear in it.
+// A small host with a log of its own, in which the library's lines appear: plog-host [MACHINE.json].
+
+#include <windows.h>
 
 #include <objbase.h>
+#include <shellapi.h>
 
 #include <plog/Appenders/ColorConsoleAppender.h>
 #include <plog/Formatters/FuncMessageFormatter.h>
@@ -14,21 +17,40 @@
 
 using namespace orvel::shared::enumeration;
 
-int main(int argc, char** argv)
+// The argument as UTF-8. The program's own `argv` has the code page of the computer, which may lack letters of a path.
+static bool GetUtf8Argument(int index, char* text, int bytes)
+{
+    int count = 0;
+    wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    const bool isThere = arguments != nullptr && index < count;
+    const bool fits = isThere && WideCharToMultiByte(CP_UTF8, 0, arguments[index], -1, text, bytes, nullptr, nullptr) > 0;
+    LocalFree(arguments);
+    return fits;
+}
+
+int main(int argc, char**)
 {
     plog::ConsoleAppender<plog::FuncMessageFormatter> console;
     plog::init(plog::info, &console);
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
+        return 1;
+    }
+    char path[1024] = "";
     const char* problem = "";
-    if (argc > 1 && OrvelSimulateMachine(argv[1], &problem) != 0) {
+    if (argc > 1 && GetUtf8Argument(1, path, sizeof path) &&
+        OrvelSimulateMachine(path, &problem) != ORVEL_SIMULATION_IN_PLACE) {
         PLOGE << problem;
         return 2;
     }
     ForwardGraphicCardLogToPlog();
-    GraphicCardEnumeration cards;
-    cards.QueryGraphicCards();
-    for (int i = 0; i < static_cast<int>(cards.size()); ++i) {
-        PLOGI << "found " << cards.get(i)->GetCardName();
+    {
+        GraphicCardEnumeration cards;
+        cards.QueryGraphicCards();
+        for (int i = 0; i < static_cast<int>(cards.size()); ++i) {
+            PLOGI << "found " << cards.get(i)->GetCardName();
+        }
     }
+    OrvelEndSimulation();
+    CoUninitialize();
     return 0;
 }

@@ -10,8 +10,8 @@ endif()
 file(INSTALL "${package}/include/" DESTINATION "${CURRENT_PACKAGES_DIR}/include")
 file(INSTALL "${package}/bin/orvel-graphic-cards-enumeration.dll" "${package}/bin/orvel-shared-wmi-client.dll"
     DESTINATION "${CURRENT_PACKAGES_DIR}/bin")
-file(INSTALL "${package}/bin/orvel-graphic-cards.exe" "${package}/bin/fallback"
-    DESTINATION "${CURRENT_PACKAGES_DIR}/tools/${PORT}")
+file(INSTALL "${package}/bin/fallback" DESTINATION "${CURRENT_PACKAGES_DIR}/bin")
+file(INSTALL "${package}/bin/orvel-graphic-cards.exe" DESTINATION "${CURRENT_PACKAGES_DIR}/tools/${PORT}")
 file(INSTALL "${package}/lib/" DESTINATION "${CURRENT_PACKAGES_DIR}/lib" PATTERN "cmake" EXCLUDE)
 file(INSTALL "${package}/simulation/" DESTINATION "${CURRENT_PACKAGES_DIR}/simulation")
 # The package's config finds its files three folders up, as in the package itself.

@@ -26,14 +26,14 @@ msvc_flags=(--target=x86_64-pc-windows-msvc -fexceptions -fcxx-exceptions "-I$he
 
 # --- hosts -------------------------------------------------------------------------------------------------------------------
 
-for dll in msvcrt ole32; do llvm-dlltool -m i386:x86-64 -d "$here/msvc-crt/$dll.def" -l "$dll.lib"; done
+for dll in msvcrt ole32 kernel32 shell32; do llvm-dlltool -m i386:x86-64 -d "$here/msvc-crt/$dll.def" -l "$dll.lib"; done
 clang++ "${msvc_flags[@]}" -c "$here/msvc-crt/startup.cpp" -o startup.obj
 
 # msvc_host SOURCE PROGRAM LIBRARY…: a program in MSVC's ABI.
 msvc_host() {
     clang++ "${msvc_flags[@]}" -std=c++17 -c "$1" -o "$2.obj" &&
         lld-link /nologo /nodefaultlib /subsystem:console /entry:mainCRTStartup "/out:$2.exe" "$2.obj" startup.obj \
-            msvcrt.lib ole32.lib "${@:3}"
+            msvcrt.lib ole32.lib kernel32.lib shell32.lib "${@:3}"
 }
 msvc_libraries=("$package/lib/orvel-graphic-cards-enumeration.lib" "$package/simulation/lib/orvel-simulation.lib")
 
@@ -46,28 +46,173 @@ mingw_project() {
 run() { "$wine" "$@" </dev/null | tr -d '\r'; } # the C library writes the line ends of Windows
 
 check "the sum beside the zip is the zip's" sh -c "cd '$(dirname "$zip")' && sha256sum --check '$name.zip.sha256'"
-check "the plain example builds with MinGW from find_package" mingw_project "$package/examples/plain" plain
-flags() { PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config "$1" orvel-graphic-cards-enumeration; }
-# shellcheck disable=SC2046 # the flags are words
-check "the plain example builds with the flags of pkg-config" x86_64-w64-mingw32-g++-posix -std=c++17 -static \
-    "$package/examples/plain/main.cpp" -o pkg-config.exe $(flags --cflags) "-I$package/simulation/include" $(flags --libs) \
-    "-L$package/simulation/lib" -lorvel-simulation -lole32
-check "the plain example builds in MSVC's ABI" msvc_host "$package/examples/plain/main.cpp" plain-msvc "${msvc_libraries[@]}"
-check "the plog example builds with MinGW from find_package" mingw_project "$package/examples/plog" plog
+# cmake_lists FOLDER LINE…: a project of these lines.
+cmake_lists() {
+    mkdir -p "$1"
+    { printf '%s\n' "cmake_minimum_required(VERSION 3.21)" "project(t CXX)" "${@:2}"; } >"$1/CMakeLists.txt"
+}
+for example in "$package"/examples/*/; do
+    example=$(basename "$example")
+    check "the example $example builds with MinGW from find_package" mingw_project "$package/examples/$example" "$example"
+done
+flags() { PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs "$@"; }
+pkg_config_host() { # SOURCE PROGRAM MODULE…: the flags have quotes for the shell, as the folder's name has a space
+    eval x86_64-w64-mingw32-g++-posix -std=c++17 -static '"$1"' -o '"$2"' "$(flags "${@:3}")"
+}
+check "the plain example builds with the flags of pkg-config" pkg_config_host "$package/examples/plain/main.cpp" \
+    pkg-config.exe orvel-graphic-cards-enumeration
+check "the simulated example builds with the flags of pkg-config" pkg_config_host "$package/examples/simulated/main.cpp" \
+    pkg-config-simulated.exe orvel-simulation
+check "the simulated example builds in MSVC's ABI" msvc_host "$package/examples/simulated/main.cpp" simulated-msvc \
+    "${msvc_libraries[@]}"
 for machine in intel-laptop workstation; do
-    run plain/plain.exe "$machines/$machine.json" >mingw.txt 2>mingw-log.txt
-    run plain-msvc.exe "$machines/$machine.json" >msvc.txt 2>msvc-log.txt
+    cp "$machines/$machine.json" "$machine-é木.json"
+    run simulated/simulated.exe "$machine-é木.json" >mingw.txt 2>mingw-log.txt
+    run simulated-msvc.exe "$machine-é木.json" >msvc.txt 2>msvc-log.txt
     check "both hosts print the same cards of $machine" same mingw.txt msvc.txt
     check "both hosts print the same log of $machine" same mingw-log.txt msvc-log.txt
     check "the hosts print cards of $machine" holds msvc.txt "Intel: Intel(R) UHD Graphics"
 done
 check "the hosts print the cards of all vendors" holds msvc.txt "3 cards"
-run plain-msvc.exe none.json >msvc.txt 2>msvc-log.txt
+run simulated-msvc.exe none.json >msvc.txt 2>msvc-log.txt
 check "a host is told what is wrong with a machine file" holds msvc-log.txt none.json
 run plog/plog-host.exe "$machines/workstation.json" >plog.txt 2>&1
 check "the library's lines stand in the host's own log" holds plog.txt \
     "orvel::shared::enumeration::ADLWrapper::ADLWrapper"
 check "the host's own lines stand beside them" holds plog.txt "found NVIDIA GeForce RTX 3060"
+
+# --- without a PATH: what is copied beside a program is all that it needs -------------------------------------------------------
+
+run_alone() { WINEPATH="" run "$@"; }
+run_alone plain/plain.exe >alone.txt 2>&1
+check "the plain example runs with the DLLs that CMake copies" holds alone.txt " cards"
+run_alone c/c-host.exe >alone.txt 2>&1
+check "the host in C runs" holds alone.txt " cards"
+check "the host in C gets the library's lines" holds alone.txt "graphics cards: "
+run_alone plugin/plugin-host.exe >alone.txt 2>&1
+check "the plug-in's host loads it" holds alone.txt " cards"
+run_alone simulated/simulated.exe "$machines/workstation.json" >alone.txt 2>&1
+check "a test program runs with the DLLs that CMake copies" holds alone.txt "3 cards"
+check "a test program gets the simulation's nvml.dll" cmp simulated/nvml.dll "$package/simulation/nvml.dll"
+check "another program gets the substitute" cmp plain/nvml.dll "$package/bin/fallback/nvml.dll"
+
+cmake -S "$package/examples/unit-test" -B unit-test -DCMAKE_CROSSCOMPILING_EMULATOR="$wine" >/dev/null
+unit_tests() { WINEPATH="" ctest --test-dir "$1" --output-on-failure </dev/null 2>&1; }
+check "the example's unit tests pass" unit_tests unit-test
+sed 's/cards.size() == 2/cards.size() == 3/' "$package/examples/unit-test/tests.cpp" >wrong-tests.cpp
+mkdir -p wrong && cp "$package/examples/unit-test/CMakeLists.txt" wrong/ && mv wrong-tests.cpp wrong/tests.cpp
+mingw_project wrong wrong-build >/dev/null 2>&1
+cmake -S wrong -B wrong-build -DCMAKE_CROSSCOMPILING_EMULATOR="$wine" >/dev/null
+check "a wrong unit test fails" grep -q 'finds-both-chips (Failed)' <(unit_tests wrong-build)
+
+# The plug-in in a folder of its own, loaded in every way by a host elsewhere.
+check "a host that loads a plug-in builds in MSVC's ABI" msvc_host "$here/loading.cpp" loading-msvc
+check "a host that loads a plug-in builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/loading.cpp" \
+    -o loading-mingw.exe -lole32
+plugin=$(windows "$work/plugin/plugin/graphics-plugin.dll")
+printf '%s\n' "plain: error 126" "altered: loaded" "load folder: loaded" >expected.txt
+for abi in msvc mingw; do
+    run_alone "loading-$abi.exe" "$plugin" >loading.txt 2>&1
+    check "the plug-in loads with either flag in the $abi host" same expected.txt loading.txt
+    mv plugin/plugin/orvel-shared-wmi-client.dll plugin/
+    run_alone "loading-$abi.exe" "$plugin" >loading.txt 2>&1
+    check "without the sibling it does not load in the $abi host" same \
+        <(printf '%s: error 126\n' plain altered "load folder") loading.txt
+    mv plugin/orvel-shared-wmi-client.dll plugin/plugin/
+done
+
+# --- find_package -------------------------------------------------------------------------------------------------------------
+
+configures() { # FOLDER [PACKAGE]
+    cmake -S "$1" -B "$1/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$source/cmake/Toolchain-mingw64.cmake" \
+        -DCMAKE_PREFIX_PATH="${2:-$package}"
+}
+refuses() { # REASON FOLDER [PACKAGE]
+    if configures "${@:2}" >refused.txt 2>&1; then echo "it is accepted" && return 1; fi
+    tr -s ' \n' ' ' <refused.txt | grep -qF -- "$1" || { cat refused.txt && return 1; }
+}
+finds="find_package(orvel-graphic-cards-enumeration"
+IFS=. read -r major _ < <(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
+for range in "" "$major" "$major.0...<$((major + 1))" "$major.0...$major.99"; do
+    cmake_lists version "$finds $range REQUIRED)"
+    check "find_package accepts version \"$range\"" configures version
+done
+for range in "$((major + 1))" "0.1...<$major" "$major.1...$major.9"; do
+    cmake_lists version "$finds $range REQUIRED)"
+    check "find_package refuses version \"$range\"" refuses "$range" version
+done
+cmake_lists components "$finds REQUIRED COMPONENTS simulations)"
+check "find_package refuses an unknown component" refuses 'There is no component "simulations"' components
+cmake_lists components "$finds REQUIRED OPTIONAL_COMPONENTS simulations simulation)" \
+    "if(orvel-graphic-cards-enumeration_simulations_FOUND OR NOT TARGET orvel::simulation)" \
+    "    message(FATAL_ERROR wrong)" "endif()"
+check "an unknown optional component is not found, the others are" configures components
+cmake_lists components "$finds REQUIRED)" "if(TARGET orvel::simulation)" "    message(FATAL_ERROR wrong)" "endif()"
+check "the simulation is not there unless it is asked for" configures components
+cmake_lists standard "set(CMAKE_CXX_STANDARD 11)" "$finds REQUIRED)" "add_executable(modern main.cpp)" \
+    "target_link_libraries(modern PRIVATE orvel::graphic-cards-enumeration)"
+printf '#include "GraphicCards.h"\nint main() { static_assert(__cplusplus >= 201703L); }\n' >standard/main.cpp
+check "a program that links the library is compiled as C++17" mingw_project standard standard/build
+
+cp -r "$package" "another copy"
+cmake_lists copies "add_subdirectory(a)" "add_subdirectory(b)"
+mkdir copies/a copies/b
+echo "int main() {}" | tee copies/a/main.cpp >copies/b/main.cpp
+copy() { # FOLDER PACKAGE
+    printf '%s\n' "$finds REQUIRED COMPONENTS simulation PATHS \"$2\" NO_DEFAULT_PATH)" "add_executable($1 main.cpp)" \
+        "target_link_libraries($1 PRIVATE orvel::graphic-cards-enumeration orvel::simulation)" \
+        "file(GENERATE OUTPUT \${CMAKE_BINARY_DIR}/$1.txt CONTENT \"\$<TARGET_RUNTIME_DLLS:$1>\")" \
+        "unset(orvel-graphic-cards-enumeration_DIR CACHE)" >"copies/$1/CMakeLists.txt"
+}
+copy a "$package"
+copy b "$work/another copy"
+check "two folders of a project use two copies" configures copies none
+check "each folder has the DLLs of its copy" same \
+    <(sed "s|$package/|$work/another copy/|g" copies/build/a.txt) copies/build/b.txt
+cmake_lists twice "$finds REQUIRED PATHS \"$package\" NO_DEFAULT_PATH)" "unset(orvel-graphic-cards-enumeration_DIR CACHE)" \
+    "$finds REQUIRED PATHS \"$work/another copy\" NO_DEFAULT_PATH)"
+check "a second copy in one folder is refused" refuses "of another copy of the package" twice none
+cmake_lists incomplete "$finds REQUIRED COMPONENTS simulation)"
+for file in bin/orvel-shared-wmi-client.dll lib/liborvel-graphic-cards-enumeration.dll.a simulation/opencl.dll; do
+    mv "another copy/$file" missing
+    check "find_package refuses a package without $file" refuses "/$file\" is missing" incomplete "$work/another copy"
+    mv missing "another copy/$file"
+done
+
+# The overlay port's files, as vcpkg would lay them out.
+printf '%s\n' "function(vcpkg_install_copyright)" "endfunction()" \
+    "include(\"$package/ports/orvel-graphic-cards-enumeration/portfile.cmake\")" >port.cmake
+check "the port takes the package" env ORVEL_GRAPHIC_CARDS_PACKAGE="$package" cmake -DPORT=orvel-graphic-cards-enumeration \
+    -DCURRENT_PACKAGES_DIR="$work/port" -P port.cmake
+check "find_package finds what the port has laid out" configures incomplete "$work/port"
+
+# --- documents ----------------------------------------------------------------------------------------------------------------
+
+leads_somewhere() { [ -e "$(dirname "$1")/${2%%#*}" ] || { echo "no $2 in $1" && return 1; }; }
+lacks_the_project() { ! grep -nE '\./dev|(^|[ `(])(src|tests|wmi-client|bench|fuzz|cmake)/' "$1"; }
+while IFS= read -r document; do
+    title=${document#"$package/"}
+    while IFS= read -r link; do
+        [[ $link == http* ]] || check "$title: link $link" leads_somewhere "$document" "$link"
+    done < <(grep -oE '\]\([^)]+\)' "$document" | grep -E '[./#]' | sed 's/^](//; s/)$//')
+    check "$title speaks of nothing that is not in the package" lacks_the_project "$document"
+    while IFS= read -r path; do check "$title: path $path" test -e "$package/$path"; done < <(
+        grep -oE '`(bin|debug|docs|examples|include|lib|licenses|ports|simulation)/[^`* ]*`' "$document" | tr -d '`' | grep -v NAME | sort -u)
+done < <(find "$package" -name '*.md')
+check "the known limits come first" same <(echo "## Known limits") <(grep -m1 '^## ' "$package/README.md")
+awk '/^```cpp$/ { wanted = 1; next } /^```$/ { wanted = 0 } wanted' "$package/README.md" >first.cpp
+check "README's first program builds in MSVC's ABI" msvc_host first.cpp first-msvc "${msvc_libraries[0]}"
+check "README's first program builds with the flags of pkg-config" pkg_config_host first.cpp first.exe \
+    orvel-graphic-cards-enumeration
+awk '/^```cmake$/ { wanted = 1; next } /^```$/ { wanted = 0 } wanted' "$package/README.md" >first.txt
+mkdir -p first && mv first.txt first/CMakeLists.txt && cp first.cpp first/main.cpp
+check "README's first project builds" mingw_project first first/build
+for program in first first-msvc; do
+    run "$program.exe" >first.txt 2>&1
+    check "README's first program runs: $program" holds first.txt " cards"
+done
+
+# --- the package's own program -------------------------------------------------------------------------------------------------
 
 check "the package's host program runs on a machine of the package" run "$package/bin/orvel-graphic-cards.exe" \
     --machine "$machines/workstation.json"
@@ -137,10 +282,11 @@ survives() {
         check "$scenario: the $abi host on $machine" same expected.txt told.txt
     done
 }
-all="thrown: 0, lines: 13, other lines: 0"
+lines=$(jq '.log | length' "$source/machines/expected/workstation.json")
+all="thrown: 0, lines: $lines, other lines: 0"
 survives counts workstation "cards: 3, $all"
 survives throws workstation "cards: 3, $all"
-survives "replaces itself" workstation "cards: 3, thrown: 0, lines: 1, other lines: 12"
+survives "replaces itself" workstation "cards: 3, thrown: 0, lines: 1, other lines: $((lines - 1))"
 survives "ends itself" workstation "cards: 3, thrown: 0, lines: 1, other lines: 0"
 survives "all severities" workstation "cards: 3, $all"
 survives "no severity" workstation "cards: 3, thrown: 0, lines: 0, other lines: 0"
@@ -149,6 +295,45 @@ survives unmasks amd-desktop-ddr5 "cards: 1, thrown: 0, lines: 8, other lines: 0
 survives "destroys twice" workstation "left: 0" "destroyed twice"
 cp throws.json "$machines/"
 survives traps throws "traps kept: 1" "cards: 0, thrown: 1, lines: 0, other lines: 0"
+
+# --- threads and nulls ---------------------------------------------------------------------------------------------------------
+
+check "a host with two threads builds in MSVC's ABI" msvc_host "$here/apartments.cpp" apartments-msvc "${msvc_libraries[1]}"
+check "a host with two threads builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/apartments.cpp" \
+    "-I$package/simulation/include" -o apartments-mingw.exe "-L$package/simulation/lib" -lorvel-simulation -lole32
+# finds CARDS TOUCHED WHEN MAIN WORKER: both hosts count these cards on the workstation.
+finds() {
+    local abi
+    for abi in msvc mingw; do
+        WINEPATH="$folder\\simulation" run "apartments-$abi.exe" "$machines/workstation.json" "$plugin" "${@:3}" >apartments.txt 2>&1
+        check "${*:3}: the $abi host finds the machine's cards" same <(echo "cards: $1") \
+            <(grep -v '^report: ' apartments.txt || echo "cards: none")
+        check "${*:3}: the $abi host's report says whether the machine was asked" same <(echo "$2") \
+            <(sed -n 's/^report: //p' apartments.txt | jq .touched)
+    done
+}
+for when in early late; do
+    for main in sta mta; do
+        for worker in sta mta; do finds 3 true $when $main $worker; done
+    done
+done
+finds 3 true late mta none # such a thread belongs to the multi-threaded apartment
+finds 0 true late sta none # COM is not initialised there
+finds none false late sta idle
+
+check "a host of nulls builds in MSVC's ABI" msvc_host "$here/nulls.cpp" nulls-msvc "${msvc_libraries[@]}"
+check "a host of nulls builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/nulls.cpp" \
+    "-I$package/include" "-I$package/simulation/include" -o nulls-mingw.exe \
+    "-L$package/lib" -lorvel-graphic-cards-enumeration "-L$package/simulation/lib" -lorvel-simulation -lole32
+{
+    printf '%s\n' "no path: 1, the path of the machine file is null" "no path, no problem: 1" \
+        "no text: 1, somewhere: /: the text is null" "no source: 1, the source name of the machine is null" "in place: 0" \
+        "no calls yet: 0, of null: -1" "NVML initialised: 1, NVML's functions: 1, connections: 1"
+} >expected.txt
+for abi in msvc mingw; do
+    run "nulls-$abi.exe" "$machines/workstation.json" >nulls.txt 2>&1
+    check "null is refused in the $abi host, and calls are counted" same expected.txt <(grep -v '^report: ' nulls.txt)
+done
 
 # --- exceptions ---------------------------------------------------------------------------------------------------------------
 

@@ -1,5 +1,10 @@
 #pragma once
 
-enum { COINIT_MULTITHREADED = 0 };
+enum { COINIT_MULTITHREADED = 0, COINIT_APARTMENTTHREADED = 2 };
 
-extern "C" __declspec(dllimport) long CoInitializeEx(void* reserved, unsigned long apartment);
+#define FAILED(status) ((status) < 0)
+
+extern "C" {
+__declspec(dllimport) long CoInitializeEx(void* reserved, unsigned long apartment);
+__declspec(dllimport) void CoUninitialize();
+}

@@ -1,0 +1,105 @@
+# find_package(orvel-graphic-cards-enumeration [COMPONENTS simulation]): the library for hosts that MSVC or MinGW builds.
+#
+#   orvel::graphic-cards-enumeration   the library, with the DLLs that it needs at run time
+#   orvel::nvml                        the substitute nvml.dll, which comes with the library
+#   orvel::simulation                  component simulation: simulated machines for a host's own tests; its property
+#                                      ORVEL_MACHINES is the folder of the machine files
+#
+# $<TARGET_RUNTIME_DLLS:program> lists all DLLs that belong beside the program. For one that links the simulation directly, the
+# simulation's nvml.dll takes the substitute's place.
+
+set(_orvel orvel-graphic-cards-enumeration)
+set(${_orvel}_FOUND TRUE)
+get_filename_component(_orvel_root "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
+
+macro(_orvel_refuse reason)
+    set(${_orvel}_FOUND FALSE)
+    set(${_orvel}_NOT_FOUND_MESSAGE "${reason}")
+endmacro()
+
+# _orvel_check(PROBLEM TARGET FILE...): PROBLEM becomes what is wrong with a target of these files, or empty.
+function(_orvel_check problem target)
+    set(${problem} "" PARENT_SCOPE)
+    foreach(file IN LISTS ARGN)
+        if(NOT EXISTS "${_orvel_root}/${file}")
+            set(${problem} "The package is incomplete: \"${_orvel_root}/${file}\" is missing" PARENT_SCOPE)
+            return()
+        endif()
+    endforeach()
+    if(TARGET ${target})
+        get_target_property(location ${target} IMPORTED_LOCATION)
+        if(NOT location STREQUAL "${_orvel_root}/${ARGV2}")
+            set(${problem} "${target} is \"${location}\" here already, of another copy of the package" PARENT_SCOPE)
+        endif()
+    endif()
+endfunction()
+
+# Without GLOBAL: two folders of a project may use two copies of the package.
+function(_orvel_add_library target dll)
+    if(NOT TARGET ${target})
+        add_library(${target} SHARED IMPORTED)
+        set_target_properties(${target} PROPERTIES IMPORTED_LOCATION "${_orvel_root}/${dll}" ${ARGN})
+    endif()
+endfunction()
+
+if(MINGW)
+    set(_orvel_implib lib/liborvel-graphic-cards-enumeration.dll.a)
+    set(_orvel_simulation_implib simulation/lib/liborvel-simulation.dll.a)
+else()
+    set(_orvel_implib lib/orvel-graphic-cards-enumeration.lib)
+    set(_orvel_simulation_implib simulation/lib/orvel-simulation.lib)
+endif()
+set(_orvel_stand_ins opencl dxgi dwmapi nvapi64 nvml atiadlxx amdadlx64)
+list(TRANSFORM _orvel_stand_ins REPLACE "(.+)" "simulation/\\1.dll" OUTPUT_VARIABLE _orvel_stand_in_files)
+
+_orvel_check(_orvel_problem orvel::graphic-cards-enumeration bin/orvel-graphic-cards-enumeration.dll
+    bin/orvel-shared-wmi-client.dll bin/fallback/nvml.dll include/GraphicCardEnumeration.h ${_orvel_implib})
+_orvel_check(_orvel_simulation_problem orvel::simulation simulation/orvel-simulation.dll ${_orvel_stand_in_files}
+    simulation/include/OrvelSimulation.h ${_orvel_simulation_implib})
+
+if(NOT WIN32 OR NOT CMAKE_SIZEOF_VOID_P EQUAL 8)
+    _orvel_refuse("The library is for 64-bit Windows only")
+elseif(_orvel_problem)
+    _orvel_refuse("${_orvel_problem}")
+endif()
+unset(${_orvel}_simulation_FOUND)
+foreach(_orvel_component IN LISTS ${_orvel}_FIND_COMPONENTS)
+    set(_orvel_component_problem "")
+    if(NOT _orvel_component STREQUAL "simulation")
+        set(_orvel_component_problem "There is no component \"${_orvel_component}\"; the only one is \"simulation\"")
+    elseif(_orvel_simulation_problem)
+        set(_orvel_component_problem "${_orvel_simulation_problem}")
+    endif()
+    if(NOT _orvel_component_problem)
+        set(${_orvel}_${_orvel_component}_FOUND TRUE)
+    else()
+        set(${_orvel}_${_orvel_component}_FOUND FALSE)
+        if(${_orvel}_FIND_REQUIRED_${_orvel_component} AND ${_orvel}_FOUND)
+            _orvel_refuse("${_orvel_component_problem}")
+        endif()
+    endif()
+endforeach()
+
+if(${_orvel}_FOUND)
+    # Nothing links the DLLs that only the loader looks for; where CMake wants an import library all the same, it is the library's.
+    _orvel_add_library(orvel::wmi-client bin/orvel-shared-wmi-client.dll)
+    _orvel_add_library(orvel::nvml bin/fallback/nvml.dll IMPORTED_IMPLIB "${_orvel_root}/${_orvel_implib}")
+    _orvel_add_library(orvel::graphic-cards-enumeration bin/orvel-graphic-cards-enumeration.dll
+        IMPORTED_IMPLIB "${_orvel_root}/${_orvel_implib}"
+        IMPORTED_LINK_DEPENDENT_LIBRARIES orvel::wmi-client
+        INTERFACE_COMPILE_FEATURES cxx_std_17
+        INTERFACE_INCLUDE_DIRECTORIES "${_orvel_root}/include"
+        INTERFACE_LINK_LIBRARIES
+            "$<$<NOT:$<IN_LIST:orvel::simulation,$<TARGET_PROPERTY:LINK_LIBRARIES>>>:orvel::nvml>")
+endif()
+if(${_orvel}_FOUND AND ${_orvel}_simulation_FOUND)
+    foreach(_orvel_name IN LISTS _orvel_stand_ins)
+        _orvel_add_library(orvel::simulated-${_orvel_name} simulation/${_orvel_name}.dll)
+    endforeach()
+    list(TRANSFORM _orvel_stand_ins PREPEND orvel::simulated-)
+    _orvel_add_library(orvel::simulation simulation/orvel-simulation.dll
+        IMPORTED_IMPLIB "${_orvel_root}/${_orvel_simulation_implib}"
+        INTERFACE_INCLUDE_DIRECTORIES "${_orvel_root}/simulation/include"
+        ORVEL_MACHINES "${_orvel_root}/simulation/machines")
+    set_property(TARGET orvel::simulation PROPERTY IMPORTED_LINK_DEPENDENT_LIBRARIES ${_orvel_stand_ins})
+endif()

@@ -1,0 +1,3 @@
+#pragma once
+
+extern "C" __declspec(dllimport) wchar_t** CommandLineToArgvW(const wchar_t* line, int* count);
