@@ -10,7 +10,7 @@ mkdir -p "$lint/cppcheck"
 # The commands are GCC's: clang takes its target and the C++ library's folders by name, and leaves out what it does not know.
 library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
 jq --arg library "$library" '[.[] | select(.file | test("/(cmake|src|wmi-client/src|fallback)/[^.]*[.]cpp$"))
-    | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-fno-lifetime-dse|-Wshadow=local|-Werror"; ""))]' \
+    | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-Wshadow=local|-Werror|-Winvalid-pch|-include [^ ]*cmake_pch[^ ]*"; ""))]' \
     "$2/compile_commands.json" >"$lint/compile_commands.json"
 jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
     xargs -P "$(nproc)" -n 4 clang-tidy -p "$lint" --quiet --config-file="$project/.clang-tidy" \

@@ -118,7 +118,8 @@ int32_t GiveText(const char* name, AdlxObject* self, const char** target, Answer
 template <typename Value>
 int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Answer<Value> AdlxGpuModel::*member)
 {
-    const std::string call = std::string("adlx ") + name;
+    std::string call = "adlx ";
+    call += name; // GCC 12 sees an overflow in the sum of the two
     AddToTrace(call);
     if (!target) {
         return RefuseArgument(call, "a null pointer");

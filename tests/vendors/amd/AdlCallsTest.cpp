@@ -193,7 +193,7 @@ TEST_CASE("What a failed call of ADLX has written is not released, what a succes
 TEST_CASE("A wrapper that was destroyed holds no context and no library, and may be destroyed again")
 {
     Simulate({{"adl", Json::object()}});
-    alignas(ADLWrapper) unsigned char storage[sizeof(ADLWrapper)];
+    alignas(ADLWrapper) unsigned char storage[sizeof(ADLWrapper)] = {};
     auto* const adl = new (storage) ADLWrapper;
     REQUIRE(adl->GetContext() != nullptr);
     adl->~ADLWrapper();
