@@ -15,7 +15,7 @@ namespace {
 std::vector<std::string> MachineNames()
 {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(ORVEL_MACHINES)) {
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(u8"" ORVEL_MACHINES))) {
         if (entry.path().extension() == ".json") {
             names.push_back(entry.path().stem().string());
         }
@@ -25,7 +25,7 @@ std::vector<std::string> MachineNames()
 
 Json Expected(const std::string& name)
 {
-    std::ifstream file(std::string(ORVEL_EXPECTED) + "/" + name + ".json");
+    std::ifstream file(std::filesystem::path(u8"" ORVEL_EXPECTED) / (name + ".json"));
     REQUIRE_MESSAGE(file, "no expected output for machine " << name);
     return Json::parse(file);
 }

@@ -93,7 +93,7 @@ private:
 /// The names that the library imports from nvml.dll.
 std::vector<std::string> ImportedNames()
 {
-    std::ifstream file(ORVEL_NVML_DEFINITION);
+    std::ifstream file(std::filesystem::path(u8"" ORVEL_NVML_DEFINITION));
     std::vector<std::string> names;
     for (std::string line; std::getline(file, line);) {
         if (line.starts_with("nvml")) {

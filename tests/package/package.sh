@@ -21,7 +21,7 @@ folder=$(windows "$package")
 export WINEPATH="$folder\\bin;$folder\\simulation"
 export WINEDLLOVERRIDES="opencl,dxgi,dwmapi=n,b;mscoree,mshtml="
 machines=$package/simulation/machines
-msvc_flags=(--target=x86_64-pc-windows-msvc -fexceptions -fcxx-exceptions "-I$here/msvc-crt" -Wall -Wextra -Werror
+msvc_flags=(--target=x86_64-pc-windows-msvc -fexceptions -fcxx-exceptions -isystem "$here/msvc-crt" -Wall -Wextra -Werror
     "-I$package/include" "-I$package/simulation/include")
 
 # --- hosts -------------------------------------------------------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include "SimulatedRun.h"
 
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <utility>
@@ -33,10 +34,9 @@ size_t violationsTaken = 0;
 
 Json Machine(const std::string& name)
 {
-    const std::string path = std::string(ORVEL_MACHINES) + "/" + name + ".json";
-    std::ifstream file(path);
+    std::ifstream file(std::filesystem::path(u8"" ORVEL_MACHINES) / (name + ".json"));
     if (!file) {
-        throw std::runtime_error("no such machine file: " + path);
+        throw std::runtime_error("no such machine: " + name);
     }
     return Json::parse(file);
 }

@@ -35,8 +35,8 @@ int main(int argc, char** argv)
         return Fail("no tests named");
     }
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    char program[MAX_PATH];
-    ::GetModuleFileNameA(nullptr, program, MAX_PATH);
+    wchar_t program[MAX_PATH];
+    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
     const auto folder = std::filesystem::path(program).parent_path();
     const HMODULE simulation = ::LoadLibraryW((folder / "simulation" / "orvel-simulation.dll").c_str());
     if (!simulation) {

@@ -50,12 +50,14 @@ is '.cards[0].DeviceId' '"1912"'
 is '.cards[0].AdapterRam' 4095
 is '.cards[0].MemorySize' 4095
 is '.cards[0].MemoryType' '"UNKNOWN"'
-is '.cards[0].MemoryClockMax' 0
-is '.cards[0].MemoryBandwidth' 0
+is '.cards[0].MemoryClockMax == 0' true
+is '.cards[0].MemoryBandwidth == 0' true
 is '.cards[0].Cores' 24
 is '.cards[0].AvailabilityStatus' '"RunningFullPower"'
 is '.cards[0].UserConfig' false
-is '[.log[] | select(.severity == "warning") | .message]' '["Failed to get ConfigManagerUserConfig from WMI"]'
+warnings='["Failed to get ConfigManagerUserConfig from WMI"]' # which Wine's WMI has from version 10 on
+[ "$(/usr/lib/wine/wine64 --version | sed 's/^wine-\([0-9]*\).*/\1/')" -lt 10 ] || warnings='[]'
+is '[.log[] | select(.severity == "warning") | .message]' "$warnings"
 is '.live.wmi' 0
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))
