@@ -74,7 +74,8 @@ void CheckNothingAddsUp(const Json& machine, int rounds, void (*enumerate)() = E
     CHECK(last.TlsIndexes == first.TlsIndexes);
     // A leak of 7 bytes a round would be more than this in 10,000 rounds.
     CHECK(last.HeapBytes <= first.HeapBytes + 64 * 1024);
-    CHECK(last.PrivateBytes <= first.PrivateBytes + 1024 * 1024); // the heaps take memory in large pieces
+    // The heaps take memory in large pieces, and which ones depends on the order in which the simulation lets objects go.
+    CHECK(last.PrivateBytes <= first.PrivateBytes + 8 * 1024 * 1024);
 }
 
 } // namespace

@@ -39,7 +39,7 @@ public:
         std::array<void*, 64> handles{};
         uint32_t count = 0;
         REQUIRE((*this)(enumPhysicalGpus, handles.data(), &count) == 0);
-        return handles[0];
+        return handles.front();
     }
 
 private:
