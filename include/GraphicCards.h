@@ -111,8 +111,9 @@ public:
     GraphicCards& operator=(const GraphicCards&) = delete;
     ~GraphicCards() { delete enumeration; }
 
-    /// Finds the cards anew; the former ones and all that refers to them go. The thread must have initialised COM. Throws
-    /// what GraphicCardEnumeration::QueryGraphicCards throws; the cards that were found before are there all the same.
+    /// Finds the cards again; the former ones and all references to them become invalid. The thread must have initialised
+    /// COM. Throws what GraphicCardEnumeration::QueryGraphicCards throws; the cards that were found before are there all the
+    /// same.
     void Enumerate()
     {
         *this = GraphicCards();

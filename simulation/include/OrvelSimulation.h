@@ -35,7 +35,7 @@ extern "C" {
  */
 ORVEL_SIMULATION_API int OrvelSimulateMachine(const char* path, const char** problem);
 
-/* The same for a machine given as JSON text; sourceName stands for the file in the problem. A null in either is a wrong
+/* The same for a machine given as JSON text; sourceName replaces the file in the problem. A null in either is a wrong
  * machine. */
 ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem);
 
