@@ -2,7 +2,7 @@
 
 #include <CL/cl.h>
 
-#include "system/Handles.h"
+#include "platform/Handles.h"
 
 namespace orvel::bench {
 

@@ -4,7 +4,7 @@
 #include <dxgi.h>
 #include <wrl/client.h>
 
-#include "system/Handles.h"
+#include "platform/Handles.h"
 
 namespace orvel::bench {
 

@@ -3,7 +3,7 @@
 #include <regex>
 
 #include "Promised.h"
-#include "system/LocationText.h"
+#include "formulas/LocationText.h"
 
 using namespace orvel::fuzz;
 

@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "Promised.h"
-#include "system/NumberText.h"
+#include "formulas/NumberText.h"
 
 using namespace orvel::fuzz;
 using namespace orvel::shared::enumeration;

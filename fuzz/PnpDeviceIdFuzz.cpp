@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "Promised.h"
-#include "system/PnpDeviceId.h"
+#include "formulas/PnpDeviceId.h"
 
 using namespace orvel::fuzz;
 using namespace orvel::shared::enumeration;

@@ -1,7 +1,7 @@
 // Any text as a device id or a name in a query: it stands there unchanged, between the fixed words.
 
 #include "Promised.h"
-#include "enumeration/VideoControllerQuery.h"
+#include "formulas/VideoControllerQuery.h"
 
 using namespace orvel::fuzz;
 using namespace orvel::shared::enumeration;

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "Promised.h"
-#include "system/RegistryText.h"
+#include "formulas/RegistryText.h"
 
 using namespace orvel::fuzz;
 using namespace orvel::shared::enumeration;

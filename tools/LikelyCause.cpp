@@ -5,8 +5,8 @@
 
 #include "OpenClDevices.h"
 #include "SystemChecks.h"
-#include "enumeration/StatusNames.h"
-#include "system/MemoryBandwidth.h"
+#include "formulas/MemoryBandwidth.h"
+#include "formulas/StatusNames.h"
 
 namespace orvel::tools {
 

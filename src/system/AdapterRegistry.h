@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "system/KnownKey.h"
+#include "platform/KnownKey.h"
 
 namespace orvel::shared::enumeration {
 

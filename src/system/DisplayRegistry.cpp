@@ -1,6 +1,6 @@
 #include "system/DisplayRegistry.h"
 
-#include "system/RegistryText.h"
+#include "formulas/RegistryText.h"
 
 namespace orvel::shared::enumeration {
 

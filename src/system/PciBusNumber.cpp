@@ -3,10 +3,10 @@
 #include <optional>
 #include <vector>
 
-#include "system/Handles.h"
-#include "system/LocationText.h"
-#include "system/Log.h"
-#include "system/NumberText.h"
+#include "formulas/LocationText.h"
+#include "formulas/NumberText.h"
+#include "platform/Handles.h"
+#include "platform/Log.h"
 
 namespace orvel::shared::enumeration {
 

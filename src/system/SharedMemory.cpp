@@ -7,7 +7,7 @@
 #include <dxgi.h>
 #include <wrl/client.h>
 
-#include "system/NumberText.h"
+#include "formulas/NumberText.h"
 
 namespace orvel::shared::enumeration {
 

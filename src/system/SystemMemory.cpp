@@ -4,10 +4,10 @@
 #include <exception>
 
 #include "WMIClient.h"
-#include "enumeration/WmiNamespace.h"
-#include "system/ErrorText.h"
-#include "system/Log.h"
-#include "system/MemoryBandwidth.h"
+#include "formulas/MemoryBandwidth.h"
+#include "platform/ErrorText.h"
+#include "platform/Log.h"
+#include "system/WmiNamespace.h"
 
 namespace orvel::shared::enumeration {
 

@@ -338,7 +338,7 @@ done
 # --- exceptions ---------------------------------------------------------------------------------------------------------------
 
 x86_64-w64-mingw32-g++-posix -std=c++20 -O2 -shared -static "-I$source/src" "$here/throwing.cpp" \
-    "$source/src/enumeration/MsvcException.cpp" -o throwing.dll
+    "$source/src/abi/MsvcException.cpp" -o throwing.dll
 llvm-dlltool -m i386:x86-64 -d "$here/throwing.def" -l throwing.lib
 check "a host that catches builds in MSVC's ABI" msvc_host "$here/catching.cpp" catching throwing.lib
 run catching.exe >caught.txt 2>&1
@@ -385,12 +385,12 @@ check "an assignment warns in MSVC's ABI" warns_twice clang++ "${msvc_flags[@]}"
 # --- exports ------------------------------------------------------------------------------------------------------------------
 
 check "the MSVC names are those of the headers" same <("$source/cmake/make-msvc-exports.sh" "$package/include") \
-    "$source/src/enumeration/MsvcExports.def"
+    "$source/src/abi/MsvcExports.def"
 library=$package/bin/orvel-graphic-cards-enumeration.dll
 x86_64-w64-mingw32-objdump -p "$library" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '/^\t\[/ { print $NF }' |
     sort >exports.txt
-sed -n 's/^    "\(?.*\)" = .*/\1/p' "$source/src/enumeration/MsvcExports.def" | sort >msvc-names.txt
-sed -n 's/^    ".*" = \(_Z.*\)/\1/p; s/^    "\(_Z.*\)" = .*/\1/p' "$source/src/enumeration/MsvcExports.def" | sort >gcc-names.txt
+sed -n 's/^    "\(?.*\)" = .*/\1/p' "$source/src/abi/MsvcExports.def" | sort >msvc-names.txt
+sed -n 's/^    ".*" = \(_Z.*\)/\1/p; s/^    "\(_Z.*\)" = .*/\1/p' "$source/src/abi/MsvcExports.def" | sort >gcc-names.txt
 check "the DLL exports every MSVC name" same msvc-names.txt <(comm -12 exports.txt msvc-names.txt)
 check "the DLL exports every GCC name" same gcc-names.txt <(comm -12 exports.txt gcc-names.txt)
 printf 'GetGraphicCardsVersion\nSetGraphicCardLog\n' >c-names.txt

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "enumeration/MsvcException.h"
+#include "abi/MsvcException.h"
 
 using orvel::shared::enumeration::CallForMsvc;
 

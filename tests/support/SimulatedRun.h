@@ -29,8 +29,8 @@ void Simulate(const Json& machine);
 std::vector<std::string> Trace();
 std::map<std::string, int> Live();
 
-/// What the product did on the machine that a real driver does not allow ("CALL: WHAT"), as far as nobody has taken it. A test
-/// that provokes a violation takes it; any other test fails with it, when it puts the next machine in place or ends.
+/// What the product did on the machine that a real driver does not allow ("CALL: WHAT"), as far as nobody has taken it. A
+/// test that provokes a violation takes it; any other test fails with it, when it puts the next machine in place or ends.
 std::vector<std::string> TakeViolations();
 
 /// Fails the running test for every violation that nobody has taken.

@@ -5,8 +5,8 @@
 
 #include <cstdlib>
 
-#include "system/LastStore.h"
-#include "system/Log.h"
+#include "platform/LastStore.h"
+#include "platform/Log.h"
 #include "vendors/amd/AdlxInterfaces.h"
 
 namespace orvel::shared::enumeration {

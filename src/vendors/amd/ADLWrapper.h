@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "system/Handles.h"
+#include "platform/Handles.h"
 #include "vendors/amd/AdlTypes.h"
 
 namespace orvel::shared::enumeration {

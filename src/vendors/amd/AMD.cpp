@@ -5,18 +5,18 @@
 
 #include <cstdlib>
 
-#include "enumeration/StatusNames.h"
-#include "enumeration/VideoControllerQuery.h"
-#include "enumeration/WmiNamespace.h"
-#include "enumeration/WmiText.h"
+#include "formulas/NumberText.h"
+#include "formulas/PnpDeviceId.h"
+#include "formulas/StatusNames.h"
+#include "formulas/VideoControllerQuery.h"
+#include "platform/Log.h"
+#include "platform/TextEncoding.h"
 #include "system/DisplayRegistry.h"
-#include "system/Log.h"
-#include "system/NumberText.h"
 #include "system/PciBusNumber.h"
-#include "system/PnpDeviceId.h"
 #include "system/SharedMemory.h"
 #include "system/SystemMemory.h"
-#include "system/TextEncoding.h"
+#include "system/WmiNamespace.h"
+#include "system/WmiText.h"
 #include "vendors/amd/ADLXHelper.h"
 
 namespace orvel::shared::enumeration {

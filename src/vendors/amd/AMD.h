@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "enumeration/BaseGraphicCard.h"
-#include "enumeration/GraphicCardProperties.h"
+#include "platform/OpenCLWrapper.h"
+#include "record/GraphicCardProperties.h"
 #include "system/AdapterRegistry.h"
-#include "system/OpenCLWrapper.h"
+#include "vendors/BaseGraphicCard.h"
 #include "vendors/amd/ADLWrapper.h"
 #include "vendors/amd/AdlxInterfaces.h"
 

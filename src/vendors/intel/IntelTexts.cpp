@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "system/NumberText.h"
+#include "formulas/NumberText.h"
 
 namespace orvel::shared::enumeration {
 

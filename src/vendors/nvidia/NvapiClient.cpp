@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "enumeration/NameOf.h"
-#include "system/Log.h"
+#include "formulas/NameOf.h"
+#include "platform/Log.h"
 #include "vendors/nvidia/NvidiaFormulas.h"
 
 namespace orvel::shared::enumeration {

@@ -1,12 +1,12 @@
 #include "vendors/nvidia/Nvidia.h"
 
-#include "enumeration/StatusNames.h"
-#include "enumeration/VideoControllerQuery.h"
-#include "enumeration/WmiNamespace.h"
-#include "system/Log.h"
-#include "system/OpenCLWrapper.h"
+#include "formulas/StatusNames.h"
+#include "formulas/VideoControllerQuery.h"
+#include "platform/Log.h"
+#include "platform/OpenCLWrapper.h"
+#include "platform/TextEncoding.h"
 #include "system/SystemMemory.h"
-#include "system/TextEncoding.h"
+#include "system/WmiNamespace.h"
 
 namespace orvel::shared::enumeration {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "enumeration/BaseGraphicCard.h"
-#include "enumeration/GraphicCardProperties.h"
+#include "record/GraphicCardProperties.h"
+#include "vendors/BaseGraphicCard.h"
 #include "vendors/nvidia/NvapiClient.h"
 #include "vendors/nvidia/NvmlClient.h"
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "system/Counts.h"
-#include "system/Log.h"
+#include "platform/Counts.h"
+#include "platform/Log.h"
 #include "vendors/nvidia/NvidiaFormulas.h"
 
 namespace orvel::shared::enumeration {

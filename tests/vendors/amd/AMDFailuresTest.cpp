@@ -8,7 +8,7 @@
 
 #include "AmdRun.h"
 #include "Enumeration.h"
-#include "enumeration/GraphicCardList.h"
+#include "record/GraphicCardList.h"
 
 using namespace orvel::tests;
 

@@ -1,0 +1,27 @@
+#include "formulas/PnpDeviceId.h"
+
+#include <stdexcept>
+
+namespace orvel::shared::enumeration {
+
+std::string Cut(const std::string& text, std::size_t position, std::size_t count)
+{
+    if (position > text.size()) {
+        throw std::out_of_range("invalid string position");
+    }
+    return text.substr(position, count);
+}
+
+PnpDeviceId ParsePnpDeviceId(const std::string& text)
+{
+    return {Cut(text, 8, 4), Cut(text, 17, 4), SubsystemOf(text)};
+}
+
+std::string SubsystemOf(const std::string& text)
+{
+    // The vendor half comes last: asking for it first refuses a text that does not reach it.
+    const std::string vendor = Cut(text, 33, 4);
+    return Cut(text, 29, 4) + "-" + vendor;
+}
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,24 @@
+#include "formulas/RegistryText.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace orvel::shared::enumeration {
+
+std::u16string RegistryText(const unsigned char* data, std::size_t bytes)
+{
+    std::u16string text(bytes / sizeof(char16_t), u'\0');
+    if (!text.empty()) {
+        std::memcpy(text.data(), data, text.size() * sizeof(char16_t));
+    }
+    text.resize(std::min(text.find(u'\0'), text.size()));
+    return text;
+}
+
+bool IsMatchingDevice(const std::string& matchingDeviceId, const std::string& vendorId, const std::string& deviceId)
+{
+    return matchingDeviceId.size() >= 21 && matchingDeviceId.compare(8, 4, vendorId) == 0 &&
+           matchingDeviceId.compare(17, 4, deviceId) == 0;
+}
+
+} // namespace orvel::shared::enumeration

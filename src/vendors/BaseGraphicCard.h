@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "WMIClient.h"
+#include "record/GraphicCardList.h"
+#include "record/GraphicCardProperties.h"
+
+namespace orvel::shared::enumeration {
+
+/// A vendor's enumerator, and what all vendors read from WMI in the same way.
+///
+/// The readers take a client whose current row is a `Win32_VideoController`. A property that cannot be read is logged as a
+/// warning and gives the reader's default; nothing is thrown.
+class BaseGraphicCard {
+public:
+    virtual ~BaseGraphicCard() = default;
+
+    /// Appends one record per adapter of the vendor. Throws what ends the vendor's whole run.
+    virtual void QueryInfo(GraphicCardList& list) = 0;
+
+protected:
+    /// "Availability"; 0 on failure, a code without a name.
+    uint32_t GetAvailabilityCode(wmi::WMIClient& row) const;
+    /// "ConfigManagerErrorCode"; 0 on failure.
+    uint32_t GetConfigError(wmi::WMIClient& row) const;
+    /// "ConfigManagerUserConfig"; false on failure.
+    bool GetUserConfig(wmi::WMIClient& row) const;
+    /// "CurrentHorizontalResolution" and "CurrentVerticalResolution" in pixels, joined by "x"; "" when either fails.
+    std::string GetCurrentResolution(wmi::WMIClient& row) const;
+    /// "CurrentRefreshRate" in hertz; 0 on failure.
+    uint32_t GetCurrentRefreshRate(wmi::WMIClient& row) const;
+    /// "DriverVersion"; "" on failure.
+    std::string GetDriverVersion(wmi::WMIClient& row) const;
+    /// "DriverDate" as WMI writes it; "" on failure.
+    std::string GetDriverReleaseDate(wmi::WMIClient& row) const;
+    /// "Name"; "" on failure.
+    std::string GetAdapterName(wmi::WMIClient& row) const;
+    /// "AdapterRAM" in whole MiB; 0 on failure.
+    uint32_t GetAdapterRam(wmi::WMIClient& row) const;
+    /// "Status"; "" on failure.
+    std::string GetAdapterStatus(wmi::WMIClient& row) const;
+    /// Whether desktop composition is on; false when Windows does not say, and before Windows Vista. Logs nothing.
+    bool IsAeroEnabled() const;
+
+    /// Reads what concerns the driver and the display, last the names of the codes that stand in `card` already. Throws
+    /// std::out_of_range ("invalid unordered_map<K, T> key") for a code without a name.
+    void ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
+};
+
+} // namespace orvel::shared::enumeration

@@ -1,0 +1,41 @@
+#include "formulas/RegistryText.h"
+
+#include <doctest/doctest.h>
+
+using namespace orvel::shared::enumeration;
+
+namespace {
+
+bool Gives(const std::string& bytes, const std::u16string& text)
+{
+    return RegistryText(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) == text;
+}
+
+} // namespace
+
+TEST_CASE("A registry text ends at its first NUL, or with the data")
+{
+    using namespace std::string_literals;
+    CHECK(Gives("A\0B\0\0\0"s, u"AB"));
+    CHECK(Gives("A\0B\0"s, u"AB"));
+    CHECK(Gives("A\0\0\0B\0"s, u"A"));
+    CHECK(Gives("\0\0A\0"s, u""));
+    CHECK(RegistryText(nullptr, 0).empty());
+}
+
+TEST_CASE("An odd last byte is no unit of a registry text")
+{
+    using namespace std::string_literals;
+    CHECK(Gives("A\0B"s, u"A"));
+    CHECK(Gives("A"s, u""));
+}
+
+TEST_CASE("A matching device id names vendor and device at their places, in their case")
+{
+    CHECK(IsMatchingDevice("pci\\ven_8086&dev_4680", "8086", "4680"));
+    CHECK(IsMatchingDevice("PCI\\VEN_1002&DEV_73BF&SUBSYS_438E1DA2", "1002", "73BF"));
+    CHECK_FALSE(IsMatchingDevice("pci\\ven_1002&dev_73bf", "1002", "73BF"));
+    CHECK_FALSE(IsMatchingDevice("pci\\ven_8086&dev_4680", "8086", "4681"));
+    CHECK_FALSE(IsMatchingDevice("pci\\ven_8086&dev_468", "8086", "468"));
+    CHECK_FALSE(IsMatchingDevice("", "", ""));
+}

@@ -1,0 +1,20 @@
+#include "formulas/VideoControllerQuery.h"
+
+#include <doctest/doctest.h>
+
+using namespace orvel::shared::enumeration;
+
+TEST_CASE("NVIDIA's rows are asked for by device id; an empty one asks for all")
+{
+    CHECK(NvidiaAdapterQuery("2504") ==
+          "SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_10DE&DEV_2504%'");
+    CHECK(NvidiaAdapterQuery("") == "SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_10DE&DEV_%'");
+}
+
+TEST_CASE("AMD's rows are asked for by name, which stands there as it is")
+{
+    const std::string before = "SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_1002%' AND Name = '";
+    for (const std::string name : {"AMD Radeon RX 6800 XT", "", "It's", "%_\xC3\x9C"}) {
+        CHECK(AmdAdapterQuery(name) == before + name + "'");
+    }
+}
