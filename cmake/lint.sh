@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
-# lint.sh PROJECT BUILD: clang-tidy on the product's sources, with the cross-build's own commands, and cppcheck on all that is
-# built. Any finding fails.
+# lint.sh PROJECT BUILD: clang-format on all sources, clang-tidy on the product's with the cross-build's own commands, and
+# cppcheck on all that is built. Any finding fails.
 set -euo pipefail
 
 project=$1
 lint=$2/lint
 mkdir -p "$lint/cppcheck"
+
+(cd "$project" && git ls-files -z '*.cpp' '*.h' '*.c' | xargs -0 clang-format --dry-run --Werror --ferror-limit=1) ||
+    { echo "Run ./dev format." >&2 && exit 1; }
 
 # The commands are GCC's: clang takes its target and the C++ library's folders by name, and leaves out what it does not know.
 library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
