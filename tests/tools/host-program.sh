@@ -261,6 +261,10 @@ jq '.wmi.failures = [{"contains": "Win32_Bios", "status": "0x80041001"}]' "$sour
 vendor_words "$work/no-bios.json" "no-wmi ok no-wmi"
 jq 'del(.wmi)' "$source/machines/workstation.json" >"$work/no-wmi.json"
 vendor_words "$work/no-wmi.json" "no-wmi no-wmi no-wmi"
+jq 'del(.dxgi)' "$source/machines/workstation.json" >"$work/no-dxgi.json"
+vendor_words "$work/no-dxgi.json" "no-dxgi ok no-dxgi"
+jq '.dxgi.factory = "0x80004005"' "$source/machines/workstation.json" >"$work/refused-dxgi.json"
+vendor_words "$work/refused-dxgi.json" "no-dxgi ok no-dxgi"
 run --machine ddr5-desktop --doctor
 check "--doctor has the words in its text too" prints "unsupported-memory-type"
 # A vendor is ok where the machine's reviewed records have one of its cards, and only there.
