@@ -367,6 +367,7 @@ long AdlxSession::Release(AdlxObject* object)
 {
     const long left = --object->references;
     if (left == 0) {
+        AddToTrace(std::string("adlx Release ") + object->contract->name);
         counted.erase(object);
         Bury(object);
     }

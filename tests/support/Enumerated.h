@@ -11,6 +11,7 @@ struct Enumerated {
     Json Thrown;
     std::vector<std::string> Trace;
     std::map<std::string, int> Live;
+    std::vector<std::string> Events; ///< the trace with each log line, and what the test notes, at its place
 
     const Json& Card(size_t index) const { return Cards.at(index); }
 };

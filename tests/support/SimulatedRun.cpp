@@ -30,6 +30,14 @@ Json SimulationReport()
 /// How many violations of the machine in place have been taken.
 size_t violationsTaken = 0;
 
+struct NotedEvent {
+    int CallsBefore;
+    std::string Text;
+};
+
+/// What has been noted on the machine in place.
+std::vector<NotedEvent> notes;
+
 } // namespace
 
 Json Machine(const std::string& name)
@@ -69,6 +77,7 @@ void Simulate(const Json& machine)
     const int result = simulate(machine.dump().c_str(), "test machine", &problem);
     if (result != ORVEL_SIMULATION_WRONG_MACHINE) { // which changes nothing
         violationsTaken = 0;
+        notes.clear();
     }
     if (result != ORVEL_SIMULATION_IN_PLACE) {
         throw std::runtime_error(problem);
@@ -78,6 +87,20 @@ void Simulate(const Json& machine)
 std::vector<std::string> Trace()
 {
     return SimulationReport()["trace"];
+}
+
+void Note(const std::string& event)
+{
+    notes.push_back({Find<decltype(&OrvelSimulationCalls)>("OrvelSimulationCalls")(""), event});
+}
+
+std::vector<std::string> Events()
+{
+    std::vector<std::string> events = Trace();
+    for (auto note = notes.rbegin(); note != notes.rend(); ++note) { // so that the places before it stay what they are
+        events.insert(events.begin() + note->CallsBefore, note->Text);
+    }
+    return events;
 }
 
 std::map<std::string, int> Live()

@@ -27,6 +27,10 @@ void Simulate(const Json& machine);
 
 /// What the simulation has seen since Simulate.
 std::vector<std::string> Trace();
+/// Notes at this place among the platform's calls what the simulation does not see.
+void Note(const std::string& event);
+/// The trace with the notes at their places.
+std::vector<std::string> Events();
 std::map<std::string, int> Live();
 
 /// What the product did on the machine that a real driver does not allow ("CALL: WHAT"), as far as nobody has taken it. A

@@ -1,10 +1,11 @@
-// The order in which AMD's enumerator asks the platform.
+// The order in which AMD's enumerator asks the platform, logs, and gives back what it holds.
 
 #include <algorithm>
 
 #include <doctest/doctest.h>
 
 #include "AmdRun.h"
+#include "support/NotedRegistry.h"
 
 using namespace orvel::tests;
 
@@ -12,7 +13,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// AMD's part of the trace: from the creation of the ADL context on.
+/// AMD's part of the calls or events: from the creation of the ADL context on.
 Calls AmdCalls(const Calls& trace)
 {
     return {std::ranges::find(trace, "adl ADL2_Main_Control_Create"), trace.end()};
@@ -42,10 +43,16 @@ void Append(Calls& calls, const Calls& more)
 const Calls start = {"adl ADL2_Main_Control_Create", "adlx ADLXQueryFullVersion", "adlx ADLXQueryVersion",
                      "adlx ADLXInitializeWithCallerAdl", "adlx GetGPUs"};
 
+const std::string pciKey = "registry SYSTEM\\CurrentControlSet\\Enum\\PCI\\";
+const std::string videoKey = "registry SYSTEM\\CurrentControlSet\\Control\\Video";
+
 const std::string rowsQuery = "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_1002%' AND "
                               "Name = 'AMD Radeon RX 6800 XT'";
 
-const Calls end = {"adlx ADLXTerminate", "adl ADL2_Main_Control_Destroy"};
+const Calls end = {"adlx Release IADLXGPUList", "adlx ADLXTerminate", "adl ADL2_Main_Control_Destroy"};
+
+/// What a GPU ends with, once its rows are read.
+const Calls gpuEnd = {"adlx Release IADLXPerformanceMonitoringServices", "adlx Release IADLXGPU"};
 
 /// What the drivers are asked about one GPU whose memory supports no ECC, before the query for its rows.
 Calls GpuCalls(const std::string& index, const std::string& adapter)
@@ -71,7 +78,9 @@ Calls GpuCalls(const std::string& index, const std::string& adapter)
             "adlx GetCurrentGPUMetrics",
             "adlx IsSupportedGPUClockSpeed",
             "adlx GPUClockSpeed",
-            core};
+            core,
+            "adlx Release IADLXGPUMetrics",
+            "adlx Release IADLXGPUMetricsSupport"};
 }
 
 /// The queries for the first row's memory clock: it is asked with the other two figures of the memory modules.
@@ -87,6 +96,7 @@ TEST_CASE("The drivers and WMI are asked in the fixed order, from the ADL contex
     Append(expected, GpuCalls("0", "0"));
     Append(expected, {rowsQuery});
     Append(expected, memoryQueries);
+    Append(expected, gpuEnd);
     Append(expected, {"adlx Size"});
     Append(expected, end);
     CHECK(OrderOf(EnumerateAmd(AmdDesktop())) == expected);
@@ -98,7 +108,9 @@ TEST_CASE("GPUs are asked one after another, the size after each, and WMI once f
     Append(expected, GpuCalls("0", "0"));
     Append(expected, {rowsQuery});
     Append(expected, memoryQueries);
+    Append(expected, gpuEnd);
     Append(expected, GpuCalls("1", "5"));
+    Append(expected, gpuEnd);
     Append(expected, {"adlx Size"});
     Append(expected, end);
     CHECK(OrderOf(EnumerateAmd(AmdTwoCards())) == expected);
@@ -115,8 +127,11 @@ TEST_CASE("The BIOS serial number is read after the ADL context is created, and 
 
 TEST_CASE("A row's values are read in the fixed order, the machine's in between")
 {
+    const NotedRegistry registry(TestModule());
     const Enumerated result = EnumerateAmd(AmdDesktop());
-    const Calls calls = OnlyThose(AmdCalls(result.Trace), {"wmi get", "opencl clGetPlatformIDs", "dxgi CreateDXGIFactory"});
+    const std::string deviceKey = pciKey + "VEN_1002&DEV_73BF&SUBSYS_0E3A1002&REV_C1";
+    const Calls calls = OnlyThose(AmdCalls(result.Events),
+                                  {"wmi get", "opencl clGetPlatformIDs", "dxgi CreateDXGIFactory", "dwm ", "registry "});
     CHECK(calls == Calls{"wmi get SerialNumber",
                          "wmi get Availability",
                          "wmi get ConfigManagerErrorCode",
@@ -125,6 +140,10 @@ TEST_CASE("A row's values are read in the fixed order, the machine's in between"
                          "wmi get CurrentVerticalResolution",
                          "wmi get CurrentRefreshRate",
                          "wmi get DriverVersion",
+                         "dwm DwmIsCompositionEnabled",
+                         pciKey,
+                         deviceKey,
+                         deviceKey + "\\6&2F4D2B2&0&00000019",
                          "opencl clGetPlatformIDs", // the number
                          "opencl clGetPlatformIDs", // the platforms
                          "wmi get Speed",           // both modules, for the clock
@@ -136,9 +155,90 @@ TEST_CASE("A row's values are read in the fixed order, the machine's in between"
                          "wmi get SMBIOSMemoryType",
                          "wmi get TotalWidth",
                          "wmi get DriverDate",
+                         videoKey,
+                         "registry {6C7C7D60-6E6B-11ED-8F2A-806E6F6E6963}",
+                         "registry 0000",
                          "wmi get Name",
                          "wmi get AdapterRAM",
                          "wmi get Status"});
+}
+
+namespace {
+
+/// A desktop that reports nothing but what ends the run where it is missing. OpenCL's second platform refuses to list its
+/// devices, and the type of the memory has no bandwidth.
+Json SilentDesktop()
+{
+    Json machine = AmdDesktop();
+    const Json id = VideoController(machine)["PNPDeviceID"];
+    const Json name = VideoController(machine)["Name"];
+    VideoController(machine) = {
+        {"Availability", 3}, {"PNPDeviceID", id}, {"Name", {{"where", name}, {"status", "0x80041001"}}}};
+    Row(machine, "Win32_Bios") = Json::object();
+    machine["wmi"]["classes"]["Win32_PhysicalMemory"] = {{{"SMBIOSMemoryType", 12}}};
+    machine.erase("registry");
+    machine["dxgi"]["adapters"] = Json::array();
+    machine["opencl"]["platforms"].push_back({{"devices_count", -30}, {"devices", Json::array()}});
+    AdlAdapter(machine) = Json::object();
+    machine["adlx"]["GetPerformanceMonitoringServices"] = 3;
+    return machine;
+}
+
+std::string Unread(const std::string& getter, const std::string& text)
+{
+    return Line("warning", "BaseGraphicCard::" + getter, text);
+}
+
+} // namespace
+
+TEST_CASE("Where nothing can be read every property logs its line in that order")
+{
+    const Calls expected = {
+        "adl ADL2_Main_Control_Create",
+        adlReady,
+        "wmi get SerialNumber",
+        adlxReady,
+        "wmi get Availability",
+        "wmi get ConfigManagerErrorCode",
+        Unread("GetConfigError", "Failed to get ConfigManagerErrorCode from WMI"),
+        "wmi get ConfigManagerUserConfig",
+        Unread("GetUserConfig", "Failed to get ConfigManagerUserConfig from WMI"),
+        "wmi get CurrentHorizontalResolution",
+        Unread("GetCurrentResolution", "Failed to get current resolution from WMI."),
+        "wmi get CurrentRefreshRate",
+        Unread("GetCurrentRefreshRate", "Failed to get current refresh rate from WMI"),
+        "wmi get DriverVersion",
+        Unread("GetDriverVersion", "Failed to get driver version from WMI"),
+        "dwm DwmIsCompositionEnabled",
+        pciKey,
+        Line("warning", "GetBusIdFromRegistry", "Failed to get Bus ID from registry. Error code: 2"),
+        "opencl clGetPlatformIDs", // the chip name
+        "opencl clGetPlatformIDs",
+        Line("error", "OpenCLWrapper::GetDevices", "Failed to get Open CL devices"),
+        "wmi get Speed",
+        "dxgi CreateDXGIFactory",
+        "wmi get SMBIOSMemoryType",
+        "wmi get Speed", // for the bandwidth
+        "wmi get SMBIOSMemoryType",
+        Line("error", "GetMemoryBandwidth", "Error: Argument out of range"),
+        "wmi get TotalWidth",
+        "wmi get DriverDate",
+        Line("warning", "AMD::QueryInfo", "Failed to get Driver Date from WMI"),
+        videoKey,
+        "wmi get Name",
+        Unread("GetAdapterName", "Failed to get Adapter Name from WMI"),
+        "wmi get AdapterRAM",
+        Unread("GetAdapterRam", "Failed to get AdapterRAM from WMI"),
+        "wmi get Status",
+        Unread("GetAdapterStatus", "Failed to get Status from WMI"),
+        "adl ADL2_Main_Control_Destroy",
+        adlDestroyed,
+        adlDestroyed,
+    };
+    const NotedRegistry registry(TestModule());
+    const Enumerated result = EnumerateAmd(SilentDesktop());
+    CHECK(OnlyThose(AmdCalls(result.Events), {"adl ADL2_Main", "wmi get", "registry ", "opencl clGetPlatformIDs",
+                                              "dxgi CreateDXGIFactory", "dwm ", "error ", "warning "}) == expected);
 }
 
 TEST_CASE("The ECC mode is asked for between its support and the errors, where ECC is supported")
@@ -172,4 +272,82 @@ TEST_CASE("Of the two initialisations of ADLX only the one on the caller's ADL i
         CHECK(std::ranges::count(result.Trace, "adlx ADLXInitializeWithIncompatibleDriver") == 0);
         CHECK(Only(result.Trace, "adl ADL_Adapter_ObservedClockInfo_Get").empty());
     }
+}
+
+namespace {
+
+decltype(&::FreeLibrary) freeLibrary = nullptr;
+void (*destroyClient)(void*) = nullptr;
+
+BOOL WINAPI NoteRelease(HMODULE module)
+{
+    char path[MAX_PATH] = "";
+    ::GetModuleFileNameA(module, path, MAX_PATH);
+    const std::string text = path;
+    Note("free " + text.substr(text.rfind('\\') + 1));
+    return freeLibrary(module);
+}
+
+void NoteClient(void* client)
+{
+    Note("free WMIClient");
+    destroyClient(client);
+}
+
+/// Notes the DLLs that the enumerators give back, and the clients of WMI, while it lives.
+class NotedReleases {
+public:
+    NotedReleases()
+    {
+        freeLibrary = library.Original<decltype(freeLibrary)>();
+        destroyClient = client.Original<decltype(destroyClient)>();
+    }
+
+private:
+    ReplacedImport library{TestModule(), L"kernel32.dll", "FreeLibrary", reinterpret_cast<void*>(&NoteRelease)};
+    ReplacedImport client{TestModule(), L"orvel-shared-wmi-client.dll", "_ZN5orvel6shared3wmi9WMIClientD1Ev",
+                          reinterpret_cast<void*>(&NoteClient)};
+};
+
+/// What is given back, and the log lines, after the last event of this text.
+Calls EndAfter(const Enumerated& result, const std::string& last)
+{
+    const auto found = std::find(result.Events.rbegin(), result.Events.rend(), last);
+    REQUIRE(found != result.Events.rend());
+    return OnlyThose({found.base(), result.Events.end()}, {"adl ", "adlx ", "free ", "error "});
+}
+
+} // namespace
+
+TEST_CASE("A run ends with its last GPU, ADLX, ADL, OpenCL and WMI, in this order")
+{
+    const NotedReleases releases;
+    CHECK(EndAfter(EnumerateAmd(AmdDesktop()), "wmi get Status") ==
+          Calls{"adlx Release IADLXPerformanceMonitoringServices", "adlx Release IADLXGPU", "adlx Size",
+                "adlx Release IADLXGPUList", "adlx ADLXTerminate", "free amdadlx64.dll",
+                "free orvel-amd-tests.dll", // for the callback that ADLX had
+                "adl ADL2_Main_Control_Destroy", "free atiadlxx.dll", adlDestroyed,
+                adlDestroyed, // the wrapper's destructor
+                "free opencl.dll", "free WMIClient"});
+}
+
+TEST_CASE("A run that a failed query for rows ends leaves ADLX, and gives back the rest in that order")
+{
+    Json machine = AmdDesktop();
+    FailQuery(machine, "VEN_1002", 1);
+    const NotedReleases releases;
+    CHECK(EndAfter(EnumerateLeavingAdlx(machine), rowsQuery) ==
+          Calls{Line("error", "AMD::QueryInfo", "Failed to get Win32_VideoController fields from WMI"),
+                "adlx Release IADLXPerformanceMonitoringServices", "adlx Release IADLXGPU", "adlx Release IADLXGPUList",
+                "adl ADL2_Main_Control_Destroy", "free atiadlxx.dll", adlDestroyed, "free opencl.dll", "free WMIClient"});
+}
+
+TEST_CASE("A run that a failed BIOS query ends gives back ADL, OpenCL and WMI, in this order")
+{
+    Json machine = AmdDesktop();
+    FailQuery(machine, "Win32_Bios", 0);
+    const NotedReleases releases;
+    CHECK(EndAfter(EnumerateAmd(machine), "adl ADL2_Main_Control_Create") ==
+          Calls{adlReady, Line("error", "AMD::QueryInfo", "Failed to get SerialNumber from Win32_Bios"),
+                "adl ADL2_Main_Control_Destroy", "free atiadlxx.dll", adlDestroyed, "free opencl.dll", "free WMIClient"});
 }

@@ -5,10 +5,12 @@
 
 #include <doctest/doctest.h>
 
+#include "record/GraphicCardList.h"
 #include "support/ReplacedImport.h"
 #include "support/SimulatedRun.h"
 #include "vendors/amd/ADLWrapper.h"
 #include "vendors/amd/ADLXHelper.h"
+#include "vendors/amd/AMD.h"
 
 using namespace orvel::shared::enumeration;
 using namespace orvel::tests;
@@ -188,6 +190,78 @@ TEST_CASE("What a failed call of ADLX has written is not released, what a succes
         }));
     }
     CHECK(object.Releases == 1);
+}
+
+namespace {
+
+decltype(&::GetProcAddress) findFunction = nullptr;
+decltype(&std::free) freeMemory = nullptr;
+
+/// The callbacks for memory: ADL's takes it, ADLX's gives it back.
+ADL_MAIN_MALLOC_CALLBACK adlAllocate = nullptr;
+ADLX_ADL_Main_Memory_Free adlxFree = nullptr;
+
+int KeepAllocate(ADL_MAIN_MALLOC_CALLBACK allocate, int, ADL_CONTEXT_HANDLE* received, int)
+{
+    adlAllocate = allocate;
+    *received = &context;
+    return 0;
+}
+
+ADLX_RESULT KeepFree(uint64_t, IADLXSystem**, IADLMapping**, void*, ADLX_ADL_Main_Memory_Free memoryFree)
+{
+    adlxFree = memoryFree;
+    return ADLX_FAIL;
+}
+
+int DoNothing()
+{
+    return 0;
+}
+
+FARPROC WINAPI FindKeeping(HMODULE module, LPCSTR name)
+{
+    void* function = reinterpret_cast<void*>(&DoNothing);
+    if (std::strcmp(name, "ADL2_Main_Control_Create") == 0) {
+        function = reinterpret_cast<void*>(&KeepAllocate);
+    } else if (std::strcmp(name, "ADLXInitializeWithCallerAdl") == 0) {
+        function = reinterpret_cast<void*>(&KeepFree);
+    }
+    return std::strncmp(name, "ADL", 3) == 0 ? reinterpret_cast<FARPROC>(function) : findFunction(module, name);
+}
+
+const void* watchedBlock = nullptr;
+int timesFreed = 0;
+
+void CountFree(void* block)
+{
+    timesFreed += block && block == watchedBlock ? 1 : 0;
+    freeMemory(block);
+}
+
+} // namespace
+
+TEST_CASE("ADLX's callback frees what ADL's has allocated, once, and clears the pointer to it")
+{
+    Simulate(Machine("amd-desktop"));
+    {
+        const ReplacedImport find(TestModule(), L"kernel32.dll", "GetProcAddress", reinterpret_cast<void*>(&FindKeeping));
+        findFunction = find.Original<decltype(findFunction)>();
+        GraphicCardList list;
+        AMD().QueryInfo(list);
+    }
+    REQUIRE((adlAllocate && adlxFree));
+    const ReplacedImport free(TestModule(), L"msvcrt.dll", "free", reinterpret_cast<void*>(&CountFree));
+    freeMemory = free.Original<decltype(freeMemory)>();
+    void* buffer = adlAllocate(16);
+    REQUIRE(buffer != nullptr);
+    watchedBlock = buffer;
+    adlxFree(&buffer);
+    adlxFree(&buffer); // there is nothing any more
+    adlxFree(nullptr);
+    CHECK(timesFreed == 1);
+    CHECK(buffer == nullptr);
+    watchedBlock = nullptr;
 }
 
 TEST_CASE("A wrapper that was destroyed holds no context and no library, and may be destroyed again")
