@@ -4,6 +4,7 @@
 #include <doctest/doctest.h>
 
 #include "support/Enumerated.h"
+#include "support/NotedRegistry.h"
 
 using namespace orvel::tests;
 
@@ -21,8 +22,8 @@ void CheckEnds(const Json& machine, const std::string& reason, size_t recordsBef
         Line("error", "GraphicCardEnumeration::QueryGraphicCards", "Unexpected error occurred: " + reason);
     CHECK(std::find(result.Log.begin(), result.Log.end(), line) != result.Log.end());
     CHECK(result.Thrown == nullptr);
-    for (const auto& [interface, objects] : result.Live) {
-        CHECK_MESSAGE(objects == 0, interface << " has live objects");
+    for (const auto& [driver, objects] : result.Live) {
+        CHECK_MESSAGE(objects == 0, driver << " has live objects");
     }
 }
 
@@ -256,21 +257,21 @@ TEST_CASE("An adapter that DXGI does not list shares no memory, and a missing DX
 
 namespace {
 
-/// Intel's part of a trace in short: WMI's queries, the properties that are read, what OpenCL is asked of its device, and
-/// DXGI. The values of several memory modules count as one.
-std::vector<std::string> InShort(const std::vector<std::string>& trace)
+/// Intel's part of a run in short: WMI's queries, the properties that are read, what OpenCL is asked of its device, DXGI,
+/// the registry's keys and the log lines. The values of several memory modules count as one.
+std::vector<std::string> InShort(const std::vector<std::string>& events)
 {
     std::vector<std::string> calls;
-    for (const std::string& call : trace) {
-        const bool isSeen = std::find(calls.begin(), calls.end(), call) != calls.end();
-        if (call == "wmi get SerialNumber" && isSeen) {
-            break; // AMD's run
+    for (const std::string& call : events) {
+        if (call.find("NvapiClient") != std::string::npos) {
+            break; // NVIDIA's run begins with a line about the missing driver
         }
         const bool isProperty = call.starts_with("wmi get") && !(call == "wmi get Speed" && calls.back() == call);
         const bool isAnswer = call.starts_with("opencl clGetDeviceInfo") && !call.ends_with("0x102B") &&
                               !call.ends_with("0x1001") && calls.back() != call; // one call for the size, one for the value
         if (call.starts_with("wmi query") || isProperty || isAnswer || call.starts_with("dxgi Create") ||
-            call.starts_with("dwm")) {
+            call.starts_with("dwm") || call.starts_with("registry") || call.starts_with("error") ||
+            call.starts_with("warning")) {
             calls.push_back(call);
         }
         if (call == "opencl clGetPlatformIDs" && !calls.back().starts_with("opencl next")) {
@@ -281,41 +282,79 @@ std::vector<std::string> InShort(const std::vector<std::string>& trace)
     return calls;
 }
 
+std::vector<std::string> OrderOf(const Json& machine)
+{
+    const NotedRegistry registry(::GetModuleHandleW(L"orvel-graphic-cards-enumeration.dll"));
+    return InShort(Enumerate(machine).Events);
+}
+
+const std::string pciKey = "registry SYSTEM\\CurrentControlSet\\Enum\\PCI\\";
+const std::string videoKey = "registry SYSTEM\\CurrentControlSet\\Control\\Video";
+const std::string askedClock = "opencl clGetDeviceInfo 0x100C";
+const std::string askedArguments = "opencl clGetDeviceInfo 0x1021";
+const std::string askedUnits = "opencl clGetDeviceInfo 0x1002";
+
+/// A laptop that reports nothing but what ends the run where it is missing. The OpenCL device has no name either, so it is
+/// the card's, and OpenCL's second platform refuses to list its devices.
+Json SilentLaptop()
+{
+    Json machine = HealthyLaptop();
+    const Json id = VideoController(machine)["PNPDeviceID"];
+    // The memory size converts from any text, AdapterRam from 32 bits only.
+    VideoController(machine) = {{"Availability", 3}, {"AdapterRAM", "4294967296"}, {"PNPDeviceID", id}};
+    Row(machine, "Win32_Bios") = Json::object();
+    machine["wmi"]["classes"]["Win32_PhysicalMemory"] = Json::array();
+    machine.erase("registry");
+    machine["dxgi"]["adapters"] = Json::array();
+    OpenClDevice(machine)["CL_DEVICE_NAME"] = "";
+    machine["opencl"]["platforms"].push_back({{"devices_count", -30}, {"devices", Json::array()}});
+    return machine;
+}
+
+std::string Unread(const std::string& getter, const std::string& text)
+{
+    return Line("warning", "BaseGraphicCard::" + getter, text);
+}
+
 } // namespace
 
 TEST_CASE("The platform is asked in the fixed order, and WMI each question once")
 {
-    const std::string clock = "opencl clGetDeviceInfo 0x100C";
-    const std::string arguments = "opencl clGetDeviceInfo 0x1021";
-    const std::string units = "opencl clGetDeviceInfo 0x1002";
+    const std::string deviceKey = pciKey + "VEN_8086&DEV_5917&SUBSYS_225D17AA&REV_07";
     const std::vector<std::string> expected = {
         "wmi query SELECT SerialNumber FROM Win32_Bios",
         "wmi get SerialNumber",
         "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'",
         "wmi get PNPDeviceID",
+        pciKey,
+        deviceKey,
+        deviceKey + "\\3&11583659&0&10",
         "wmi get Name",
-        clock,
-        arguments,
+        askedClock,
+        askedArguments,
         "wmi query SELECT TotalWidth FROM Win32_PhysicalMemory",
         "wmi query SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory", // together with the first of the three
         "wmi query SELECT Speed FROM Win32_PhysicalMemory",
         "wmi get TotalWidth",
-        clock,
+        askedClock,
         "wmi get SMBIOSMemoryType",
-        arguments,
+        askedArguments,
         "wmi get TotalWidth",
         "wmi get AdapterDACType",
-        clock,
+        askedClock,
         "wmi get Speed",
-        clock,
+        askedClock,
         "wmi get AdapterRAM",
         "dxgi CreateDXGIFactory",
         "wmi get Speed",
         "wmi get TotalWidth",
         "wmi get SMBIOSMemoryType",
-        units,
-        units,
+        askedUnits,
+        askedUnits,
         "wmi get DriverDate",
+        videoKey,
+        "registry {6C7C7D60-6E6B-11ED-8F2A-806E6F6E6963}",
+        "registry 0000",
         "wmi get SMBIOSMemoryType",
         "wmi get TotalWidth",
         "wmi get Availability",
@@ -330,7 +369,66 @@ TEST_CASE("The platform is asked in the fixed order, and WMI each question once"
         "wmi get CurrentVerticalResolution",
         "wmi get ConfigManagerUserConfig",
     };
-    CHECK(InShort(Enumerate(HealthyLaptop()).Trace) == expected);
+    CHECK(OrderOf(HealthyLaptop()) == expected);
+}
+
+TEST_CASE("Where nothing can be read every property logs its line in that order")
+{
+    const std::string noDevices = Line("error", "OpenCLWrapper::GetDevices", "Failed to get Open CL devices");
+    const std::vector<std::string> expected = {
+        "wmi query SELECT SerialNumber FROM Win32_Bios",
+        "wmi get SerialNumber",
+        "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'",
+        "wmi get PNPDeviceID",
+        pciKey,
+        Line("warning", "GetBusIdFromRegistry", "Failed to get Bus ID from registry. Error code: 2"),
+        "wmi get Name",
+        Line("warning", intel, "Failed to get Card Name from WMI"),
+        noDevices, // pixel fill rate
+        askedClock,
+        noDevices,
+        askedArguments,
+        "wmi query SELECT TotalWidth FROM Win32_PhysicalMemory",
+        "wmi query SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory",
+        "wmi query SELECT Speed FROM Win32_PhysicalMemory",
+        noDevices, // texture fill rate
+        askedClock,
+        noDevices,
+        askedArguments,
+        "wmi get AdapterDACType",
+        noDevices, // the GPU's clock, and that of the memory's boost
+        askedClock,
+        noDevices,
+        askedClock,
+        "wmi get AdapterRAM",
+        "dxgi CreateDXGIFactory",
+        noDevices, // cores and shaders
+        askedUnits,
+        noDevices,
+        askedUnits,
+        "wmi get DriverDate",
+        Line("warning", intel, "Failed to get Driver Date from WMI"),
+        videoKey,
+        "wmi get Availability",
+        "wmi get ConfigManagerErrorCode",
+        Unread("GetConfigError", "Failed to get ConfigManagerErrorCode from WMI"),
+        "wmi get Status",
+        Unread("GetAdapterStatus", "Failed to get Status from WMI"),
+        "wmi get AdapterRAM",
+        Unread("GetAdapterRam", "Failed to get AdapterRAM from WMI"),
+        "wmi get Name",
+        Unread("GetAdapterName", "Failed to get Adapter Name from WMI"),
+        "dwm DwmIsCompositionEnabled",
+        "wmi get DriverVersion",
+        Unread("GetDriverVersion", "Failed to get driver version from WMI"),
+        "wmi get CurrentRefreshRate",
+        Unread("GetCurrentRefreshRate", "Failed to get current refresh rate from WMI"),
+        "wmi get CurrentHorizontalResolution",
+        Unread("GetCurrentResolution", "Failed to get current resolution from WMI."),
+        "wmi get ConfigManagerUserConfig",
+        Unread("GetUserConfig", "Failed to get ConfigManagerUserConfig from WMI"),
+    };
+    CHECK(OrderOf(SilentLaptop()) == expected);
 }
 
 TEST_CASE("opencl.dll is loaded before WMI is asked for anything")
