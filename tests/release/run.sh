@@ -43,6 +43,8 @@ step "./dev demo"
 in_system './dev demo'
 step "./dev test"
 in_system './dev test'
+step "./dev package"
+in_system './dev package'
 if [ -n "$zip" ]; then
     step "the other system's package"
     in_system "./dev check-package '/tmp/${zip##*/}'"
