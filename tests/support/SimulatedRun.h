@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Printing.h"
+
 namespace orvel::tests {
 
 using Json = nlohmann::json;
