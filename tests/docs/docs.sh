@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The documents against what they tell of: links, commands, paths, tables and programs. docs.sh SOURCE BUILD WINE
+# Checks the documents against what they describe: links, commands, paths, tables and programs. docs.sh SOURCE BUILD WINE
 set -uo pipefail
 source=$1
 build=$2
@@ -41,7 +41,7 @@ anchors() {
 
 # --- links --------------------------------------------------------------------------------------------------------------------
 
-leads_somewhere() {
+resolves() {
     local file=${2%%#*} anchor=
     [[ $2 == *#* ]] && anchor=${2#*#}
     if [ -n "$file" ]; then file=$(dirname "$1")/$file; else file=$1; fi
@@ -50,11 +50,11 @@ leads_somewhere() {
 }
 for document in "${documents[@]}"; do
     while IFS= read -r link; do
-        [[ $link == http* || $link == mailto:* ]] || check "$document: link $link" leads_somewhere "$document" "$link"
+        [[ $link == http* || $link == mailto:* ]] || check "$document: link $link" resolves "$document" "$link"
     done < <(prose "$document" | grep -oE '\]\([^)]+\)' | sed 's/^](//; s/)$//')
 done
 for document in docs/*.md; do
-    [ "$document" = docs/README.md ] || check "README.md or a document leads to $document" \
+    [ "$document" = docs/README.md ] || check "README.md or another document links to $document" \
         grep -qE "\]\((docs/)?$(basename "$document")[)#]" README.md CONTRIBUTING.md docs/*.md
 done
 
@@ -110,24 +110,24 @@ awk '/^## / { exit } /^\| `/ { gsub(/ *\| */, "|"); print }' docs/properties.md 
 is_49() { [ "$(wc -l <"$1")" -eq 49 ] || { wc -l "$1"; return 1; }; }
 check "the header has 49 getters" is_49 "$work/getters"
 check "docs/properties.md has 49 rows" is_49 "$work/rows"
-check "the properties stand in the record's order, with the getters' types" same \
+check "the properties are in the record's order, with the getters' types" same \
     <(cut -d'|' -f1,2 "$work/getters") <(sed 's/`//g' "$work/rows" | cut -d'|' -f2,3)
 check "the record's members have the same order and types" same <(cut -d'|' -f1,2 "$work/getters") \
     <(sed -nE 's/^    (unsigned int|const char\*|bool|float) ([A-Z][A-Za-z]*);$/\2|\1/p' $header)
 
-# The sources that the host program tells, as "property|Intel|NVIDIA|AMD".
+# The sources that the command-line tool reports, as "property|Intel|NVIDIA|AMD".
 tr '\n' ' ' <tools/FieldSources.cpp | grep -oP '\{"[A-Za-z]+",(?= *\{\{)|\{"[^"]*", *"[^"]*"\}' |
     sed -E 's/^\{"([A-Za-z]+)",$/\1/; s/^\{"([^"]*)", *"[^"]*"\}$/= \1/' |
     awk '/^= / { line = line "|" substr($0, 3); next } { if (line) print line; line = $0 } END { print line }' >"$work/sources"
 
-units_are_told() { # CELL COMMENT: each unit of a cell such as "MiB; NVIDIA: bytes"
+has_units() { # CELL COMMENT: each unit of a cell such as "MiB; NVIDIA: bytes"
     local unit
     [ "$1" = - ] && return
     while IFS= read -r unit; do [[ $2 == *"$unit"* ]] || { echo "no \"$unit\" in: $2"; return 1; }; done < <(
         tr ';' '\n' <<<"$1" | sed 's/^ *//; s/^[A-Za-z, ]*: *//'
     )
 }
-names_source() { # CELL SOURCE: every name of an interface that the program tells stands in the document, and the reverse of "always"
+names_source() { # CELL SOURCE: the document has every interface name that the program reports; "always" only for constants
     local word
     if [ "$2" = "not told by this vendor" ] || [ "$2" = constant ]; then
         [[ $1 == always* ]] || { echo "the program says: $2"; return 1; }
@@ -141,7 +141,7 @@ names_source() { # CELL SOURCE: every name of an interface that the program tell
 while IFS='|' read -r _ property _ unit neutral intel nvidia amd _; do
     name=${property//\`/}
     comment=$(grep "^$name|" "$work/getters" | cut -d'|' -f3)
-    check "$name: the header tells the unit" units_are_told "$unit" "$comment"
+    check "$name: the header names the unit" has_units "$unit" "$comment"
     check "$name: has a neutral value" test -n "$neutral"
     check "$name: has a comment" test -n "$comment"
     IFS='|' read -r _ of_intel of_nvidia of_amd < <(grep "^$name|" "$work/sources")
@@ -155,7 +155,7 @@ done <"$work/rows"
 sed -nE '/^constexpr Explanation explanations/,/^};/s/^    \{"([^"]*)",.*/\1/p' tools/Messages.cpp |
     sed 's/ Status code.*//' >"$work/messages"
 check "the program explains messages" test -s "$work/messages"
-while IFS= read -r message; do check "docs/messages.md tells \"$message\"" holds docs/messages.md "$message"; done <"$work/messages"
+while IFS= read -r message; do check "docs/messages.md explains \"$message\"" holds docs/messages.md "$message"; done <"$work/messages"
 
 check "docs/messages.md lists the doctor's checks in their order" same \
     <(sed -n '/^## What `--doctor`/,/^## Why/s/^| `\([^`]*\)` .*/\1/p' docs/messages.md) \
@@ -198,9 +198,9 @@ for document in "${documents[@]}"; do
     for block in $(blocks "$document" json); do check "$document: $(basename "$block") is JSON" jq -e . "$block"; done
 done
 
-# --- host program -------------------------------------------------------------------------------------------------------------
+# --- command-line tool --------------------------------------------------------------------------------------------------------
 
-# Every command of the shell blocks that runs the host program or copies a machine, in their order, on the program that is built.
+# Runs every command of the shell blocks that starts the command-line tool or copies a machine, in order, with the built program.
 mkdir "$work/place"
 ln -s "$source/machines" "$work/place/machines"
 printf '#!/bin/sh\nshift\nexec "%s" "%s" "$@"\n' "$wine" "$build/bin/orvel-graphic-cards.exe" >"$work/place/dev"
@@ -216,6 +216,17 @@ for document in "${documents[@]}"; do
         cat "${scripts[@]}" /dev/null | sed 's/ *#.*//' | grep -E '^(\./dev host|cp )'
     )
 done
+
+# A text block that starts with a command ("$ ./dev host ...") shows exactly what the command prints.
+shown=0
+for block in $(blocks README.md text); do
+    line=$(sed -n '1s/^\$ //p' "$block")
+    [ -n "$line" ] || continue
+    check "README.md: the output of $line" same <(tail -n +2 "$block") \
+        <(cd "$work/place" && sh -c "$line" </dev/null 2>/dev/null | tr -d '\r')
+    shown=$((shown + 1))
+done
+check "README.md shows the program's output" test "$shown" -gt 0
 
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))
