@@ -50,7 +50,7 @@ cp "$source"/simulation/include/*.h "$stage/simulation/include/"
 cp "$source"/machines/*.json "$stage/simulation/machines/"
 cp -r "$source/examples" "$source/ports" "$stage/"
 
-# document FILE TARGET: for readers who have the package alone, where the host program needs no ./dev.
+# document FILE TARGET: for readers who have the package alone, where the command-line tool needs no ./dev.
 document() {
     sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
         -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"
