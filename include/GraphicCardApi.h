@@ -12,20 +12,20 @@
 #define ORVEL_GRAPHIC_CARDS_VERSION_MINOR 0
 #define ORVEL_GRAPHIC_CARDS_VERSION_PATCH 0
 
-/// Marks what `orvel-graphic-cards-enumeration.dll` exports; a host sees it as imported.
+/// Exports a declaration from `orvel-graphic-cards-enumeration.dll`, and imports it in a host.
 #ifdef ORVEL_GRAPHIC_CARDS_BUILD
 #define ORVEL_GRAPHIC_CARDS_API __declspec(dllexport)
 #else
 #define ORVEL_GRAPHIC_CARDS_API __declspec(dllimport)
 #endif
 
-/// Marks an assignment that shares pointers, so that a compiler warns where a host uses it.
+/// Marks an assignment that shares pointers, so that the compiler warns about each use in a host.
 #ifdef __cplusplus
 #define ORVEL_GRAPHIC_CARDS_SHALLOW                                                                                         \
     [[deprecated("shares the source's memory: destroying both objects frees it twice; use GraphicCards or a pointer")]]
 #endif
 
-/// A version as one number that grows with it: 10203 for 1.2.3.
+/// The headers' version as one number that increases with each release: 10203 for 1.2.3.
 #define ORVEL_GRAPHIC_CARDS_VERSION_NUMBER                                                                                  \
     (ORVEL_GRAPHIC_CARDS_VERSION_MAJOR * 10000 + ORVEL_GRAPHIC_CARDS_VERSION_MINOR * 100 + ORVEL_GRAPHIC_CARDS_VERSION_PATCH)
 
@@ -33,15 +33,15 @@
 extern "C" {
 #endif
 
-/// Version of the loaded library, as ORVEL_GRAPHIC_CARDS_VERSION_NUMBER is that of the headers.
+/// Returns the version of the loaded library, in the format of ORVEL_GRAPHIC_CARDS_VERSION_NUMBER.
 ORVEL_GRAPHIC_CARDS_API unsigned int GetGraphicCardsVersion(void);
 
 #ifdef __cplusplus
 }
 #endif
 
-/// Whether a library of this version, as GetGraphicCardsVersion returns it, has all that these headers declare: it is of the
-/// same major version and not older. 1: yes; 0: no.
+/// Returns 1 if a library of this version (from GetGraphicCardsVersion) provides everything that these headers declare, else
+/// 0. It does if it has the same major version and is not older.
 static inline int AreGraphicCardsHeadersServedBy(unsigned int libraryVersion)
 {
     return libraryVersion / 10000U == ORVEL_GRAPHIC_CARDS_VERSION_MAJOR &&

@@ -9,21 +9,21 @@ namespace orvel::shared::enumeration {
 class GraphicCardInfo;
 class GraphicCardList;
 
-/// Finds the graphics adapters of this computer and owns one record for each.
+/// Enumerates the graphics adapters of this computer and owns one record for each.
 ///
-/// Construct it, call QueryGraphicCards once, read the records with size and get. The calling thread must have initialised
-/// COM (in a single-threaded or a multi-threaded apartment). One enumeration runs at a time in a process, also with several
-/// objects. `GraphicCards` in GraphicCards.h wraps it for hosts that want to move it, or to enumerate again.
+/// Construct it, call QueryGraphicCards once, then read the records with size and get. The calling thread must have
+/// initialised COM (in a single-threaded or a multi-threaded apartment). Run one enumeration at a time in a process, even
+/// with several objects. `GraphicCards` in GraphicCards.h is a movable wrapper that can enumerate again.
 class ORVEL_GRAPHIC_CARDS_API GraphicCardEnumeration {
 public:
-    /// An enumeration without records. Throws std::bad_alloc when memory is exhausted.
+    /// Creates an enumeration without records. Throws std::bad_alloc when memory is exhausted.
     GraphicCardEnumeration();
 
-    /// Destroys every record: pointers that get handed out are no longer valid.
+    /// Destroys every record: pointers returned by get become invalid.
     ~GraphicCardEnumeration();
 
-    /// Makes this object refer to the other's records and abandons its own. Meant for objects of which only one will ever be
-    /// destroyed; otherwise the records are destroyed twice.
+    /// Makes this object refer to the other's records and abandons its own. Use it only if just one of the two objects is
+    /// ever destroyed; otherwise the records are destroyed twice.
     ORVEL_GRAPHIC_CARDS_SHALLOW GraphicCardEnumeration& operator=(const GraphicCardEnumeration& other);
 
     GraphicCardEnumeration(const GraphicCardEnumeration&) = delete;
@@ -31,19 +31,19 @@ public:
     /// Appends a record for every Intel adapter, for the first NVIDIA GPU and for every AMD adapter, in this order.
     /// A second call appends a second set, so call it once.
     ///
-    /// A vendor whose run fails is logged ("Unexpected error occurred: " and the reason) and the next one runs; the records
-    /// that it had appended stay. Throws `long`, the status of the query, when the machine's memory modules cannot be asked
-    /// of WMI, and std::bad_alloc when memory is exhausted before the first vendor runs.
+    /// If a vendor's run fails, the library logs "Unexpected error occurred: " and the reason, keeps the records that the
+    /// run has appended, and runs the next vendor. Throws `long`, the status of the query, if the WMI query for the memory
+    /// modules fails, and std::bad_alloc if memory is exhausted before the first vendor runs.
     void QueryGraphicCards();
 
-    /// Number of records.
+    /// Returns the number of records.
     size_t size() const;
 
-    /// The record at `index`, counted from 0; null when there is none. It belongs to this object and dies with it.
+    /// Returns the record at `index`, counted from 0, or null if `index` is out of range. This object owns the record.
     GraphicCardInfo* get(int index) const;
 
 #ifndef _MSC_VER
-    /// Fills the first `size` bytes of the object with zeros. Called by code that MSVC generates before a constructor.
+    /// Fills the first `size` bytes of the object with zeros. MSVC calls it before a constructor.
     void __autoclassinit2(size_t size);
 #endif
 

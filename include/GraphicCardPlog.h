@@ -6,9 +6,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// Sends the library's log lines to the host's own default plog logger, with the severity that it has now. A line that the
-/// logger's appenders throw at is lost.
-/// Call it after plog::init; without a logger it takes the forwarding away.
+/// Forwards the library's log lines to the host's default plog logger, at the logger's current severity. If an appender
+/// throws, the line is lost. Call it after plog::init; without a logger it stops the forwarding.
 inline void ForwardGraphicCardLogToPlog()
 {
     plog::Logger<PLOG_DEFAULT_INSTANCE_ID>* logger = plog::get<PLOG_DEFAULT_INSTANCE_ID>();
@@ -27,7 +26,7 @@ inline void ForwardGraphicCardLogToPlog()
 #endif
             host += record;
         } catch (...) {
-            // The host's exception must not pass the frames of the library.
+            // The host's exception must not unwind the library's frames.
         }
     };
     SetGraphicCardLog(forward, logger->getMaxSeverity(), logger);

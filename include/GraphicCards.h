@@ -1,6 +1,6 @@
 #pragma once
 
-// The enumeration as C++17 likes it, in this header alone: nothing of it crosses the border of the library.
+// A header-only C++17 wrapper of the enumeration: none of its types crosses the DLL boundary.
 
 #include <stddef.h>
 
@@ -11,13 +11,13 @@
 
 namespace orvel::shared::enumeration {
 
-/// A card of GraphicCards: each property under its getter's name without "Get". It refers to a record, and is valid as long
-/// as the record; so are its texts. See GraphicCardInfo for what the properties mean.
+/// A card of GraphicCards: each property under its getter's name without "Get". It refers to a record; the card and its
+/// texts are valid as long as the record. See GraphicCardInfo for the meaning of the properties.
 class GraphicCard {
 public:
     explicit GraphicCard(const GraphicCardInfo& card) : record(&card) {}
 
-    /// The record itself.
+    /// Returns the record itself.
     const GraphicCardInfo& Info() const { return *record; }
 
     unsigned int AvailabilityCode() const { return record->GetAvailabilityCode(); }
@@ -74,11 +74,11 @@ private:
     const GraphicCardInfo* record;
 };
 
-/// The graphics adapters of this computer, at the time of the last Enumerate. It owns their records; it can be moved, not
+/// The graphics adapters of this computer at the time of the last Enumerate. It owns their records. It can be moved, not
 /// copied. For range-for: `for (const GraphicCard card : cards)`.
 class GraphicCards {
 public:
-    /// Where a range-for is.
+    /// Forward position of a range-for.
     class Iterator {
     public:
         Iterator(const GraphicCardEnumeration* of, size_t place) : cards(of), index(place) {}
@@ -96,7 +96,7 @@ public:
         size_t index;
     };
 
-    /// No cards yet.
+    /// Creates an object without cards.
     GraphicCards() = default;
     GraphicCards(GraphicCards&& other) noexcept : enumeration(other.enumeration) { other.enumeration = nullptr; }
     GraphicCards& operator=(GraphicCards&& other) noexcept
@@ -111,9 +111,8 @@ public:
     GraphicCards& operator=(const GraphicCards&) = delete;
     ~GraphicCards() { delete enumeration; }
 
-    /// Finds the cards again; the former ones and all references to them become invalid. The thread must have initialised
-    /// COM. Throws what GraphicCardEnumeration::QueryGraphicCards throws; the cards that were found before are there all the
-    /// same.
+    /// Enumerates the cards. All previous cards and references to them become invalid. The thread must have initialised
+    /// COM. Throws what GraphicCardEnumeration::QueryGraphicCards throws; the cards found before the failure remain.
     void Enumerate()
     {
         *this = GraphicCards();
@@ -124,7 +123,7 @@ public:
     size_t size() const { return enumeration ? enumeration->size() : 0; }
     bool empty() const { return size() == 0; }
 
-    /// The card at `index`, which must be below size().
+    /// Returns the card at `index`, which must be below size().
     GraphicCard operator[](size_t index) const { return *Iterator(enumeration, index); }
 
     Iterator begin() const { return Iterator(enumeration, 0); }

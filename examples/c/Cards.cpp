@@ -1,4 +1,4 @@
-// The records are C++ classes, so this file stands between them and C. No exception gets past it.
+// Wraps the C++ records for C. No exception leaves this file.
 
 #include "Cards.h"
 
@@ -14,7 +14,7 @@ static long Enumerate(GraphicCardEnumeration& cards)
     try {
         cards.QueryGraphicCards();
         return S_OK;
-    } catch (long status) { // of the query for the memory modules
+    } catch (long status) { // the query for the memory modules failed
         return status;
     } catch (...) { // memory is exhausted
         return E_OUTOFMEMORY;
@@ -25,7 +25,7 @@ long ForEachCard(CardCallback callback, void* context)
 {
     GraphicCardEnumeration cards;
     const long status = Enumerate(cards);
-    for (int i = 0; i < static_cast<int>(cards.size()); ++i) { // what was found before a failure is there
+    for (int i = 0; i < static_cast<int>(cards.size()); ++i) { // records from before a failure remain
         const GraphicCardInfo& record = *cards.get(i);
         const Card card = {record.GetManufacturer(), record.GetCardName(), record.GetDriverVersion()};
         callback(&card, context);

@@ -1,4 +1,4 @@
-/* What this program wants to know of the graphics cards, for C. */
+/* The properties of a graphics card that this program uses, for C. */
 #ifndef CARDS_H
 #define CARDS_H
 
@@ -15,8 +15,8 @@ typedef struct Card {
 /* Called for each card. The texts are valid during the call only. */
 typedef void (*CardCallback)(const Card* card, void* context);
 
-/* Calls `callback` for each card. The thread must have initialised COM. 0: the enumeration went through; else a failed
- * HRESULT. */
+/* Calls `callback` for each card. The thread must have initialised COM. Returns 0 if the enumeration succeeds, otherwise a
+ * failed HRESULT. */
 long ForEachCard(CardCallback callback, void* context);
 
 #ifdef __cplusplus

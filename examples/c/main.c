@@ -1,4 +1,4 @@
-/* A host in C: the log and the version are C already, the records come through Cards.cpp. */
+/* A host in C: the log and version functions are C already, Cards.cpp wraps the records. */
 
 #include <stdio.h>
 

@@ -1,4 +1,4 @@
-// A small host: enumerates once and prints a line for each card. It uses nothing but the library and the C library.
+// A minimal host: enumerates once and prints a line for each card. It needs only the library and the C library.
 
 #include <stdio.h>
 
@@ -42,7 +42,7 @@ static int PrintCards()
 
 int main()
 {
-    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) { // the library leaves COM to its host
+    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) { // the library does not initialise COM
         return 1;
     }
     SetGraphicCardLog(PrintLine, 3, nullptr);

@@ -1,4 +1,4 @@
-// A small host with a log of its own, in which the library's lines appear: plog-host [MACHINE.json].
+// A minimal host whose own log includes the library's lines: plog-host [MACHINE.json].
 
 #include <windows.h>
 
@@ -17,7 +17,7 @@
 
 using namespace orvel::shared::enumeration;
 
-// The argument as UTF-8. The program's own `argv` has the code page of the computer, which may lack letters of a path.
+// Gets the argument as UTF-8. `argv` is in the computer's code page, which may lack characters of a path.
 static bool GetUtf8Argument(int index, char* text, int bytes)
 {
     int count = 0;

@@ -6,7 +6,7 @@
 
 #include <objbase.h>
 
-// Without the two flags, Windows looks for the plug-in's DLLs beside the program, not beside the plug-in: error 126.
+// Without the two flags, Windows searches the program's folder for the plug-in's DLLs, and the call fails with error 126.
 static HMODULE LoadPlugin()
 {
     wchar_t path[MAX_PATH + 32];

@@ -1,10 +1,10 @@
-// A plug-in that enumerates. No exception leaves it: the host may have another compiler.
+// A plug-in that enumerates. No exception leaves it: the host may be built with another compiler.
 
 #include "GraphicCardEnumeration.h"
 
 using namespace orvel::shared::enumeration;
 
-// The number of cards, or -1 when the enumeration failed. The thread must have initialised COM.
+// Returns the number of cards, or -1 if the enumeration fails. The thread must have initialised COM.
 extern "C" __declspec(dllexport) int CountCards()
 {
     try {

@@ -1,4 +1,4 @@
-// Prints the cards of a simulated machine: simulated MACHINE.json. The path may have letters of any language.
+// Prints the cards of a simulated machine: simulated MACHINE.json. The path may contain any Unicode character.
 
 #include <stdio.h>
 
@@ -32,7 +32,7 @@ static void PrintCard(const GraphicCardInfo& card)
            card.GetEccStatus(), card.GetIsAeroEnabled() ? "on" : "off");
 }
 
-// The argument as UTF-8. The program's own `argv` has the code page of the computer, which may lack letters of a path.
+// Gets the argument as UTF-8. `argv` is in the computer's code page, which may lack characters of a path.
 static bool GetUtf8Argument(int index, char* text, int bytes)
 {
     int count = 0;

@@ -1,4 +1,4 @@
-// Tests of a host on simulated machines: card-tests TEST runs one, and ends with 0 when it passes.
+// Tests of a host on simulated machines: card-tests TEST runs one test and returns 0 if it passes.
 
 #include <stdio.h>
 #include <string.h>
@@ -20,7 +20,7 @@ static void Check(bool holds, const char* what)
     }
 }
 
-// A machine of the package, as long as the object lives.
+// Simulates a machine of the package for the object's lifetime.
 class SimulatedMachine {
 public:
     explicit SimulatedMachine(const char* name)
@@ -41,7 +41,7 @@ private:
     bool isInPlace = false;
 };
 
-// What the tests are for: a function of the host.
+// The function of the host that the tests check.
 static size_t CountCardsWithScreen(const GraphicCards& cards)
 {
     size_t count = 0;
@@ -69,7 +69,7 @@ static void AsksDriversOnce()
     cards.Enumerate();
     Check(OrvelSimulationCalls("nvml nvmlInit_v2") == 1, "NVML is initialised once");
     Check(OrvelSimulationCalls("wmi connect") == 1, "there is one connection to WMI");
-    Check(OrvelSimulationCalls("nvml ") > 1, "NVML is asked");
+    Check(OrvelSimulationCalls("nvml ") > 1, "NVML is called");
 }
 
 static void ReportsAMissingDriver()
@@ -78,14 +78,14 @@ static void ReportsAMissingDriver()
     Check(machine.IsInPlace(), machine.Problem());
     GraphicCards cards;
     cards.Enumerate();
-    Check(cards.size() == 1, "the other vendor's card is there");
+    Check(cards.size() == 1, "the other vendor's card is found");
     Check(OrvelSimulationCalls("nvapi ") == 0, "NVAPI is not called");
 }
 
 static void RefusesAMissingFile()
 {
     const SimulatedMachine machine("no-such-machine");
-    Check(!machine.IsInPlace(), "a missing file is refused");
+    Check(!machine.IsInPlace(), "a missing file is rejected");
     Check(strstr(machine.Problem(), "no-such-machine") != nullptr, "the problem names the file");
 }
 
