@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# lint.sh PROJECT BUILD: clang-format on all sources, clang-tidy on the product's with the cross-build's own commands, and
-# cppcheck on all that is built. Any finding fails.
+# lint.sh PROJECT BUILD: the prose linter, clang-format on all sources, clang-tidy on the product's with the cross-build's own
+# commands, and cppcheck on everything that is built. Any finding fails.
 set -euo pipefail
 
 project=$1
 lint=$2/lint
 mkdir -p "$lint/cppcheck"
+
+"$project/cmake/lint-prose.sh" "$project"
 
 (cd "$project" && git ls-files -z '*.cpp' '*.h' '*.c' | xargs -0 clang-format --dry-run --Werror --ferror-limit=1) ||
     { echo "Run ./dev format." >&2 && exit 1; }
