@@ -1,5 +1,5 @@
-# check_sources(FOLDERS… EXCEPT REGEX): every C++ source below the folders belongs to a target. A test that no target lists
-# would never run, and nothing else would notice.
+# check_sources(FOLDERS… EXCEPT REGEX): fails if a C++ source below the folders belongs to no target. Otherwise a test
+# that no target lists would silently never run.
 function(check_sources)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" EXCEPT "")
     set(listed "")

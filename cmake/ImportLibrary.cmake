@@ -1,7 +1,7 @@
-# orvel_import_library(TARGET DEFINITION): a library to link with, made from the names of a module-definition file.
+# orvel_import_library(TARGET DEFINITION): a library to link with, created from the names of a module-definition file.
 function(orvel_import_library target definition)
     add_library(${target} INTERFACE)
-    # In its own folder: the path that the tool is given ends up in the symbols.
+    # Runs in its own folder: the path that the tool receives becomes part of the symbols.
     set(folder ${CMAKE_BINARY_DIR}/lib)
     file(MAKE_DIRECTORY ${folder})
     if(MSVC)
@@ -9,7 +9,7 @@ function(orvel_import_library target definition)
         set(command ${CMAKE_AR} /nologo /def:${definition} /machine:x64 /out:${library})
     else()
         set(library ${folder}/lib${target}.a)
-        # Its own temporary names would differ in every build, and end up in the symbols.
+        # The tool's default temporary names differ in every build, and become part of the symbols.
         string(MAKE_C_IDENTIFIER ${target} prefix)
         set(command ${CMAKE_DLLTOOL} --input-def ${definition} --temp-prefix ${prefix} --output-lib lib${target}.a)
     endif()

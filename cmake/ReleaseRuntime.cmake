@@ -1,4 +1,4 @@
-# orvel_release_runtime(DLL): lets a DLL, when it is unloaded, give back what its copy of GCC's runtime has taken.
+# orvel_release_runtime(DLL): makes a DLL release the resources of its GCC runtime when it is unloaded.
 function(orvel_release_runtime dll)
     if(MINGW)
         target_sources(${dll} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/ReleaseRuntime.cpp)

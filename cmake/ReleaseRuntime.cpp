@@ -1,6 +1,6 @@
-// GCC's runtime does not give back what it has taken of the process when the DLL that it is part of is unloaded. Its reserve
-// of memory for exceptions adds up, and so does its index of thread-local storage: a process has 1088 of them, and the
-// runtime aborts without one. A host that loads and frees the library again and again would end there.
+// GCC's runtime inside a DLL does not release its resources when the DLL is unloaded. Each load leaks its memory reserve for
+// exceptions and an index of thread-local storage. A process has 1088 of these indexes, and the runtime aborts without one,
+// so a host that loads and frees the library repeatedly would abort.
 
 #include <array>
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace __gnu_cxx {
 
-void __freeres(); // in the runtime, but in no header of it
+void __freeres(); // the runtime defines it, but no header declares it
 
 } // namespace __gnu_cxx
 
@@ -21,7 +21,7 @@ DWORD WINAPI TakeTlsIndex();
 
 extern "C" {
 
-// By --wrap the linker leads the runtime's import of TlsAlloc to the second name, and the first to TlsAlloc.
+// With --wrap, the linker resolves the runtime's import of TlsAlloc to the second name, and the first name to TlsAlloc.
 extern decltype(&::TlsAlloc) __real___imp_TlsAlloc;
 extern decltype(&::TlsAlloc) __wrap___imp_TlsAlloc;
 decltype(&::TlsAlloc) __wrap___imp_TlsAlloc = TakeTlsIndex;
@@ -31,7 +31,7 @@ decltype(&::TlsAlloc) __wrap___imp_TlsAlloc = TakeTlsIndex;
 namespace {
 
 bool isUnloaded = false;
-std::array<DWORD, 8> tlsIndexes; // the runtime takes one
+std::array<DWORD, 8> tlsIndexes; // the runtime allocates one
 std::size_t tlsIndexCount = 0;
 
 DWORD WINAPI TakeTlsIndex()
@@ -56,12 +56,12 @@ struct ReleaseRuntime {
     }
 };
 
-[[gnu::init_priority(101)]] ReleaseRuntime releaseRuntime; // made before everything else, and so destroyed after it
+[[gnu::init_priority(101)]] ReleaseRuntime releaseRuntime; // constructed first, and so destroyed last
 
 } // namespace
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID isProcessEnding)
 {
-    isUnloaded = reason == DLL_PROCESS_DETACH && !isProcessEnding; // the end of the process takes everything by itself
+    isUnloaded = reason == DLL_PROCESS_DETACH && !isProcessEnding; // the end of the process releases everything
     return TRUE;
 }

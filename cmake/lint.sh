@@ -12,7 +12,7 @@ mkdir -p "$lint/cppcheck"
 (cd "$project" && git ls-files -z '*.cpp' '*.h' '*.c' | xargs -0 clang-format --dry-run --Werror --ferror-limit=1) ||
     { echo "Run ./dev format." >&2 && exit 1; }
 
-# The commands are GCC's: clang takes its target and the C++ library's folders by name, and leaves out what it does not know.
+# Translates GCC's commands for clang: adds the target and the C++ library's folders, and removes unknown options.
 library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
 jq --arg library "$library" '[.[] | select(.file | test("/(cmake|src|wmi-client/src|fallback)/[^.]*[.]cpp$"))
     | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-Wshadow=local|-Werror|-Winvalid-pch|-include [^ ]*cmake_pch[^ ]*"; ""))]' \

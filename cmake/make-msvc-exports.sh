@@ -2,7 +2,7 @@
 # Prints the module-definition file that gives every public operation its MSVC name beside GCC's: make-msvc-exports.sh INCLUDE
 #
 # clang names each operation of the public headers for both ABIs. Where the ABIs differ by more than the name (a constructor
-# returns its object; an exception has to change its form) the MSVC name leads to an entry point of its own.
+# returns its object; an exception must be translated) the MSVC name refers to a separate entry point.
 set -euo pipefail
 include=$1
 

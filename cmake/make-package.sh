@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the package from a finished build: make-package.sh SOURCE BUILD DIST. The same build gives the same bytes.
+# Creates the package from a finished build: make-package.sh SOURCE BUILD DIST. The same build produces the same bytes.
 set -euo pipefail
 source=$1
 build=$2
@@ -9,13 +9,13 @@ version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.
 name=orvel-graphic-cards-enumeration-$version-win64
 stage=$build/package/$name
 tool=x86_64-w64-mingw32
-export TZ=UTC LC_ALL=C SOURCE_DATE_EPOCH=946684800 # binutils stamps what it copies
+export TZ=UTC LC_ALL=C SOURCE_DATE_EPOCH=946684800 # binutils writes timestamps into copies
 
 rm -rf "$build/package"
 mkdir -p "$stage"/{bin/fallback,debug,include,lib/cmake/orvel-graphic-cards-enumeration,lib/pkgconfig,licenses} \
     "$stage"/simulation/{include,lib,machines}
 
-# ship FILE FOLDER: a program or DLL without its debug information, which goes into debug/.
+# ship FILE FOLDER: copies a program or DLL, and moves its debug information to debug/.
 ship() {
     local file
     file=$(basename "$1")
@@ -24,7 +24,7 @@ ship() {
     (cd "$stage/debug" && $tool-objcopy --add-gnu-debuglink="$3$file.debug" "$stage/$2/$file")
 }
 
-# import_libraries DEFINITION DLL FOLDER: for MSVC, and for MinGW without MSVC's names.
+# import_libraries DEFINITION DLL FOLDER: creates one for MSVC, and one for MinGW without MSVC's names.
 import_libraries() {
     local stem=${2%.dll} definition=$build/package/$2.def
     { echo "LIBRARY $2"; sed 's/ = [^ ]*//; s/ @[0-9]*$//' "$1"; } >"$definition"
@@ -50,7 +50,7 @@ cp "$source"/simulation/include/*.h "$stage/simulation/include/"
 cp "$source"/machines/*.json "$stage/simulation/machines/"
 cp -r "$source/examples" "$source/ports" "$stage/"
 
-# document FILE TARGET: for readers who have the package alone, where the command-line tool needs no ./dev.
+# document FILE TARGET: copies a document and adapts it to the package, which has no ./dev.
 document() {
     sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
         -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"
@@ -68,7 +68,7 @@ for file in "$source"/cmake/package/*.pc.in; do
     sed "s/@VERSION@/$version/g" "$file" >"$stage/lib/pkgconfig/$(basename "${file%.in}")"
 done
 
-# What is compiled into the DLLs and the program.
+# The licences of everything that is compiled into the DLLs and the program.
 licence() { cp "$1" "$stage/licenses/$2.txt"; }
 licence /usr/share/doc/gcc-mingw-w64-base/copyright gcc-runtime
 licence /usr/share/doc/mingw-w64-common/copyright mingw-w64

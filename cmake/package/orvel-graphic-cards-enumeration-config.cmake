@@ -5,8 +5,8 @@
 #   orvel::simulation                  component simulation: simulated machines for a host's own tests; its property
 #                                      ORVEL_MACHINES is the folder of the machine files
 #
-# $<TARGET_RUNTIME_DLLS:program> lists all DLLs that belong beside the program. For one that links the simulation directly, the
-# simulation's nvml.dll takes the substitute's place.
+# $<TARGET_RUNTIME_DLLS:program> lists all DLLs that the program needs beside it. If the program links the simulation directly,
+# the list has the simulation's nvml.dll instead of the substitute.
 
 set(_orvel orvel-graphic-cards-enumeration)
 set(${_orvel}_FOUND TRUE)
@@ -17,7 +17,7 @@ macro(_orvel_refuse reason)
     set(${_orvel}_NOT_FOUND_MESSAGE "${reason}")
 endmacro()
 
-# _orvel_check(PROBLEM TARGET FILE...): PROBLEM becomes what is wrong with a target of these files, or empty.
+# _orvel_check(PROBLEM TARGET FILE...): sets PROBLEM to the reason why a target of these files is invalid, or to empty.
 function(_orvel_check problem target)
     set(${problem} "" PARENT_SCOPE)
     foreach(file IN LISTS ARGN)
@@ -81,7 +81,7 @@ foreach(_orvel_component IN LISTS ${_orvel}_FIND_COMPONENTS)
 endforeach()
 
 if(${_orvel}_FOUND)
-    # Nothing links the DLLs that only the loader looks for; where CMake wants an import library all the same, it is the library's.
+    # Only the loader uses these DLLs. Where CMake still requires an import library, it is the library's.
     _orvel_add_library(orvel::wmi-client bin/orvel-shared-wmi-client.dll)
     _orvel_add_library(orvel::nvml bin/fallback/nvml.dll IMPORTED_IMPLIB "${_orvel_root}/${_orvel_implib}")
     _orvel_add_library(orvel::graphic-cards-enumeration bin/orvel-graphic-cards-enumeration.dll
