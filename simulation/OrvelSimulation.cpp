@@ -1,21 +1,21 @@
 #include "OrvelSimulation.h"
 
-#include "Adlx.h"
-#include "CurrentMachine.h"
-#include "MachineText.h"
-#include "ModuleSetup.h"
-#include "Nvapi.h"
-#include "Nvml.h"
-#include "OpenCl.h"
-#include "Registry.h"
-#include "Text.h"
-#include "Trace.h"
-#include "Violations.h"
-#include "Wmi.h"
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "drivers/amd/Adlx.h"
+#include "drivers/nvidia/Nvapi.h"
+#include "drivers/nvidia/Nvml.h"
+#include "drivers/opencl/OpenCl.h"
+#include "loading/ModuleSetup.h"
+#include "machine/CurrentMachine.h"
+#include "machine/MachineText.h"
+#include "machine/Text.h"
+#include "trace/Trace.h"
+#include "trace/Violations.h"
+#include "windows/Registry.h"
+#include "wmi/Wmi.h"
 
 namespace {
 

@@ -1,0 +1,157 @@
+#include "drivers/amd/Adlx.h"
+
+#include "drivers/amd/AdlContexts.h"
+#include "drivers/amd/AdlxObjects.h"
+#include "loading/Export.h"
+#include "loading/ModuleSetup.h"
+#include "trace/Violations.h"
+
+namespace orvel::simulation {
+
+namespace {
+
+/// The caller's function that gives memory of ADL back.
+using AdlxFree = void(__stdcall*)(void** buffer);
+
+constexpr uint64_t FullVersion = 0x0001000200000048; // 1.2.0, build 72
+
+constexpr int32_t AdapterListSize = 4096; // bytes
+
+/// ADLX lets ADL list its adapters, which takes memory from the caller, and gives that back to the caller. False where the
+/// caller has no memory.
+bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
+{
+    void* buffer = AllocateFromAdlCaller(context, AdapterListSize);
+    if (!buffer) {
+        return false;
+    }
+    FillWithRubbish({{buffer, AdapterListSize}});
+    free(&buffer);
+    if (buffer) {
+        AddViolation(call, "the callback for freed memory left the pointer to it");
+    }
+    return true;
+}
+
+/// Begins the session unless the status forbids it, and hands the uncounted objects out.
+int32_t BeginSession(const OutputStatus& answer, AdlxObject** system, AdlxObject** mapping, void* context)
+{
+    AdlxState& state = TheAdlx();
+    const std::scoped_lock lock(state.mutex);
+    int32_t status = answer.code;
+    if (CurrentMachine()->adlx.standing != Standing::Simulated) {
+        status = ADLX_FAIL;
+    } else if (status == ADLX_OK && state.session) {
+        status = ADLX_ALREADY_INITIALIZED;
+    }
+    if (AdlxSucceeded(status)) {
+        if (!state.session) {
+            state.session.emplace();
+        }
+        state.session->adlContext = context;
+    }
+    void* const dead = DeadObject("adlx initialisation wrote rubbish", ADLX_TERMINATED);
+    const auto put = [&](AdlxObject** target, AdlxObject* object) {
+        if (target && answer.writes != Writes::Nothing) {
+            *target = answer.writes == Writes::Rubbish ? static_cast<AdlxObject*>(dead) : object;
+        }
+    };
+    put(system, AdlxSucceeded(status) ? state.session->System() : nullptr);
+    put(mapping, AdlxSucceeded(status) ? state.session->Mapping() : nullptr);
+    return status;
+}
+
+} // namespace
+
+void ResetAdlx()
+{
+    AdlxState& state = TheAdlx();
+    const std::scoped_lock lock(state.mutex);
+    state.session.reset();
+    state.machine = CurrentMachine();
+    state.itemCalls = 0;
+}
+
+} // namespace orvel::simulation
+
+using namespace orvel::simulation;
+
+SIMULATED int32_t Sim_ADLXQueryFullVersion(uint64_t* version)
+{
+    AddToTrace("adlx ADLXQueryFullVersion");
+    if (version == nullptr)
+        return ADLX_INVALID_ARGS;
+    *version = FullVersion;
+    return ADLX_OK;
+}
+
+SIMULATED int32_t Sim_ADLXQueryVersion(const char** version)
+{
+    AddToTrace("adlx ADLXQueryVersion");
+    if (version == nullptr)
+        return ADLX_INVALID_ARGS;
+    *version = "1.2";
+    return ADLX_OK;
+}
+
+SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject** system, AdlxObject** mapping, void* context,
+                                                  AdlxFree memoryFree)
+{
+    const std::string call = "adlx ADLXInitializeWithCallerAdl";
+    AddToTrace(call);
+    if (!system || !mapping || !context || !memoryFree) {
+        AddViolation(call, "a null pointer");
+        return ADLX_INVALID_ARGS;
+    }
+    if (version != FullVersion) {
+        return ADLX_BAD_VER;
+    }
+    const auto machine = CurrentMachine();
+    const OutputStatus& answer = machine->adlx.model.initializeWithCallerAdl;
+    const bool isSimulated = machine->adl.standing != Standing::System; // the computer's own contexts are not known here
+    if (isSimulated && !IsAdlContextAlive(context)) {
+        AddViolation(call, "the ADL context is not alive");
+        return ADLX_ADL_INIT_ERROR;
+    }
+    if (isSimulated && AdlxSucceeded(answer.code) && !UseCallersMemory(call, context, memoryFree)) {
+        return ADLX_ADL_INIT_ERROR;
+    }
+    return BeginSession(answer, system, mapping, isSimulated ? context : nullptr);
+}
+
+SIMULATED int32_t Sim_ADLXInitializeWithIncompatibleDriver(uint64_t, AdlxObject** system)
+{
+    AddToTrace("adlx ADLXInitializeWithIncompatibleDriver");
+    if (system != nullptr)
+        *system = nullptr;
+    return ADLX_NOT_SUPPORTED;
+}
+
+SIMULATED int32_t Sim_ADLXInitialize(uint64_t version, AdlxObject** system)
+{
+    AddToTrace("adlx ADLXInitialize");
+    if (system == nullptr)
+        return ADLX_INVALID_ARGS;
+    if (version != FullVersion)
+        return ADLX_BAD_VER;
+    return BeginSession(CurrentMachine()->adlx.model.initialize, system, nullptr, nullptr);
+}
+
+/// Objects that are still held do not keep the session alive: they are dead.
+SIMULATED int32_t Sim_ADLXTerminate()
+{
+    const std::string call = "adlx ADLXTerminate";
+    AddToTrace(call);
+    AdlxState& state = TheAdlx();
+    const std::scoped_lock lock(state.mutex);
+    if (!IsLoadedFor(call, L"amdadlx64.dll") || !state.session) {
+        return ADLX_TERMINATED;
+    }
+    const std::string held = state.session->HeldObjects();
+    state.session.reset();
+    if (held.empty()) {
+        return ADLX_OK;
+    }
+    AddViolation(call, "objects are still held: " + held);
+    return ADLX_ORPHAN_OBJECTS;
+}

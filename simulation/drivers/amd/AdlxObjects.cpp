@@ -1,0 +1,398 @@
+#include "drivers/amd/AdlxObjects.h"
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+
+#include "drivers/amd/AdlContexts.h"
+#include "trace/Violations.h"
+
+// The tables at the end of the first unnamed namespace give each interface its functions by the published slot numbers.
+// Slots that nobody here needs answer "not supported". A function is only reached through a living object, so there is a
+// session.
+
+namespace orvel::simulation {
+
+namespace {
+
+extern const AdlxInterface systemInterface;
+extern const AdlxInterface mappingInterface;
+extern const AdlxInterface listInterface;
+extern const AdlxInterface gpuInterface;
+extern const AdlxInterface performanceInterface;
+extern const AdlxInterface supportInterface;
+extern const AdlxInterface metricsInterface;
+
+const AdlxModel& Model()
+{
+    return TheAdlx().machine->adlx.model;
+}
+
+AdlxSession& Session()
+{
+    return *TheAdlx().session;
+}
+
+long __stdcall Acquire(AdlxObject* self)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    return ++self->references;
+}
+
+long __stdcall Release(AdlxObject* self)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    return Session().Release(self);
+}
+
+int32_t __stdcall Unused()
+{
+    return ADLX_NOT_SUPPORTED;
+}
+
+int32_t RefuseArgument(const std::string& call, const char* what)
+{
+    AddViolation(call, what);
+    return ADLX_INVALID_ARGS;
+}
+
+/// For what needs ADL: the caller must not have destroyed the context that it has lent.
+void CheckContext(const std::string& call)
+{
+    void* const context = Session().adlContext;
+    if (context && !IsAdlContextAlive(context)) {
+        AddViolation(call, "the ADL context of the session is not alive");
+    }
+}
+
+/// Hands an object out with a reference added, or null if the status is a failure.
+int32_t HandOut(const std::string& call, const OutputStatus& answer, const AdlxInterface& contract, const AdlxGpuModel* gpu,
+                AdlxObject** target)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    if (!target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    if (answer.writes == Writes::Rubbish) {
+        *target = static_cast<AdlxObject*>(DeadObject(call + " wrote rubbish", ADLX_TERMINATED));
+    } else if (answer.writes == Writes::AsUsual) {
+        *target = AdlxSucceeded(answer.code) ? Session().HandOut(contract, gpu) : nullptr;
+    }
+    return answer.code;
+}
+
+/// The same for an object that speaks about a GPU.
+int32_t HandOutOfGpu(const std::string& call, const OutputStatus& answer, const AdlxInterface& contract, AdlxObject* gpu,
+                     AdlxObject** target)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    AddToTrace(call);
+    CheckContext(call);
+    if (Session().Has(gpu, gpuInterface)) {
+        return HandOut(call, answer, contract, gpu->gpu, target);
+    }
+    if (target) {
+        *target = nullptr;
+    }
+    return RefuseArgument(call, "the GPU is not alive");
+}
+
+/// Texts belong to the GPU.
+int32_t GiveText(const char* name, AdlxObject* self, const char** target, Answer<AdlxText> AdlxGpuModel::*member)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    const std::string call = std::string("adlx ") + name;
+    AddToTrace(call);
+    if (!target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    const Answer<AdlxText>& answer = self->gpu->*member;
+    const int32_t status =
+        answer.Give(ADLX_NOT_SUPPORTED, {}, [&](const AdlxText& text) { *target = text ? self->Lend(*text) : nullptr; });
+    if (answer.writes == Writes::Rubbish) {
+        *target = DeadText();
+    }
+    return status;
+}
+
+template <typename Value>
+int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Answer<Value> AdlxGpuModel::*member)
+{
+    std::string call = "adlx ";
+    call += name; // GCC 12 sees an overflow in the sum of the two
+    AddToTrace(call);
+    if (!target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    return (object->gpu->*member).Give(ADLX_NOT_SUPPORTED, {{target, sizeof *target}}, [target](Value value) {
+        *target = value;
+    });
+}
+
+int32_t __stdcall GetGpus(AdlxObject*, AdlxObject** list)
+{
+    const std::string call = "adlx GetGPUs";
+    AddToTrace(call);
+    CheckContext(call);
+    return HandOut(call, Model().getGpus, listInterface, nullptr, list);
+}
+
+int32_t __stdcall GetPerformanceMonitoringServices(AdlxObject*, AdlxObject** services)
+{
+    const std::string call = "adlx GetPerformanceMonitoringServices";
+    AddToTrace(call);
+    CheckContext(call);
+    return HandOut(call, Model().getPerformanceMonitoringServices, performanceInterface, nullptr, services);
+}
+
+int32_t __stdcall AdlAdapterIndexFromAdlxGpu(AdlxObject*, AdlxObject* gpu, int32_t* index)
+{
+    const std::string call = "adlx AdlAdapterIndexFromADLXGPU";
+    CheckContext(call);
+    if (Session().Has(gpu, gpuInterface)) {
+        return GiveValue("AdlAdapterIndexFromADLXGPU", gpu, index, &AdlxGpuModel::adapterIndex);
+    }
+    AddToTrace(call);
+    return RefuseArgument(call, "the GPU is not alive");
+}
+
+/// The number of GPUs that the list reports now.
+uint32_t NumberOfGpus()
+{
+    const AdlxModel& model = Model();
+    const bool hasShrunk = model.shrinkAfter && TheAdlx().itemCalls >= *model.shrinkAfter && !model.gpus.empty();
+    return static_cast<uint32_t>(model.gpus.size()) - (hasShrunk ? 1 : 0);
+}
+
+uint32_t __stdcall ListSize(AdlxObject*)
+{
+    AddToTrace("adlx Size");
+    return NumberOfGpus();
+}
+
+bool __stdcall ListEmpty(AdlxObject*)
+{
+    AddToTrace("adlx Empty");
+    return NumberOfGpus() == 0;
+}
+
+uint32_t __stdcall ListBegin(AdlxObject*)
+{
+    AddToTrace("adlx Begin");
+    return 0;
+}
+
+uint32_t __stdcall ListEnd(AdlxObject*)
+{
+    AddToTrace("adlx End");
+    return NumberOfGpus();
+}
+
+int32_t __stdcall ListAtGpuList(AdlxObject*, uint32_t index, AdlxObject** gpu)
+{
+    const std::scoped_lock lock(TheAdlx().mutex);
+    const std::string call = "adlx At_GPUList " + std::to_string(index);
+    AddToTrace(call);
+    const bool isInside = index < NumberOfGpus();
+    ++TheAdlx().itemCalls;
+    if (!isInside) {
+        return HandOut(call, {{true, ADLX_INVALID_ARGS}, Writes::AsUsual}, gpuInterface, nullptr, gpu);
+    }
+    const AdlxGpuModel& model = Model().gpus[index];
+    return HandOut(call, model.atGpuList, gpuInterface, &model, gpu);
+}
+
+int32_t __stdcall GpuVendorId(AdlxObject* self, const char** text)
+{
+    return GiveText("VendorId", self, text, &AdlxGpuModel::vendorId);
+}
+
+int32_t __stdcall GpuName(AdlxObject* self, const char** text)
+{
+    return GiveText("Name", self, text, &AdlxGpuModel::name);
+}
+
+int32_t __stdcall GpuPnpString(AdlxObject* self, const char** text)
+{
+    return GiveText("PNPString", self, text, &AdlxGpuModel::pnpString);
+}
+
+int32_t __stdcall GpuDeviceId(AdlxObject* self, const char** text)
+{
+    return GiveText("DeviceId", self, text, &AdlxGpuModel::deviceId);
+}
+
+int32_t __stdcall GpuTotalVram(AdlxObject* self, uint32_t* megabytes)
+{
+    return GiveValue("TotalVRAM", self, megabytes, &AdlxGpuModel::totalVramMegabytes);
+}
+
+int32_t __stdcall GetSupportedGpuMetrics(AdlxObject*, AdlxObject* gpu, AdlxObject** support)
+{
+    return HandOutOfGpu("adlx GetSupportedGPUMetrics", Model().getSupportedGpuMetrics, supportInterface, gpu, support);
+}
+
+int32_t __stdcall GetCurrentGpuMetrics(AdlxObject*, AdlxObject* gpu, AdlxObject** metrics)
+{
+    return HandOutOfGpu("adlx GetCurrentGPUMetrics", Model().getCurrentGpuMetrics, metricsInterface, gpu, metrics);
+}
+
+int32_t __stdcall IsSupportedGpuClockSpeed(AdlxObject* self, bool* supported)
+{
+    return GiveValue("IsSupportedGPUClockSpeed", self, supported, &AdlxGpuModel::isSupportedGpuClockSpeed);
+}
+
+int32_t __stdcall GpuClockSpeed(AdlxObject* self, int32_t* megahertz)
+{
+    return GiveValue("GPUClockSpeed", self, megahertz, &AdlxGpuModel::gpuClockSpeedMegahertz);
+}
+
+struct Slot {
+    size_t number;
+    void* function;
+};
+
+template <typename Function>
+Slot At(size_t number, Function* function)
+{
+    return {number, reinterpret_cast<void*>(function)};
+}
+
+template <size_t Length>
+std::array<void*, Length> Table(std::initializer_list<Slot> slots)
+{
+    std::array<void*, Length> table;
+    table.fill(reinterpret_cast<void*>(&Unused));
+    for (const Slot& slot : slots)
+        table[slot.number] = slot.function;
+    return table;
+}
+
+const auto systemTable = Table<12>({At(1, &GetGpus), At(9, &GetPerformanceMonitoringServices)});
+const auto mappingTable = Table<8>({At(3, &AdlAdapterIndexFromAdlxGpu)});
+const auto listTable = Table<13>({
+    At(0, &Acquire),
+    At(1, &Release),
+    At(3, &ListSize),
+    At(4, &ListEmpty),
+    At(5, &ListBegin),
+    At(6, &ListEnd),
+    At(11, &ListAtGpuList),
+});
+const auto gpuTable = Table<19>({
+    At(0, &Acquire),
+    At(1, &Release),
+    At(3, &GpuVendorId),
+    At(7, &GpuName),
+    At(9, &GpuPnpString),
+    At(11, &GpuTotalVram),
+    At(14, &GpuDeviceId),
+});
+const auto performanceTable = Table<23>({
+    At(0, &Acquire),
+    At(1, &Release),
+    At(18, &GetCurrentGpuMetrics),
+    At(21, &GetSupportedGpuMetrics),
+});
+const auto supportTable = Table<25>({At(0, &Acquire), At(1, &Release), At(4, &IsSupportedGpuClockSpeed)});
+const auto metricsTable = Table<15>({At(0, &Acquire), At(1, &Release), At(5, &GpuClockSpeed)});
+
+const AdlxInterface systemInterface{"IADLXSystem", systemTable.data()};
+const AdlxInterface mappingInterface{"IADLMapping", mappingTable.data()};
+const AdlxInterface listInterface{"IADLXGPUList", listTable.data()};
+const AdlxInterface gpuInterface{"IADLXGPU", gpuTable.data()};
+const AdlxInterface performanceInterface{"IADLXPerformanceMonitoringServices", performanceTable.data()};
+const AdlxInterface supportInterface{"IADLXGPUMetricsSupport", supportTable.data()};
+const AdlxInterface metricsInterface{"IADLXGPUMetrics", metricsTable.data()};
+
+void Bury(AdlxObject* object)
+{
+    const std::string name = std::string("adlx ") + object->contract->name;
+    object->~AdlxObject();
+    BuryObject(object, sizeof *object, name, ADLX_TERMINATED);
+}
+
+} // namespace
+
+bool AdlxSucceeded(int32_t status)
+{
+    return status <= ADLX_ALREADY_INITIALIZED; // 0, 1 and 2 are successes in ADLX
+}
+
+AdlxObject::AdlxObject(const AdlxInterface& itsInterface, const AdlxGpuModel* itsGpu)
+    : table(itsInterface.table), contract(&itsInterface), gpu(itsGpu)
+{}
+
+AdlxObject::~AdlxObject()
+{
+    for (const auto& [text, lent] : lentTexts) {
+        BuryText(lent, text->size());
+    }
+}
+
+const char* AdlxObject::Lend(const std::string& text)
+{
+    char*& lent = lentTexts[&text];
+    if (!lent) {
+        lent = new char[text.size() + 1];
+        std::copy_n(text.c_str(), text.size() + 1, lent);
+    }
+    return lent;
+}
+
+AdlxSession::AdlxSession()
+    : system(new AdlxObject(systemInterface, nullptr)), mapping(new AdlxObject(mappingInterface, nullptr))
+{}
+
+AdlxSession::~AdlxSession()
+{
+    for (const auto& [object, count] : counted) {
+        Bury(object);
+    }
+    Bury(mapping);
+    Bury(system);
+}
+
+AdlxObject* AdlxSession::HandOut(const AdlxInterface& contract, const AdlxGpuModel* gpu)
+{
+    const auto isIt = [&](const auto& entry) { return entry.first->contract == &contract && entry.first->gpu == gpu; };
+    const auto found = std::ranges::find_if(counted, isIt);
+    AdlxObject* const object = found != counted.end() ? found->first : new AdlxObject(contract, gpu);
+    counted.try_emplace(object, Counted::Adlx);
+    ++object->references;
+    return object;
+}
+
+long AdlxSession::Release(AdlxObject* object)
+{
+    const long left = --object->references;
+    if (left == 0) {
+        AddToTrace(std::string("adlx Release ") + object->contract->name);
+        counted.erase(object);
+        Bury(object);
+    }
+    return left;
+}
+
+bool AdlxSession::Has(const AdlxObject* object, const AdlxInterface& contract) const
+{
+    const auto found = counted.find(const_cast<AdlxObject*>(object));
+    return found != counted.end() && found->first->contract == &contract;
+}
+
+std::string AdlxSession::HeldObjects() const
+{
+    std::string names;
+    for (const auto& [object, count] : counted) {
+        names += std::string(names.empty() ? "" : ", ") + object->contract->name;
+    }
+    return names;
+}
+
+AdlxState& TheAdlx()
+{
+    static auto* const state = new AdlxState;
+    return *state;
+}
+
+} // namespace orvel::simulation

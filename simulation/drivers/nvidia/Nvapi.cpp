@@ -1,0 +1,133 @@
+#include "drivers/nvidia/Nvapi.h"
+
+#include <algorithm>
+#include <string>
+
+#include "drivers/nvidia/NvapiGpu.h"
+#include "drivers/nvidia/NvapiSession.h"
+#include "loading/Export.h"
+#include "machine/CurrentMachine.h"
+#include "trace/Trace.h"
+#include "trace/Violations.h"
+
+namespace orvel::simulation {
+
+namespace {
+
+constexpr size_t MaximumGpus = 64; // length of the handle array
+constexpr uint32_t MultiGpuVersion = 0x0002001C;
+constexpr size_t MultiGpuSize = 28; // bytes
+
+int32_t Initialize()
+{
+    AddToTrace("nvapi NvAPI_Initialize");
+    const int32_t status = CurrentMachine()->nvapi.model.initialize.code;
+    if (status == NVAPI_OK) {
+        BeginNvapiSession();
+    }
+    return status;
+}
+
+int32_t Unload()
+{
+    AddToTrace("nvapi NvAPI_Unload");
+    if (!IsInNvapiSession("nvapi NvAPI_Unload")) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    const int32_t status = CurrentMachine()->nvapi.model.unload.code;
+    if (status == NVAPI_OK) {
+        EndNvapiSession();
+    }
+    return status;
+}
+
+void ListGpus(const NvapiModel& model, void** handles, uint32_t* count)
+{
+    *count = static_cast<uint32_t>(std::min(model.gpus.size(), MaximumGpus));
+    for (uint32_t index = 0; index < *count; ++index) {
+        handles[index] = NvapiHandles().HandleOf(model.gpus[index]);
+    }
+}
+
+int32_t EnumPhysicalGpus(void** handles, uint32_t* count)
+{
+    const std::string call = "nvapi NvAPI_EnumPhysicalGPUs";
+    AddToTrace(call);
+    if (!IsInNvapiSession(call)) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    if (!handles || !count) {
+        AddViolation(call, "a null pointer");
+        return NVAPI_INVALID_ARGUMENT;
+    }
+    const auto machine = CurrentMachine();
+    const NvapiModel& model = machine->nvapi.model;
+    const OutputStatus& answer = model.enumPhysicalGpus;
+    const int32_t status = answer.given || !model.gpus.empty() ? answer.code : NVAPI_NVIDIA_DEVICE_NOT_FOUND;
+    if (answer.writes == Writes::Rubbish) {
+        FillWithRubbish({{handles, MaximumGpus * sizeof *handles}, {count, sizeof *count}});
+    } else if (status == NVAPI_OK && answer.writes == Writes::AsUsual) {
+        ListGpus(model, handles, count);
+    }
+    return status;
+}
+
+/// The multi-GPU query has no published name that anybody asks for: it goes by its id.
+int32_t MultiGpuQuery(uint32_t* words)
+{
+    const std::string call = "nvapi 0xD2D25687";
+    AddToTrace(call);
+    if (!IsInNvapiSession(call)) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    if (!words) {
+        AddViolation(call, "a null pointer");
+        return NVAPI_INVALID_ARGUMENT;
+    }
+    if (words[0] != 0 || words[1] != MultiGpuVersion) {
+        AddViolation(call, "the structure's version is wrong");
+        return NVAPI_INCOMPATIBLE_STRUCT_VERSION;
+    }
+    const Area area{words, MultiGpuSize};
+    return CurrentMachine()->nvapi.model.multiGpu.Give(NVAPI_NOT_SUPPORTED, {area}, [&](const NvapiMultiGpuWords& given) {
+        FillWithRubbish({area});
+        words[1] = MultiGpuVersion;
+        words[2] = given[0];
+        words[3] = given[1];
+    });
+}
+
+const NvapiFunction* FindFunction(uint32_t id)
+{
+    static const NvapiFunction functions[] = {
+        {0x0150E828, "NvAPI_Initialize", reinterpret_cast<void*>(&Initialize)},
+        {0xD22BDD7E, "NvAPI_Unload", reinterpret_cast<void*>(&Unload)},
+        {0xE5AC921F, "NvAPI_EnumPhysicalGPUs", reinterpret_cast<void*>(&EnumPhysicalGpus)},
+        {0xD2D25687, "0xD2D25687", reinterpret_cast<void*>(&MultiGpuQuery)},
+    };
+    const auto* const found = std::ranges::find(functions, id, &NvapiFunction::id);
+    return found == std::end(functions) ? FindNvapiGpuFunction(id) : found;
+}
+
+} // namespace
+
+void ResetNvapi()
+{
+    ResetNvapiSessions();
+    ResetNvapiMemoryInfo();
+}
+
+} // namespace orvel::simulation
+
+using namespace orvel::simulation;
+
+/// Leaves no trace itself: the functions that it resolves do.
+SIMULATED void* Sim_nvapi_QueryInterface(uint32_t id)
+{
+    const NvapiFunction* const function = FindFunction(id);
+    const auto machine = CurrentMachine();
+    const auto& unresolved = machine->nvapi.model.unresolved;
+    if (function == nullptr || machine->nvapi.standing != Standing::Simulated)
+        return nullptr;
+    return std::ranges::find(unresolved, function->name) == unresolved.end() ? function->function : nullptr;
+}

@@ -1,0 +1,324 @@
+#include "drivers/nvidia/NvapiGpu.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <mutex>
+
+#include "drivers/nvidia/Nvapi.h"
+#include "drivers/nvidia/NvapiSession.h"
+#include "machine/CurrentMachine.h"
+#include "trace/Trace.h"
+#include "trace/Violations.h"
+
+// Every function does the same: trace the call, find the GPU by its handle, look at the arguments, give the model's answer.
+// Structures are byte areas with the published offsets; what the model does not say of them becomes rubbish.
+
+namespace orvel::simulation {
+
+namespace {
+
+constexpr size_t ShortStringSize = 64; // of names and versions, with the terminator
+constexpr size_t MemoryInfoSize = 80;
+constexpr size_t ClockDomains = 32;
+constexpr uint32_t ClocksVersion = 0x00030108;
+constexpr uint32_t EccStatusVersion = 0x00010010;
+constexpr uint32_t EccErrorsVersion = 0x00010028;
+
+using MemoryImage = std::array<unsigned char, MemoryInfoSize>;
+
+/// The structure as the last memory query left it: the product passes it on to its second query as it is.
+struct LastMemoryInfo {
+    std::mutex mutex;
+    MemoryImage image{};
+};
+
+LastMemoryInfo& TheLastMemoryInfo()
+{
+    static auto* const last = new LastMemoryInfo;
+    return *last;
+}
+
+template <typename Word>
+void Put(void* area, size_t offset, Word word)
+{
+    std::memcpy(static_cast<char*>(area) + offset, &word, sizeof word);
+}
+
+uint32_t WordAt(const void* area, size_t offset)
+{
+    uint32_t word = 0;
+    std::memcpy(&word, static_cast<const char*>(area) + offset, sizeof word);
+    return word;
+}
+
+/// Traces the call and runs `give` on the model of the GPU that the handle stands for. Null stands for none: the caller may
+/// have read it from a slot that no GPU has filled.
+template <typename Give>
+int32_t OnGpu(const std::string& call, const void* handle, Give&& give)
+{
+    AddToTrace(call);
+    if (!IsInNvapiSession(call)) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    const auto machine = CurrentMachine(); // holds the model
+    if (const NvapiGpuModel* const gpu = NvapiHandles().Find(handle)) {
+        return give(*gpu);
+    }
+    if (handle) {
+        AddViolation(call, "the handle is not of this session");
+    }
+    return NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE;
+}
+
+int32_t RefuseNull(const std::string& call)
+{
+    AddViolation(call, "a null pointer");
+    return NVAPI_INVALID_ARGUMENT;
+}
+
+int32_t RefuseVersion(const std::string& call)
+{
+    AddViolation(call, "the structure's version is wrong");
+    return NVAPI_INCOMPATIBLE_STRUCT_VERSION;
+}
+
+void PutText(char* target, const std::string& text, bool isTerminated)
+{
+    FillWithRubbish({{target, ShortStringSize}});
+    const size_t length = text.copy(target, isTerminated ? ShortStringSize - 1 : ShortStringSize);
+    if (isTerminated) {
+        target[length] = '\0';
+    }
+}
+
+int32_t GiveText(const char* name, const void* handle, char* target, Answer<std::string> NvapiGpuModel::*member)
+{
+    const std::string call = std::string("nvapi ") + name;
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        if (!target) {
+            return RefuseNull(call);
+        }
+        const Answer<std::string>& answer = gpu.*member;
+        return answer.Give(NVAPI_NOT_SUPPORTED, {{target, ShortStringSize}},
+                           [&](const std::string& text) { PutText(target, text, answer.writes != Writes::Unterminated); });
+    });
+}
+
+int32_t GiveNumber(const char* name, const void* handle, int32_t* target, Answer<int32_t> NvapiGpuModel::*member)
+{
+    const std::string call = std::string("nvapi ") + name;
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        if (!target) {
+            return RefuseNull(call);
+        }
+        return (gpu.*member).Give(NVAPI_NOT_SUPPORTED, {{target, sizeof *target}}, [target](int32_t number) {
+            *target = number;
+        });
+    });
+}
+
+/// For a structure that starts with a version word, whose lower half is the structure's size. `write` finds everything
+/// behind that word full of rubbish.
+template <typename Value, typename Write>
+int32_t GiveStructure(const std::string& call, void* area, uint32_t version, const Answer<Value>& answer, Write&& write)
+{
+    if (!area) {
+        return RefuseNull(call);
+    }
+    if (WordAt(area, 0) != version) {
+        return RefuseVersion(call);
+    }
+    const size_t size = version & 0xFFFF;
+    return answer.Give(NVAPI_NOT_SUPPORTED, {{area, size}}, [&](const Value& value) {
+        FillWithRubbish({{static_cast<char*>(area) + sizeof version, size - sizeof version}});
+        write(value);
+    });
+}
+
+int32_t GetFullName(void* gpu, char* name)
+{
+    return GiveText("NvAPI_GPU_GetFullName", gpu, name, &NvapiGpuModel::fullName);
+}
+
+int32_t GetVbiosVersionString(void* gpu, char* version)
+{
+    return GiveText("NvAPI_GPU_GetVbiosVersionString", gpu, version, &NvapiGpuModel::vbiosVersion);
+}
+
+int32_t GetBusId(void* gpu, int32_t* id)
+{
+    return GiveNumber("NvAPI_GPU_GetBusId", gpu, id, &NvapiGpuModel::busId);
+}
+
+int32_t GetBusType(void* gpu, int32_t* type)
+{
+    return GiveNumber("NvAPI_GPU_GetBusType", gpu, type, &NvapiGpuModel::busType);
+}
+
+int32_t GetGpuType(void* gpu, int32_t* type)
+{
+    return GiveNumber("NvAPI_GPU_GetGPUType", gpu, type, &NvapiGpuModel::gpuType);
+}
+
+int32_t GetGpuCoreCount(void* gpu, int32_t* count)
+{
+    return GiveNumber("NvAPI_GPU_GetGpuCoreCount", gpu, count, &NvapiGpuModel::coreCount);
+}
+
+int32_t GetRamBusWidth(void* gpu, int32_t* bits)
+{
+    return GiveNumber("NvAPI_GPU_GetRamBusWidth", gpu, bits, &NvapiGpuModel::ramBusWidth);
+}
+
+int32_t GetCurrentPcieDownstreamWidth(void* gpu, int32_t* lanes)
+{
+    return GiveNumber("NvAPI_GPU_GetCurrentPCIEDownstreamWidth", gpu, lanes, &NvapiGpuModel::pcieWidth);
+}
+
+int32_t GetPciIdentifiers(void* handle, uint32_t* device, uint32_t* subsystem, uint32_t* revision, uint32_t* extended)
+{
+    const std::string call = "nvapi NvAPI_GPU_GetPCIIdentifiers";
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        if (!device || !subsystem || !revision || !extended) {
+            return RefuseNull(call);
+        }
+        return gpu.pciIdentifiers.Give(NVAPI_NOT_SUPPORTED,
+                                       {{device, sizeof *device},
+                                        {subsystem, sizeof *subsystem},
+                                        {revision, sizeof *revision},
+                                        {extended, sizeof *extended}},
+                                       [&](const NvapiPciIdentifiers& identifiers) {
+                                           *device = identifiers.device;
+                                           *subsystem = identifiers.subsystem;
+                                           *revision = identifiers.revision;
+                                           *extended = identifiers.extended;
+                                       });
+    });
+}
+
+int32_t GiveMemoryInfo(const std::string& call, const NvapiGpuModel& gpu, void* area)
+{
+    LastMemoryInfo& last = TheLastMemoryInfo();
+    const std::scoped_lock lock(last.mutex);
+    const bool isFirst = std::memcmp(area, MemoryImage{}.data(), MemoryInfoSize) == 0;
+    if (!isFirst && std::memcmp(area, last.image.data(), MemoryInfoSize) != 0) {
+        return RefuseVersion(call);
+    }
+    const int32_t status =
+        gpu.memoryInfo.Give(NVAPI_NOT_SUPPORTED, {{area, MemoryInfoSize}}, [&](const NvapiMemoryInfo& memory) {
+            FillWithRubbish({{static_cast<char*>(area) + 8, MemoryInfoSize - 8}});
+            Put(area, 32, memory.offset32);
+            Put(area, 40, memory.offset40);
+        });
+    std::memcpy(last.image.data(), area, MemoryInfoSize);
+    return status;
+}
+
+// Intended: no version word is asked for, unlike by a real driver, unless the machine's file refuses the call. The product
+// passes the structure without one.
+int32_t GetMemoryInfoEx(void* handle, void* area)
+{
+    const std::string call = "nvapi NvAPI_GPU_GetMemoryInfoEx";
+    return OnGpu(call, handle,
+                 [&](const NvapiGpuModel& gpu) { return area ? GiveMemoryInfo(call, gpu, area) : RefuseNull(call); });
+}
+
+void PutClock(void* area, size_t domain, const NvapiClock& clock)
+{
+    Put(area, 8 + 8 * domain, uint32_t{clock.present});
+    Put(area, 12 + 8 * domain, clock.kilohertz);
+}
+
+/// All domains but those of the file are not present, with a frequency that means nothing.
+void PutClocks(void* area, uint32_t type, const NvapiClocks& clocks)
+{
+    Put(area, 4, type);
+    for (size_t domain = 0; domain < ClockDomains; ++domain) {
+        Put(area, 8 + 8 * domain, uint32_t{0});
+    }
+    PutClock(area, 0, clocks.domain0);
+    PutClock(area, 4, clocks.domain4);
+}
+
+int32_t GiveClocks(const std::string& call, const NvapiClockAnswers& clocks, uint32_t type, void* area)
+{
+    const bool isKnown = clocks.byType.empty() || clocks.byType.contains(type);
+    if (!isKnown) {
+        return NVAPI_INVALID_ARGUMENT;
+    }
+    return GiveStructure(call, area, ClocksVersion, clocks.byType.empty() ? clocks.ofAll : clocks.byType.at(type),
+                         [&](const NvapiClocks& given) { PutClocks(area, type, given); });
+}
+
+int32_t GetAllClockFrequencies(void* handle, void* area)
+{
+    const uint32_t word = area ? WordAt(area, 4) : 0;
+    const uint32_t type = word & 0xF;
+    const std::string call = "nvapi NvAPI_GPU_GetAllClockFrequencies type=" + std::to_string(type);
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        if (type != word) {
+            AddViolation(call, "reserved bits are not 0");
+            return NVAPI_INVALID_ARGUMENT;
+        }
+        return GiveClocks(call, gpu.clocks, type, area);
+    });
+}
+
+int32_t GetEccStatusInfo(void* handle, void* area)
+{
+    const std::string call = "nvapi NvAPI_GPU_GetECCStatusInfo";
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        if (area && ((WordAt(area, 4) | WordAt(area, 12)) & ~1U) != 0) {
+            AddViolation(call, "reserved bits are not 0");
+            return NVAPI_INVALID_ARGUMENT;
+        }
+        return GiveStructure(call, area, EccStatusVersion, gpu.eccStatus, [area](const NvapiEccStatus& ecc) {
+            Put(area, 4, ecc.supported);
+            Put(area, 12, ecc.enabled);
+        });
+    });
+}
+
+int32_t GetEccErrorInfo(void* handle, void* area)
+{
+    const std::string call = "nvapi NvAPI_GPU_GetECCErrorInfo";
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        return GiveStructure(call, area, EccErrorsVersion, gpu.eccErrors, [area](const NvapiEccErrors& errors) {
+            Put(area, 8, errors.singleBit);
+            Put(area, 16, errors.doubleBit);
+        });
+    });
+}
+
+} // namespace
+
+const NvapiFunction* FindNvapiGpuFunction(uint32_t id)
+{
+    static const NvapiFunction functions[] = {
+        {0xCEEE8E9F, "NvAPI_GPU_GetFullName", reinterpret_cast<void*>(&GetFullName)},
+        {0x1BE0B8E5, "NvAPI_GPU_GetBusId", reinterpret_cast<void*>(&GetBusId)},
+        {0x1BB18724, "NvAPI_GPU_GetBusType", reinterpret_cast<void*>(&GetBusType)},
+        {0x2DDFB66E, "NvAPI_GPU_GetPCIIdentifiers", reinterpret_cast<void*>(&GetPciIdentifiers)},
+        {0xC33BAEB1, "NvAPI_GPU_GetGPUType", reinterpret_cast<void*>(&GetGpuType)},
+        {0xA561FD7D, "NvAPI_GPU_GetVbiosVersionString", reinterpret_cast<void*>(&GetVbiosVersionString)},
+        {0xC7026A87, "NvAPI_GPU_GetGpuCoreCount", reinterpret_cast<void*>(&GetGpuCoreCount)},
+        {0x7975C581, "NvAPI_GPU_GetRamBusWidth", reinterpret_cast<void*>(&GetRamBusWidth)},
+        {0xD048C3B1, "NvAPI_GPU_GetCurrentPCIEDownstreamWidth", reinterpret_cast<void*>(&GetCurrentPcieDownstreamWidth)},
+        {0xC0599498, "NvAPI_GPU_GetMemoryInfoEx", reinterpret_cast<void*>(&GetMemoryInfoEx)},
+        {0xDCB616C3, "NvAPI_GPU_GetAllClockFrequencies", reinterpret_cast<void*>(&GetAllClockFrequencies)},
+        {0xCA1DDAF3, "NvAPI_GPU_GetECCStatusInfo", reinterpret_cast<void*>(&GetEccStatusInfo)},
+        {0xC71F85A6, "NvAPI_GPU_GetECCErrorInfo", reinterpret_cast<void*>(&GetEccErrorInfo)},
+    };
+    const auto* const found = std::ranges::find(functions, id, &NvapiFunction::id);
+    return found == std::end(functions) ? nullptr : found;
+}
+
+void ResetNvapiMemoryInfo()
+{
+    LastMemoryInfo& last = TheLastMemoryInfo();
+    const std::scoped_lock lock(last.mutex);
+    last.image = {};
+}
+
+} // namespace orvel::simulation

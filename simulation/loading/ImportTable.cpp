@@ -1,0 +1,80 @@
+#include "loading/ImportTable.h"
+
+#include "machine/Text.h"
+
+namespace orvel::simulation {
+
+namespace {
+
+template <typename T>
+T* At(HMODULE module, DWORD offset)
+{
+    return reinterpret_cast<T*>(reinterpret_cast<BYTE*>(module) + offset);
+}
+
+void Write(ULONG_PTR* slot, ULONG_PTR value)
+{
+    DWORD protection = 0;
+    if (VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
+        *slot = value;
+        VirtualProtect(slot, sizeof(*slot), protection, &protection);
+    }
+}
+
+/// The descriptors of a module's imported DLLs, ending with an empty one; null where it imports nothing.
+const IMAGE_IMPORT_DESCRIPTOR* ImportsOf(HMODULE module)
+{
+    const auto* headers = At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew));
+    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    return directory.VirtualAddress == 0 ? nullptr : At<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress);
+}
+
+/// The descriptor of one imported DLL; null where the module does not import it.
+const IMAGE_IMPORT_DESCRIPTOR* FindImport(HMODULE module, const wchar_t* dllName)
+{
+    const auto* import = ImportsOf(module);
+    if (import == nullptr)
+        return nullptr;
+    while (import->Name != 0 && FoldCase(ToWide(At<char>(module, import->Name))) != dllName)
+        ++import;
+    return import->Name != 0 ? import : nullptr;
+}
+
+} // namespace
+
+void RedirectedImports::Redirect(HMODULE importer, const wchar_t* dllName, HMODULE target)
+{
+    const auto* import = FindImport(importer, dllName);
+    if (import == nullptr)
+        return;
+    const auto* name = At<IMAGE_THUNK_DATA>(importer, import->OriginalFirstThunk);
+    auto* slot = At<IMAGE_THUNK_DATA>(importer, import->FirstThunk);
+    for (; name->u1.AddressOfData != 0; ++name, ++slot) {
+        const auto* byName = At<IMAGE_IMPORT_BY_NAME>(importer, static_cast<DWORD>(name->u1.AddressOfData));
+        const FARPROC function = GetProcAddress(target, reinterpret_cast<const char*>(byName->Name));
+        auto* address = reinterpret_cast<ULONG_PTR*>(&slot->u1.Function);
+        if (function == nullptr || *address == reinterpret_cast<ULONG_PTR>(function))
+            continue;
+        former.emplace_back(address, *address);
+        Write(address, reinterpret_cast<ULONG_PTR>(function));
+    }
+}
+
+void RedirectedImports::Restore()
+{
+    for (const auto& [slot, value] : former)
+        Write(slot, value);
+    former.clear();
+}
+
+void ReplaceImported(HMODULE importer, FARPROC from, FARPROC to)
+{
+    for (const auto* import = ImportsOf(importer); import != nullptr && import->Name != 0; ++import) {
+        for (auto* slot = At<IMAGE_THUNK_DATA>(importer, import->FirstThunk); slot->u1.Function != 0; ++slot) {
+            if (slot->u1.Function == reinterpret_cast<ULONG_PTR>(from))
+                Write(reinterpret_cast<ULONG_PTR*>(&slot->u1.Function), reinterpret_cast<ULONG_PTR>(to));
+        }
+    }
+}
+
+} // namespace orvel::simulation

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "machine/Node.h"
+
+namespace orvel::simulation {
+
+/// None: a null pointer.
+using AdlxText = std::optional<std::string>;
+
+struct AdlxGpuModel {
+    OutputStatus atGpuList;
+    Answer<AdlxText> vendorId;
+    Answer<AdlxText> name;
+    Answer<AdlxText> pnpString;
+    Answer<AdlxText> deviceId;
+    Answer<uint32_t> totalVramMegabytes;
+    Answer<int32_t> adapterIndex;
+    Answer<bool> isSupportedGpuClockSpeed;
+    Answer<int32_t> gpuClockSpeedMegahertz;
+};
+
+struct AdlxModel {
+    std::vector<std::string> missing;
+    OutputStatus initializeWithCallerAdl;
+    OutputStatus initialize;
+    OutputStatus getGpus;
+    OutputStatus getPerformanceMonitoringServices;
+    OutputStatus getSupportedGpuMetrics;
+    OutputStatus getCurrentGpuMetrics;
+    std::optional<uint64_t> shrinkAfter; // calls of "item at index" until the list reports one GPU fewer
+    std::vector<AdlxGpuModel> gpus;
+};
+
+/// The entry points that amdadlx64.dll exports.
+const std::vector<std::string>& AdlxEntryPoints();
+
+void ReadInto(const Node& node, AdlxGpuModel& target);
+void ReadInto(const Node& node, AdlxModel& target);
+
+} // namespace orvel::simulation

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
+#include <optional>
+
+#include "trace/Graveyard.h"
+
+namespace orvel::simulation {
+
+/// A status that a machine file sets for a call; 0 (success everywhere) unless it does.
+struct Status {
+    bool given = false; // the file has the key
+    int32_t code = 0;
+};
+
+/// What a call does to the caller's memory where a machine file lets it misbehave.
+enum class Writes {
+    AsUsual,
+    Nothing,      // also on success
+    Rubbish,      // also on failure; into a pointer one to something that is not alive
+    Unterminated, // a text without its terminator
+};
+
+/// The status of a call that gives objects or handles out.
+struct OutputStatus : Status {
+    Writes writes = Writes::AsUsual;
+};
+
+/// The caller's memory that a call may write to.
+struct Area {
+    void* start;
+    size_t bytes;
+};
+
+inline void FillWithRubbish(std::initializer_list<Area> areas)
+{
+    for (const Area& area : areas) {
+        std::memset(area.start, RubbishByte, area.bytes);
+    }
+}
+
+/// What a machine file lets one call answer: a value, a failure, or a failure that writes a value all the same.
+template <typename Value>
+struct Answer {
+    bool given = false; // the file has the key
+    int32_t status = 0;
+    std::optional<Value> value; // none: the call writes nothing
+    Writes writes = Writes::AsUsual;
+
+    /// The status of the call; `write` receives the value if there is one to write. `areas` is all that the call may write
+    /// to. A call that the file does not describe answers `notSupported`.
+    template <typename Write>
+    int32_t Give(int32_t notSupported, std::initializer_list<Area> areas, Write&& write) const
+    {
+        if (!given) {
+            return notSupported;
+        }
+        if (writes == Writes::Rubbish) {
+            FillWithRubbish(areas);
+        } else if (value && writes != Writes::Nothing) {
+            write(*value);
+        }
+        return status;
+    }
+};
+
+} // namespace orvel::simulation

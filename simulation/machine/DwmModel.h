@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+
+#include "machine/Node.h"
+
+namespace orvel::simulation {
+
+/// What the desktop window manager answers: without more, success and composition on.
+struct DwmModel {
+    Status status;
+    std::optional<bool> enabled;
+};
+
+void ReadInto(const Node& node, DwmModel& target);
+
+} // namespace orvel::simulation

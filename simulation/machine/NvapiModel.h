@@ -1,0 +1,92 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "machine/Node.h"
+
+namespace orvel::simulation {
+
+struct NvapiPciIdentifiers {
+    uint32_t device = 0;
+    uint32_t subsystem = 0;
+    uint32_t revision = 0;
+    uint32_t extended = 0;
+};
+
+struct NvapiMemoryInfo {
+    uint64_t offset32 = 0;
+    uint64_t offset40 = 0;
+};
+
+/// A clock domain; one that is not given is not present.
+struct NvapiClock {
+    bool present = false;
+    uint32_t kilohertz = 0;
+};
+
+struct NvapiClocks {
+    NvapiClock domain0;
+    NvapiClock domain4;
+};
+
+/// The answer for every clock type, or one for each.
+struct NvapiClockAnswers {
+    Answer<NvapiClocks> ofAll;
+    std::map<uint32_t, Answer<NvapiClocks>> byType; // where there are any, the only ones
+};
+
+/// Whole words, of which NVAPI defines bit 0.
+struct NvapiEccStatus {
+    uint32_t supported = 0;
+    uint32_t enabled = 0;
+};
+
+struct NvapiEccErrors {
+    uint64_t singleBit = 0;
+    uint64_t doubleBit = 0;
+};
+
+struct NvapiGpuModel {
+    Answer<std::string> fullName;
+    Answer<std::string> vbiosVersion;
+    Answer<int32_t> busId;
+    Answer<int32_t> busType;
+    Answer<int32_t> gpuType;
+    Answer<int32_t> coreCount;
+    Answer<int32_t> ramBusWidth;
+    Answer<int32_t> pcieWidth;
+    Answer<NvapiPciIdentifiers> pciIdentifiers;
+    Answer<NvapiMemoryInfo> memoryInfo;
+    NvapiClockAnswers clocks;
+    Answer<NvapiEccStatus> eccStatus;
+    Answer<NvapiEccErrors> eccErrors;
+};
+
+/// The words at offsets 8 and 12 of the multi-GPU query.
+using NvapiMultiGpuWords = std::array<uint32_t, 2>;
+
+struct NvapiModel {
+    std::vector<std::string> unresolved;
+    Status initialize;
+    Status unload;
+    OutputStatus enumPhysicalGpus; // not given: by the number of GPUs
+    Answer<NvapiMultiGpuWords> multiGpu;
+    std::vector<NvapiGpuModel> gpus;
+};
+
+/// The functions that nvapi_QueryInterface resolves, by the names that machine files use.
+const std::vector<std::string>& NvapiFunctionNames();
+
+void ReadInto(const Node& node, NvapiPciIdentifiers& target);
+void ReadInto(const Node& node, NvapiMemoryInfo& target);
+void ReadInto(const Node& node, NvapiClock& target);
+void ReadInto(const Node& node, NvapiClocks& target);
+void ReadInto(const Node& node, NvapiEccStatus& target);
+void ReadInto(const Node& node, NvapiEccErrors& target);
+void ReadInto(const Node& node, NvapiGpuModel& target);
+void ReadInto(const Node& node, NvapiModel& target);
+
+} // namespace orvel::simulation

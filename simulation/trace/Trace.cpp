@@ -1,0 +1,111 @@
+#include "trace/Trace.h"
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <mutex>
+#include <unordered_map>
+
+namespace orvel::simulation {
+
+namespace {
+
+constexpr std::array interfaceNames = {"wmi", "dxgi", "nvapi", "nvml", "adl", "adlx"}; // in the order of Counted
+
+/// A run makes the same few hundred calls over and over, so a call is kept as the number of its text: four bytes each.
+struct Record {
+    std::mutex mutex;
+    std::unordered_map<std::string, uint32_t> numbers;
+    std::deque<std::string> texts;
+    std::deque<uint32_t> calls;
+    std::array<int, interfaceNames.size()> live{};
+    unsigned generation = 0;
+};
+
+/// Never destroyed: a static object of the product may still make calls while the process ends.
+Record& TheRecord()
+{
+    static auto* const record = new Record;
+    return *record;
+}
+
+} // namespace
+
+const char* NameOf(Counted kind)
+{
+    return interfaceNames[static_cast<size_t>(kind)];
+}
+
+void AddToTrace(const std::string& call)
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    const auto [entry, isNew] = record.numbers.try_emplace(call, static_cast<uint32_t>(record.texts.size()));
+    if (isNew)
+        record.texts.push_back(call);
+    record.calls.push_back(entry->second);
+}
+
+void CountLive(Counted kind, int difference)
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    record.live[static_cast<size_t>(kind)] += difference;
+}
+
+void ClearTrace()
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    record.numbers.clear();
+    record.texts.clear();
+    record.calls.clear();
+    record.live = {};
+    ++record.generation;
+}
+
+nlohmann::json TraceAsJson()
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    auto trace = nlohmann::json::array();
+    for (const uint32_t number : record.calls)
+        trace.push_back(record.texts[number]);
+    return trace;
+}
+
+int CountCalls(std::string_view start)
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    return static_cast<int>(
+        std::ranges::count_if(record.calls, [&](uint32_t number) { return record.texts[number].starts_with(start); }));
+}
+
+nlohmann::json LiveAsJson()
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    auto live = nlohmann::json::object();
+    for (size_t index = 0; index < interfaceNames.size(); ++index)
+        live[interfaceNames[index]] = record.live[index];
+    return live;
+}
+
+LiveObject::LiveObject(Counted kind) : counted(kind)
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    generation = record.generation;
+    ++record.live[static_cast<size_t>(counted)];
+}
+
+LiveObject::~LiveObject()
+{
+    Record& record = TheRecord();
+    const std::scoped_lock lock(record.mutex);
+    if (generation == record.generation)
+        --record.live[static_cast<size_t>(counted)];
+}
+
+} // namespace orvel::simulation

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace orvel::simulation {
+
+/// Reports that the caller of an interface broke a rule of the interface, e.g. AddViolation("nvapi NvAPI_Unload", "there is
+/// no session"). `call` is written as in the trace.
+void AddViolation(const std::string& call, const std::string& what);
+
+/// Forgets all violations.
+void ClearViolations();
+
+/// {"count": N, "texts": ["CALL: WHAT", …]}, in order, since the last ClearViolations.
+nlohmann::json ViolationsAsJson();
+
+} // namespace orvel::simulation

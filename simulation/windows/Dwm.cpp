@@ -1,0 +1,33 @@
+#include <windows.h>
+
+#include "loading/Export.h"
+#include "loading/ModuleSetup.h"
+#include "machine/CurrentMachine.h"
+#include "trace/Trace.h"
+
+using namespace orvel::simulation;
+
+namespace {
+
+HRESULT AskSystem(BOOL* enabled)
+{
+    using Function = HRESULT(WINAPI*)(BOOL*);
+    const FARPROC function = SystemFunction(L"dwmapi.dll", "DwmIsCompositionEnabled");
+    return function == nullptr ? E_NOTIMPL : reinterpret_cast<Function>(reinterpret_cast<void*>(function))(enabled);
+}
+
+} // namespace
+
+SIMULATED HRESULT WINAPI Sim_DwmIsCompositionEnabled(BOOL* enabled)
+{
+    const auto machine = CurrentMachine();
+    if (machine->dwm.standing == Standing::System)
+        return AskSystem(enabled);
+    AddToTrace("dwm DwmIsCompositionEnabled");
+    if (enabled == nullptr)
+        return E_INVALIDARG;
+    const DwmModel& model = machine->dwm.model;
+    if (model.enabled || model.status.code == 0)
+        *enabled = model.enabled.value_or(true);
+    return model.status.code;
+}

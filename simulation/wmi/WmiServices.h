@@ -1,0 +1,52 @@
+#pragma once
+
+#include <mutex>
+
+#include "machine/CurrentMachine.h"
+#include "wmi/WmiRow.h"
+
+namespace orvel::simulation {
+
+/// What all WMI objects of one machine share.
+class WmiSession {
+public:
+    WmiSession(std::shared_ptr<const Machine> machine, Microsoft::WRL::ComPtr<IWbemLocator> systemLocator);
+
+    const WmiModel& Model() const;
+
+    /// False if the machine has no WMI at all.
+    bool IsPresent() const;
+
+    /// The rows of a class that the query wants. Fails for an unknown class.
+    HRESULT Select(const WqlQuery& query, IWbemServices* systemServices, WmiRows& rows) const;
+
+    /// Counts the query for every failure entry that its text matches; the first that applies, or null.
+    const WmiFailure* PlannedFailure(const std::wstring& text);
+
+    /// Connects to the computer's own WMI if the rows come from there; otherwise there is nothing to connect to.
+    HRESULT ConnectSystem(BSTR name, Microsoft::WRL::ComPtr<IWbemServices>& services) const;
+
+private:
+    std::shared_ptr<const Machine> machine;
+    Microsoft::WRL::ComPtr<IWbemLocator> locator;
+    std::mutex mutex;
+    std::vector<uint32_t> queriesSeen; // for each failure entry
+};
+
+class WmiServices final : public UnusedServices<WmiServices> {
+public:
+    WmiServices(std::shared_ptr<WmiSession> session, Microsoft::WRL::ComPtr<IWbemServices> systemServices);
+    ~WmiServices();
+
+    HRESULT STDMETHODCALLTYPE ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext* context,
+                                        IEnumWbemClassObject** rows) override;
+
+private:
+    std::shared_ptr<WmiSession> session;
+    Microsoft::WRL::ComPtr<IWbemServices> system;
+};
+
+/// Takes as long as a call on the machine takes, to the microsecond.
+void Wait(uint32_t microseconds);
+
+} // namespace orvel::simulation
