@@ -30,8 +30,9 @@ std::string& LastProblem()
 int Finish(int result, const std::string& text, const char** problem)
 {
     LastProblem() = text;
-    if (problem != nullptr)
+    if (problem) {
         *problem = LastProblem().c_str();
+    }
     return result;
 }
 
@@ -59,10 +60,12 @@ std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& mach
     SetCurrentMachine(machine);
     MachineName() = machine->name ? nlohmann::json(*machine->name) : nlohmann::json();
     ResetInterfaces();
-    if (auto problem = PutModulesInPlace(*machine))
+    if (auto problem = PutModulesInPlace(*machine)) {
         return problem;
-    if (auto problem = PutWmiInPlace(*machine))
+    }
+    if (auto problem = PutWmiInPlace(*machine)) {
         return problem;
+    }
     return PutRegistryInPlace(*machine);
 }
 
@@ -95,21 +98,25 @@ int Simulate(const std::string& text, const std::string& source, const char** pr
 
 int OrvelSimulateMachine(const char* path, const char** problem)
 {
-    if (path == nullptr)
+    if (!path) {
         return Finish(ORVEL_SIMULATION_WRONG_MACHINE, "the path of the machine file is null", problem);
+    }
     std::ifstream file(std::filesystem::path(ToWide(path)), std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file)
+    if (!file) {
         return Finish(ORVEL_SIMULATION_WRONG_MACHINE, std::string(path) + ": /: the file cannot be read", problem);
+    }
     return Simulate(text, path, problem);
 }
 
 int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem)
 {
-    if (sourceName == nullptr)
+    if (!sourceName) {
         return Finish(ORVEL_SIMULATION_WRONG_MACHINE, "the source name of the machine is null", problem);
-    if (json == nullptr)
+    }
+    if (!json) {
         return Finish(ORVEL_SIMULATION_WRONG_MACHINE, std::string(sourceName) + ": /: the text is null", problem);
+    }
     return Simulate(json, sourceName, problem);
 }
 
@@ -127,7 +134,7 @@ const char* OrvelSimulationReport(void)
 
 int OrvelSimulationCalls(const char* start)
 {
-    return start == nullptr ? -1 : CountCalls(start);
+    return start ? CountCalls(start) : -1;
 }
 
 void OrvelEndSimulation(void)

@@ -6,8 +6,8 @@
  * NVAPI, NVML, ADL and ADLX is answered from the machine's JSON text.
  *
  * The simulated DLLs lie beside orvel-simulation.dll. All functions may be called many times, from one thread at a time; the
- * product must not be inside an enumeration meanwhile. COM must be initialised on the thread that puts a machine in place, in
- * either kind of apartment, and must stay so until the simulation ends. Every thread then sees the machine, whatever its
+ * product must not be inside an enumeration meanwhile. COM must be initialised on the thread that puts a machine in place,
+ * in either kind of apartment, and must stay so until the simulation ends. Every thread then sees the machine, whatever its
  * apartment.
  */
 #ifndef ORVEL_SIMULATION_H
@@ -31,7 +31,8 @@ extern "C" {
 /*
  * Puts the machine of a JSON file in place and takes the one before it away; trace and live counters start anew.
  * path: UTF-8. problem (may be null): receives one line "FILE: JSON PATH: REASON", or "FILE: line L, column C: REASON" for
- * broken JSON, or an empty text on success. A null path is a wrong machine. The text belongs to the library and is valid until the next call.
+ * broken JSON, or an empty text on success. A null path is a wrong machine. The text belongs to the library and is valid
+ * until the next call.
  */
 ORVEL_SIMULATION_API int OrvelSimulateMachine(const char* path, const char** problem);
 
@@ -41,8 +42,9 @@ ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* 
 
 /*
  * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "touched": whether
- * anything was asked of the machine, "trace": [every platform call, in order], "live": {interface: objects and sessions that are still alive}, "violations": {"count": how often the
- * caller broke a rule of an interface, "texts": ["CALL: WHAT", one for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next call.
+ * anything was asked of the machine, "trace": [every platform call, in order], "live": {interface: objects and sessions that
+ * are still alive}, "violations": {"count": how often the caller broke a rule of an interface, "texts": ["CALL: WHAT", one
+ * for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next call.
  */
 ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
 

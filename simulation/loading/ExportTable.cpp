@@ -20,21 +20,24 @@ std::vector<char*> NamesIn(HMODULE module)
     const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
     const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
-    if (directory.VirtualAddress == 0)
+    if (directory.VirtualAddress == 0) {
         return {};
+    }
     const auto* const exports = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + directory.VirtualAddress);
     const auto* const offsets = reinterpret_cast<const uint32_t*>(base + exports->AddressOfNames);
     std::vector<char*> names;
-    for (DWORD index = 0; index < exports->NumberOfNames; ++index)
+    for (DWORD index = 0; index < exports->NumberOfNames; ++index) {
         names.push_back(base + offsets[index]);
+    }
     return names;
 }
 
 void Overwrite(char* place, char character)
 {
     DWORD protection = 0;
-    if (!VirtualProtect(place, 1, PAGE_READWRITE, &protection))
+    if (!VirtualProtect(place, 1, PAGE_READWRITE, &protection)) {
         return;
+    }
     *place = character;
     VirtualProtect(place, 1, protection, &protection);
 }
@@ -44,8 +47,9 @@ void Overwrite(char* place, char character)
 void HiddenExports::Hide(HMODULE module, const std::vector<std::string>& names)
 {
     for (char* const name : NamesIn(module)) {
-        if (std::ranges::find(names, name) == names.end())
+        if (std::ranges::find(names, name) == names.end()) {
             continue;
+        }
         char* const last = name + std::strlen(name) - 1;
         changes.emplace_back(last, *last);
         Overwrite(last, HiddenCharacter);
@@ -54,8 +58,9 @@ void HiddenExports::Hide(HMODULE module, const std::vector<std::string>& names)
 
 void HiddenExports::Restore()
 {
-    for (const auto& [place, original] : changes)
+    for (const auto& [place, original] : changes) {
         Overwrite(place, original);
+    }
     changes.clear();
 }
 

@@ -33,10 +33,12 @@ const IMAGE_IMPORT_DESCRIPTOR* ImportsOf(HMODULE module)
 const IMAGE_IMPORT_DESCRIPTOR* FindImport(HMODULE module, const wchar_t* dllName)
 {
     const auto* import = ImportsOf(module);
-    if (import == nullptr)
+    if (!import) {
         return nullptr;
-    while (import->Name != 0 && FoldCase(ToWide(At<char>(module, import->Name))) != dllName)
+    }
+    while (import->Name != 0 && FoldCase(ToWide(At<char>(module, import->Name))) != dllName) {
         ++import;
+    }
     return import->Name != 0 ? import : nullptr;
 }
 
@@ -45,16 +47,18 @@ const IMAGE_IMPORT_DESCRIPTOR* FindImport(HMODULE module, const wchar_t* dllName
 void RedirectedImports::Redirect(HMODULE importer, const wchar_t* dllName, HMODULE target)
 {
     const auto* import = FindImport(importer, dllName);
-    if (import == nullptr)
+    if (!import) {
         return;
+    }
     const auto* name = At<IMAGE_THUNK_DATA>(importer, import->OriginalFirstThunk);
     auto* slot = At<IMAGE_THUNK_DATA>(importer, import->FirstThunk);
     for (; name->u1.AddressOfData != 0; ++name, ++slot) {
         const auto* byName = At<IMAGE_IMPORT_BY_NAME>(importer, static_cast<DWORD>(name->u1.AddressOfData));
         const FARPROC function = GetProcAddress(target, reinterpret_cast<const char*>(byName->Name));
         auto* address = reinterpret_cast<ULONG_PTR*>(&slot->u1.Function);
-        if (function == nullptr || *address == reinterpret_cast<ULONG_PTR>(function))
+        if (!function || *address == reinterpret_cast<ULONG_PTR>(function)) {
             continue;
+        }
         former.emplace_back(address, *address);
         Write(address, reinterpret_cast<ULONG_PTR>(function));
     }
@@ -62,17 +66,19 @@ void RedirectedImports::Redirect(HMODULE importer, const wchar_t* dllName, HMODU
 
 void RedirectedImports::Restore()
 {
-    for (const auto& [slot, value] : former)
+    for (const auto& [slot, value] : former) {
         Write(slot, value);
+    }
     former.clear();
 }
 
 void ReplaceImported(HMODULE importer, FARPROC from, FARPROC to)
 {
-    for (const auto* import = ImportsOf(importer); import != nullptr && import->Name != 0; ++import) {
+    for (const auto* import = ImportsOf(importer); import && import->Name != 0; ++import) {
         for (auto* slot = At<IMAGE_THUNK_DATA>(importer, import->FirstThunk); slot->u1.Function != 0; ++slot) {
-            if (slot->u1.Function == reinterpret_cast<ULONG_PTR>(from))
+            if (slot->u1.Function == reinterpret_cast<ULONG_PTR>(from)) {
                 Write(reinterpret_cast<ULONG_PTR*>(&slot->u1.Function), reinterpret_cast<ULONG_PTR>(to));
+            }
         }
     }
 }

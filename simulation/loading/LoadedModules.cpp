@@ -70,12 +70,14 @@ void ReplaceInAllModules(FARPROC from, FARPROC to)
     std::vector<HMODULE> modules(256);
     DWORD bytes = 0;
     const auto size = [&modules] { return static_cast<DWORD>(modules.size() * sizeof(HMODULE)); };
-    while (K32EnumProcessModules(GetCurrentProcess(), modules.data(), size(), &bytes) && bytes > size())
+    while (K32EnumProcessModules(GetCurrentProcess(), modules.data(), size(), &bytes) && bytes > size()) {
         modules.resize(bytes / sizeof(HMODULE) + 16);
+    }
     modules.resize(bytes / sizeof(HMODULE));
     for (const HMODULE module : modules) {
-        if (!KeepsItsImports(module))
+        if (!KeepsItsImports(module)) {
             ReplaceImported(module, from, to);
+        }
     }
 }
 
@@ -83,8 +85,9 @@ void ReplaceInAllModules(FARPROC from, FARPROC to)
 void CALLBACK OnDll(ULONG reason, const DllNotification* dll, void*)
 {
     const auto module = static_cast<HMODULE>(dll->base);
-    if (reason == DllLoaded && !KeepsItsImports(module))
+    if (reason == DllLoaded && !KeepsItsImports(module)) {
         ReplaceImported(module, TheLead().from, TheLead().to);
+    }
 }
 
 } // namespace
@@ -95,19 +98,22 @@ void LeadImports(FARPROC from, FARPROC to)
     lead.from = from;
     lead.to = to;
     lead.systemFolder = SystemFolder();
-    if (const auto notify = NtFunction<RegisterFunction>("LdrRegisterDllNotification"); notify && !lead.cookie)
+    if (const auto notify = NtFunction<RegisterFunction>("LdrRegisterDllNotification"); notify && !lead.cookie) {
         notify(0, OnDll, nullptr, &lead.cookie);
+    }
     ReplaceInAllModules(from, to);
 }
 
 void RestoreImports()
 {
     Lead& lead = TheLead();
-    if (const auto end = NtFunction<UnregisterFunction>("LdrUnregisterDllNotification"); end && lead.cookie)
+    if (const auto end = NtFunction<UnregisterFunction>("LdrUnregisterDllNotification"); end && lead.cookie) {
         end(lead.cookie);
+    }
     lead.cookie = nullptr;
-    if (lead.from != nullptr)
+    if (lead.from) {
         ReplaceInAllModules(lead.to, lead.from);
+    }
     lead.from = nullptr;
 }
 

@@ -98,8 +98,9 @@ Module* FindModule(HMODULE handle)
     const std::wstring path = PathOf(handle);
     const std::wstring name = FoldCase(path.substr(path.find_last_of(L"\\/") + 1));
     for (Module* const module : TheModules().all) {
-        if (name == module->name)
+        if (name == module->name) {
             return module;
+        }
     }
     return nullptr;
 }
@@ -107,9 +108,10 @@ Module* FindModule(HMODULE handle)
 void AddReferences(const Module& module, int count)
 {
     HMODULE handle = nullptr;
-    for (int index = 0; index < count; ++index)
+    for (int index = 0; index < count; ++index) {
         GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(module.attached.load()),
                            &handle);
+    }
 }
 
 /// Holds the DLL so often that a product that gives back too many references cannot unload it.
@@ -121,11 +123,13 @@ void Pin(const Module& module)
 /// Gives our references back. A pinned DLL leaves the process: the product may have given back, or kept, any number.
 void Release(Module& module)
 {
-    if (module.held != nullptr)
+    if (module.held) {
         FreeLibrary(module.held);
+    }
     module.held = nullptr;
-    for (int count = 0; module.isPinned && module.attached != nullptr && count < MostReferences; ++count)
+    for (int count = 0; module.isPinned && module.attached && count < MostReferences; ++count) {
         FreeLibrary(module.attached);
+    }
 }
 
 /// The product, where the program was linked against it or has loaded it already; else null.
@@ -138,8 +142,9 @@ HMODULE Product()
 void RedirectProduct(Modules& modules)
 {
     for (const Module* const module : modules.all) {
-        if (module->isImported && module->isAllowed && module->attached != nullptr && Product() != nullptr)
+        if (module->isImported && module->isAllowed && module->attached && Product()) {
             modules.productImports.Redirect(Product(), module->name, module->attached);
+        }
     }
 }
 
@@ -152,14 +157,17 @@ std::optional<std::string> LoadSimulated(Module& module)
 {
     const std::wstring path = SimulationFolder() + module.name;
     module.held = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (module.held == nullptr)
+    if (!module.held) {
         return ToUtf8(path) + " cannot be loaded, error " + std::to_string(GetLastError());
-    if (module.held != module.attached)
+    }
+    if (module.held != module.attached) {
         return "the computer's own " + ToUtf8(module.name) + " was loaded instead of " + ToUtf8(path) +
                " (under Wine, set WINEDLLOVERRIDES=\"opencl,dxgi,dwmapi=n,b\")";
+    }
     const bool isRedirected = module.isImported && Product() != nullptr;
-    if (!isRedirected && GetModuleHandleW(module.name) != module.attached)
+    if (!isRedirected && GetModuleHandleW(module.name) != module.attached) {
         return InFrontOf(module);
+    }
     return std::nullopt;
 }
 
@@ -167,9 +175,10 @@ std::optional<std::string> LoadSimulated(Module& module)
 std::optional<std::string> LoadSystem(Module& module)
 {
     const bool canForward = &module == &TheModules().dxgi || &module == &TheModules().dwmapi;
-    if (module.attached != nullptr)
+    if (module.attached) {
         return canForward ? std::nullopt
                           : std::optional("the simulated " + ToUtf8(module.name) + " is in use by the process already");
+    }
     module.held = LoadLibraryExW(SystemPath(module.name).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     return std::nullopt;
 }
@@ -189,13 +198,14 @@ std::optional<std::string> PutInPlace(Module& module, Standing standing, const s
     module.hiddenNames = missing;
     module.isAllowed = isSimulated;
     module.isPinned = hold == Hold::Pinned;
-    if (const HMODULE still = module.attached; still != nullptr) {
+    if (const HMODULE still = module.attached; still) {
         // Somebody kept the DLL of the machine before. If this machine has none, a DLL without functions comes closest.
         module.hiddenExports.Restore();
         module.hiddenExports.Hide(still, standing == Standing::Missing && !isSimulated ? ExportedNames(still) : missing);
     }
-    if (isSimulated)
+    if (isSimulated) {
         return hold == Hold::No ? LeaveToSearch(module) : LoadSimulated(module);
+    }
     return standing == Standing::System ? LoadSystem(module) : std::nullopt;
 }
 
@@ -227,8 +237,9 @@ std::optional<std::string> PutModulesInPlace(const Machine& machine)
         PutInPlace(modules.adlx, machine.adlx.standing, machine.adlx.model.missing, hold),
     };
     for (const auto& problem : problems) {
-        if (problem)
+        if (problem) {
             return problem;
+        }
     }
     RedirectProduct(modules);
     return std::nullopt;
@@ -242,8 +253,9 @@ void TakeModulesAway()
         module->isAllowed = module->isImported;
         module->isPinned = false;
         module->hiddenNames.clear();
-        if (module->attached != nullptr)
+        if (module->attached) {
             module->hiddenExports.Restore();
+        }
     }
     SetDllDirectoryW(nullptr);
 }
@@ -270,23 +282,26 @@ FARPROC SystemFunction(const wchar_t* dllName, const char* functionName)
 {
     // From here on both are in the process. Ours must stay, or the name would mean the other one for the next machine.
     for (const Module* const module : TheModules().all) {
-        if (module->attached != nullptr && std::wstring_view(dllName) == module->name)
+        if (module->attached && std::wstring_view(dllName) == module->name) {
             AddReferences(*module, 1);
+        }
     }
     const HMODULE own = LoadLibraryExW(SystemPath(dllName).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    return own == nullptr ? nullptr : GetProcAddress(own, functionName);
+    return own ? GetProcAddress(own, functionName) : nullptr;
 }
 
 /// Called by a simulated DLL as it is loaded; refuses one that the machine lacks. The loader's lock is held here.
 SIMULATED BOOL SimulationAttach(HMODULE handle)
 {
     Module* const module = FindModule(handle);
-    if (module == nullptr || !module->isAllowed)
+    if (!module || !module->isAllowed) {
         return FALSE;
+    }
     module->attached = handle;
     module->hiddenExports.Hide(handle, module->hiddenNames);
-    if (module->isPinned)
+    if (module->isPinned) {
         Pin(*module);
+    }
     return TRUE;
 }
 
@@ -294,8 +309,9 @@ SIMULATED BOOL SimulationAttach(HMODULE handle)
 SIMULATED void SimulationDetach(HMODULE handle)
 {
     Module* const module = FindModule(handle);
-    if (module == nullptr || module->attached != handle)
+    if (!module || module->attached != handle) {
         return;
+    }
     module->attached = nullptr;
     module->hiddenExports.Forget();
     if (module == &TheModules().opencl) {

@@ -20,8 +20,8 @@ void TakeModulesAway();
 /// DLL stays pinned however many runs there are. Does nothing on a machine that does not pin it.
 void AddOpenClReference();
 
-/// Whether the simulated DLL of this name is in the process; for a call of its function, which is a violation where it is not.
-/// Only a DLL that the simulation does not hold can be gone.
+/// Whether the simulated DLL of this name is in the process; for a call of its function, which is a violation where it is
+/// not. Only a DLL that the simulation does not hold can be gone.
 bool IsLoadedFor(const std::string& call, const wchar_t* dllName);
 
 /// A function of the computer's own DLL in the system folder, or null; for a simulated DLL that had to stay loaded while

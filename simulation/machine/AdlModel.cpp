@@ -17,15 +17,17 @@ int32_t AdapterIndex(const std::string& key, const Node& adapter)
     int32_t index = 0;
     const char* const end = key.data() + key.size();
     const auto [stop, error] = std::from_chars(key.data(), end, index);
-    if (error != std::errc() || stop != end || std::to_string(index) != key)
+    if (error != std::errc() || stop != end || std::to_string(index) != key) {
         adapter.Refuse("expected an adapter index such as \"0\", found \"" + key + "\"");
+    }
     return index;
 }
 
 void ReadAdapters(const Node& node, std::map<int32_t, AdlAdapterModel>& target)
 {
-    for (const auto& [key, adapter] : node.Members())
+    for (const auto& [key, adapter] : node.Members()) {
         ReadInto(adapter, target[AdapterIndex(key, adapter)]);
+    }
 }
 
 /// A flag in the shape of ADL (1 or 0) or of JSON.
@@ -45,8 +47,9 @@ void ReadSupported(const Node& node, Answer<int32_t>& target)
     target.given = true;
     target.status = answer.status;
     target.writes = answer.writes;
-    if (answer.value)
+    if (answer.value) {
         target.value = answer.value->number;
+    }
 }
 
 } // namespace

@@ -9,10 +9,12 @@ ReadField AsInterface(Interface<Model>& target)
 {
     return [&target](const Node& node) {
         target.standing = Standing::Simulated;
-        if (!node.IsText())
+        if (!node.IsText()) {
             return ReadInto(node, target.model);
-        if (node.Text() != "system")
+        }
+        if (node.Text() != "system") {
             node.Refuse("expected an object or \"system\", found \"" + node.Text() + "\"");
+        }
         target.standing = Standing::System;
     };
 }

@@ -18,12 +18,13 @@ class DuplicateGuard {
 public:
     void See(Json::parse_event_t event, const Json& parsed)
     {
-        if (event == Json::parse_event_t::key)
+        if (event == Json::parse_event_t::key) {
             EnterKey(parsed.get<std::string>());
-        else if (event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start)
+        } else if (event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start) {
             levels.push_back({event == Json::parse_event_t::array_start, 0, {}, {}});
-        else
+        } else {
             Leave(event);
+        }
     }
 
 private:
@@ -37,23 +38,27 @@ private:
     void EnterKey(const std::string& key)
     {
         levels.back().key = key;
-        if (!levels.back().keys.insert(key).second)
+        if (!levels.back().keys.insert(key).second) {
             throw MachineError(Path() + ": the key \"" + key + "\" stands here twice");
+        }
     }
 
     void Leave(Json::parse_event_t event)
     {
-        if (event != Json::parse_event_t::value)
+        if (event != Json::parse_event_t::value) {
             levels.pop_back();
-        if (!levels.empty() && levels.back().isArray)
+        }
+        if (!levels.empty() && levels.back().isArray) {
             ++levels.back().index;
+        }
     }
 
     std::string Path() const
     {
         std::string path;
-        for (const Level& level : levels)
+        for (const Level& level : levels) {
             path += "/" + (level.isArray ? std::to_string(level.index) : level.key);
+        }
         return path;
     }
 

@@ -19,12 +19,13 @@ std::string AsStep(const std::string& key)
 {
     std::string step = "/";
     for (const char letter : key) {
-        if (letter == '~')
+        if (letter == '~') {
             step += "~0";
-        else if (letter == '/')
+        } else if (letter == '/') {
             step += "~1";
-        else
+        } else {
             step += letter;
+        }
     }
     return step;
 }
@@ -38,29 +39,35 @@ std::optional<WholeNumber> ParseWhole(std::string_view text)
     text.remove_prefix(hexadecimal ? 2 : 0);
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number.bits, hexadecimal ? 16 : 10);
-    if (error != std::errc() || stop != end || number.bits > (number.negative ? uint64_t{1} << 63 : UINT64_MAX))
+    if (error != std::errc() || stop != end || number.bits > (number.negative ? uint64_t{1} << 63 : UINT64_MAX)) {
         return std::nullopt;
-    if (number.negative)
+    }
+    if (number.negative) {
         number.bits = 0 - number.bits;
+    }
     return number;
 }
 
 std::optional<WholeNumber> WholeOf(const nlohmann::json& json)
 {
-    if (json.is_string())
+    if (json.is_string()) {
         return ParseWhole(json.get_ref<const std::string&>());
-    if (json.is_number_unsigned())
+    }
+    if (json.is_number_unsigned()) {
         return WholeNumber{false, json.get<uint64_t>()};
-    if (json.is_number_integer())
+    }
+    if (json.is_number_integer()) {
         return WholeNumber{json.get<int64_t>() < 0, static_cast<uint64_t>(json.get<int64_t>())};
+    }
     return std::nullopt;
 }
 
 std::string Listed(const Fields& fields)
 {
     std::string list;
-    for (const auto& [key, read] : fields)
+    for (const auto& [key, read] : fields) {
         list += (list.empty() ? "\"" : ", \"") + key + "\"";
+    }
     return list.empty() ? "none" : list;
 }
 
@@ -82,29 +89,34 @@ void Node::ReadFields(const Fields& fields) const
 {
     for (const auto& [key, member] : Members()) {
         const auto field = std::ranges::find(fields, key, &Fields::value_type::first);
-        if (field == fields.end())
+        if (field == fields.end()) {
             member.Refuse("unknown key \"" + key + "\"; known here: " + Listed(fields));
+        }
         field->second(member);
     }
 }
 
 std::vector<Node> Node::Elements() const
 {
-    if (!json->is_array())
+    if (!json->is_array()) {
         Refuse("expected an array, found " + TypeOf(*json));
+    }
     std::vector<Node> elements;
-    for (size_t index = 0; index < json->size(); ++index)
+    for (size_t index = 0; index < json->size(); ++index) {
         elements.emplace_back((*json)[index], path + "/" + std::to_string(index));
+    }
     return elements;
 }
 
 std::vector<std::pair<std::string, Node>> Node::Members() const
 {
-    if (!json->is_object())
+    if (!json->is_object()) {
         Refuse("expected an object, found " + TypeOf(*json));
+    }
     std::vector<std::pair<std::string, Node>> members;
-    for (const auto& [key, value] : json->items())
+    for (const auto& [key, value] : json->items()) {
         members.emplace_back(key, Node(value, path + AsStep(key)));
+    }
     return members;
 }
 
@@ -145,34 +157,39 @@ bool Node::HasKey(const char* key) const
 
 std::string Node::Text() const
 {
-    if (!json->is_string())
+    if (!json->is_string()) {
         Refuse("expected a text, found " + TypeOf(*json));
+    }
     return json->get<std::string>();
 }
 
 bool Node::Flag() const
 {
-    if (!json->is_boolean())
+    if (!json->is_boolean()) {
         Refuse("expected true or false, found " + TypeOf(*json));
+    }
     return json->get<bool>();
 }
 
 double Node::Real() const
 {
-    if (!json->is_number())
+    if (!json->is_number()) {
         Refuse("expected a number, found " + TypeOf(*json));
+    }
     return json->get<double>();
 }
 
 uint64_t Node::Whole(int64_t lowest, uint64_t highest) const
 {
     const auto number = WholeOf(*json);
-    if (!number)
+    if (!number) {
         Refuse("expected a whole number, found " + (json->is_primitive() ? json->dump() : TypeOf(*json)));
+    }
     const bool isHighEnough =
         static_cast<int64_t>(number->bits) >= lowest || (!number->negative && number->bits > INT64_MAX);
-    if (!isHighEnough || (!number->negative && number->bits > highest))
+    if (!isHighEnough || (!number->negative && number->bits > highest)) {
         Refuse("the number must lie between " + std::to_string(lowest) + " and " + std::to_string(highest));
+    }
     return number->bits;
 }
 
@@ -210,8 +227,9 @@ void ReadInto(const Node& node, Status& target)
 {
     target.given = true;
     const ReadField readCode = [&target](const Node& code) { target.code = code.StatusCode(); };
-    if (!node.IsObject())
+    if (!node.IsObject()) {
         return readCode(node);
+    }
     node.ReadFields({{"status", readCode}});
 }
 
@@ -247,8 +265,9 @@ void ReadNames(const Node& node, std::vector<std::string>& target, const std::ve
 {
     for (const Node& element : node.Elements()) {
         target.push_back(element.Text());
-        if (std::ranges::find(known, target.back()) == known.end())
+        if (std::ranges::find(known, target.back()) == known.end()) {
             element.Refuse("unknown function \"" + target.back() + "\"");
+        }
     }
 }
 

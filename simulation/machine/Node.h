@@ -100,8 +100,9 @@ ReadField Into(Target& target)
 template <typename Element>
 void ReadInto(const Node& node, std::vector<Element>& target)
 {
-    for (const Node& element : node.Elements())
+    for (const Node& element : node.Elements()) {
         ReadInto(element, target.emplace_back());
+    }
 }
 
 template <typename Value>
@@ -109,8 +110,9 @@ void ReadInto(const Node& node, Answer<Value>& target)
 {
     target.given = true;
     const ReadField readValue = [&target](const Node& value) { ReadInto(value, target.value.emplace()); };
-    if (!node.HasKey("status"))
+    if (!node.HasKey("status")) {
         return readValue(node);
+    }
     node.ReadFields({
         {"status", [&target](const Node& status) { target.status = status.StatusCode(); }},
         {"value", readValue},

@@ -40,8 +40,9 @@ ReadField AsEccWord(uint32_t& target)
 /// Two words, or a bare status.
 void ReadMultiGpu(const Node& node, Answer<NvapiMultiGpuWords>& target)
 {
-    if (node.IsArray() || node.IsObject())
+    if (node.IsArray() || node.IsObject()) {
         return ReadInto(node, target);
+    }
     target.given = true;
     target.status = node.StatusCode();
 }
@@ -49,8 +50,9 @@ void ReadMultiGpu(const Node& node, Answer<NvapiMultiGpuWords>& target)
 void ReadGpus(const Node& node, std::vector<NvapiGpuModel>& target)
 {
     ReadInto(node, target);
-    if (target.size() > MaximumGpus)
+    if (target.size() > MaximumGpus) {
         node.Refuse("NVAPI lists " + std::to_string(MaximumGpus) + " GPUs at most");
+    }
 }
 
 } // namespace
@@ -84,10 +86,12 @@ const std::vector<std::string>& NvapiFunctionNames()
 static void ReadInto(const Node& node, NvapiMultiGpuWords& target)
 {
     const auto words = node.Elements();
-    if (words.size() != target.size())
+    if (words.size() != target.size()) {
         node.Refuse("expected two words, those at the offsets 8 and 12");
-    for (size_t index = 0; index < target.size(); ++index)
+    }
+    for (size_t index = 0; index < target.size(); ++index) {
         ReadInto(words[index], target[index]);
+    }
 }
 
 void ReadInto(const Node& node, NvapiPciIdentifiers& target)

@@ -27,18 +27,21 @@ const std::vector<std::string> functions = {
 static void ReadInto(const Node& node, std::array<int32_t, 2>& target)
 {
     const auto numbers = node.Elements();
-    if (numbers.size() != target.size())
+    if (numbers.size() != target.size()) {
         node.Refuse("expected [major, minor]");
-    for (size_t index = 0; index < target.size(); ++index)
+    }
+    for (size_t index = 0; index < target.size(); ++index) {
         ReadInto(numbers[index], target[index]);
+    }
 }
 
 static void ReadInto(const Node& node, NvmlAnswers& target)
 {
     Fields fields;
-    for (int32_t argument = 0; argument <= HighestArgument; ++argument)
+    for (int32_t argument = 0; argument <= HighestArgument; ++argument) {
         fields.emplace_back(std::to_string(argument),
                             [&target, argument](const Node& answer) { ReadInto(answer, target[argument]); });
+    }
     node.ReadFields(fields);
 }
 

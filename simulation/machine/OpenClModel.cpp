@@ -10,8 +10,9 @@ namespace {
 ReadField AsCountStatus(Answer<uint32_t>& target)
 {
     return [&target](const Node& node) {
-        if (node.IsObject())
+        if (node.IsObject()) {
             return ReadInto(node, target);
+        }
         target.given = true;
         target.status = node.StatusCode();
     };
@@ -21,8 +22,9 @@ ReadField AsType(uint64_t& target)
 {
     return [&target](const Node& node) {
         const std::string type = node.Text();
-        if (type != "gpu" && type != "cpu")
+        if (type != "gpu" && type != "cpu") {
             node.Refuse("expected \"gpu\" or \"cpu\", found \"" + type + "\"");
+        }
         target = type == "gpu" ? CL_DEVICE_TYPE_GPU : CL_DEVICE_TYPE_CPU;
     };
 }

@@ -24,9 +24,10 @@ std::string ToUtf8(std::wstring_view text)
 std::wstring FoldCase(std::wstring_view text)
 {
     std::wstring folded(text);
-    if (!folded.empty())
+    if (!folded.empty()) {
         LCMapStringW(LOCALE_INVARIANT, LCMAP_LOWERCASE, text.data(), static_cast<int>(text.size()), folded.data(),
                      static_cast<int>(folded.size()));
+    }
     return folded;
 }
 

@@ -25,8 +25,9 @@ WmiType TypeNamed(const Node& node)
 {
     const std::string text = node.Text();
     for (const auto& [name, type] : typeNames) {
-        if (text == name)
+        if (text == name) {
             return type;
+        }
     }
     node.Refuse("expected \"UI4\", \"I4\", \"R4\", \"R8\", \"BSTR\" or \"BOOL\", found \"" + text + "\"");
 }
@@ -34,42 +35,51 @@ WmiType TypeNamed(const Node& node)
 WmiValue TypedValue(const Node& node, WmiType type)
 {
     WmiValue value{type, 0, 0, {}};
-    if (type == WmiType::Ui4 || type == WmiType::Uint32)
+    if (type == WmiType::Ui4 || type == WmiType::Uint32) {
         value.whole = static_cast<int64_t>(node.Whole(0, UINT32_MAX));
-    else if (type == WmiType::I4)
+    } else if (type == WmiType::I4) {
         value.whole = static_cast<int64_t>(node.Whole(INT32_MIN, INT32_MAX));
-    else if (type == WmiType::R4 || type == WmiType::R8)
+    } else if (type == WmiType::R4 || type == WmiType::R8) {
         value.real = node.Real();
-    else if (type == WmiType::Flag)
+    } else if (type == WmiType::Flag) {
         value.whole = node.Flag();
-    else if (type == WmiType::Text)
+    } else if (type == WmiType::Text) {
         value.text = ToWide(node.Text());
+    }
     return value;
 }
 
 WmiValue PlainValue(const Node& node)
 {
-    if (node.IsNull())
+    if (node.IsNull()) {
         return {};
-    if (node.IsText())
+    }
+    if (node.IsText()) {
         return TypedValue(node, WmiType::Text);
-    if (node.IsFlag())
+    }
+    if (node.IsFlag()) {
         return TypedValue(node, WmiType::Flag);
-    if (!node.IsNumber())
+    }
+    if (!node.IsNumber()) {
         node.Refuse("expected a number, a text, true, false, null or an object with \"status\", \"vt\" or \"where\"");
+    }
     return TypedValue(node, WmiType::Uint32);
 }
 
 std::optional<std::wstring> TextOf(const WmiValue& value)
 {
-    if (value.type == WmiType::Null)
+    if (value.type == WmiType::Null) {
         return std::nullopt;
-    if (value.type == WmiType::Text)
+    }
+    if (value.type == WmiType::Text) {
         return value.text;
-    if (value.type == WmiType::Flag)
+    }
+    if (value.type == WmiType::Flag) {
         return value.whole != 0 ? L"True" : L"False";
-    if (value.type != WmiType::R4 && value.type != WmiType::R8)
+    }
+    if (value.type != WmiType::R4 && value.type != WmiType::R8) {
         return std::to_wstring(value.whole);
+    }
     std::wostringstream text;
     text << value.real;
     return text.str();
@@ -92,12 +102,15 @@ WrittenProperty ReadWritten(const Node& node)
         {"where", [&](const Node& member) { written.where = member.Text(); }},
         {"status", [&](const Node& member) { written.status = member.StatusCode(); }},
     });
-    if (!written.value && !written.status)
+    if (!written.value && !written.status) {
         node.Refuse("a property needs \"value\" or \"status\"");
-    if (written.type && !written.value)
+    }
+    if (written.type && !written.value) {
         node.Refuse("\"vt\" needs \"value\"");
-    if (!written.type && !written.where && !written.status)
+    }
+    if (!written.type && !written.where && !written.status) {
         node.Refuse("\"value\" needs \"vt\", \"where\" or \"status\"");
+    }
     return written;
 }
 
@@ -105,8 +118,9 @@ void ReadRow(const Node& node, WmiRowModel& target)
 {
     for (const auto& [name, property] : node.Members()) {
         const auto [entry, isNew] = target.try_emplace(FoldCase(ToWide(name)));
-        if (!isNew)
+        if (!isNew) {
             property.Refuse("the property stands here twice, apart from upper and lower case");
+        }
         ReadInto(property, entry->second);
     }
 }
@@ -115,17 +129,20 @@ void ReadClasses(const Node& node, WmiModel& target)
 {
     for (const auto& [name, rows] : node.Members()) {
         const auto [entry, isNew] = target.classes.try_emplace(FoldCase(ToWide(name)));
-        if (!isNew)
+        if (!isNew) {
             rows.Refuse("the class stands here twice, apart from upper and lower case");
-        for (const Node& row : rows.Elements())
+        }
+        for (const Node& row : rows.Elements()) {
             ReadRow(row, entry->second.emplace_back());
+        }
     }
 }
 
 void ReadRowsSource(const Node& node, WmiModel& target)
 {
-    if (node.Text() != "system")
+    if (node.Text() != "system") {
         node.Refuse("expected \"system\", found \"" + node.Text() + "\"");
+    }
     target.rowsFromSystem = true;
 }
 
@@ -144,14 +161,16 @@ void ReadInto(const Node& node, WmiProperty& target)
     if (node.IsObject()) {
         const WrittenProperty written = ReadWritten(node);
         target.status = written.status.value_or(0);
-        if (written.value)
+        if (written.value) {
             target.value = written.type ? TypedValue(*written.value, *written.type) : PlainValue(*written.value);
+        }
         target.seenByQuery = written.where ? std::optional(ToWide(*written.where)) : std::nullopt;
     } else {
         target.value = PlainValue(node);
     }
-    if (!target.seenByQuery && target.value)
+    if (!target.seenByQuery && target.value) {
         target.seenByQuery = TextOf(*target.value);
+    }
 }
 
 void ReadInto(const Node& node, WmiFailure& target)
@@ -174,8 +193,9 @@ void ReadInto(const Node& node, WmiModel& target)
         {"latency_us", [&target](const Node& latency) { ReadLatency(latency, target); }},
         {"failures", Into(target.failures)},
     });
-    if (target.rowsFromSystem && node.HasKey("classes"))
+    if (target.rowsFromSystem && node.HasKey("classes")) {
         node.Refuse("\"rows\" stands in place of \"classes\"; only one of them can be given");
+    }
 }
 
 } // namespace orvel::simulation

@@ -41,8 +41,9 @@ void AddToTrace(const std::string& call)
     Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     const auto [entry, isNew] = record.numbers.try_emplace(call, static_cast<uint32_t>(record.texts.size()));
-    if (isNew)
+    if (isNew) {
         record.texts.push_back(call);
+    }
     record.calls.push_back(entry->second);
 }
 
@@ -69,8 +70,9 @@ nlohmann::json TraceAsJson()
     Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     auto trace = nlohmann::json::array();
-    for (const uint32_t number : record.calls)
+    for (const uint32_t number : record.calls) {
         trace.push_back(record.texts[number]);
+    }
     return trace;
 }
 
@@ -87,8 +89,9 @@ nlohmann::json LiveAsJson()
     Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     auto live = nlohmann::json::object();
-    for (size_t index = 0; index < interfaceNames.size(); ++index)
+    for (size_t index = 0; index < interfaceNames.size(); ++index) {
         live[interfaceNames[index]] = record.live[index];
+    }
     return live;
 }
 
@@ -104,8 +107,9 @@ LiveObject::~LiveObject()
 {
     Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
-    if (generation == record.generation)
+    if (generation == record.generation) {
         --record.live[static_cast<size_t>(counted)];
+    }
 }
 
 } // namespace orvel::simulation

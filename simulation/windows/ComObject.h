@@ -19,12 +19,14 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
     {
-        if (object == nullptr)
+        if (!object) {
             return E_POINTER;
+        }
         *object = nullptr;
         if (!IsEqualIID(id, __uuidof(IUnknown)) && !IsEqualIID(id, __uuidof(Contract)) &&
-            !(IsEqualIID(id, __uuidof(Bases)) || ...))
+            !(IsEqualIID(id, __uuidof(Bases)) || ...)) {
             return E_NOINTERFACE;
+        }
         *object = static_cast<Contract*>(this);
         AddRef();
         return S_OK;
@@ -35,8 +37,9 @@ public:
     ULONG STDMETHODCALLTYPE Release() override
     {
         const ULONG left = --references;
-        if (left == 0)
+        if (left == 0) {
             delete static_cast<Object*>(this);
+        }
         return left;
     }
 

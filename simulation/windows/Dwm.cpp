@@ -13,7 +13,7 @@ HRESULT AskSystem(BOOL* enabled)
 {
     using Function = HRESULT(WINAPI*)(BOOL*);
     const FARPROC function = SystemFunction(L"dwmapi.dll", "DwmIsCompositionEnabled");
-    return function == nullptr ? E_NOTIMPL : reinterpret_cast<Function>(reinterpret_cast<void*>(function))(enabled);
+    return function ? reinterpret_cast<Function>(reinterpret_cast<void*>(function))(enabled) : E_NOTIMPL;
 }
 
 } // namespace
@@ -21,13 +21,16 @@ HRESULT AskSystem(BOOL* enabled)
 SIMULATED HRESULT WINAPI Sim_DwmIsCompositionEnabled(BOOL* enabled)
 {
     const auto machine = CurrentMachine();
-    if (machine->dwm.standing == Standing::System)
+    if (machine->dwm.standing == Standing::System) {
         return AskSystem(enabled);
+    }
     AddToTrace("dwm DwmIsCompositionEnabled");
-    if (enabled == nullptr)
+    if (!enabled) {
         return E_INVALIDARG;
+    }
     const DwmModel& model = machine->dwm.model;
-    if (model.enabled || model.status.code == 0)
+    if (model.enabled || model.status.code == 0) {
         *enabled = model.enabled.value_or(true);
+    }
     return model.status.code;
 }

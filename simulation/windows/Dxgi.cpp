@@ -29,8 +29,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE EnumOutputs(UINT, IDXGIOutput** output) override
     {
-        if (output != nullptr)
+        if (output) {
             *output = nullptr;
+        }
         return DXGI_ERROR_NOT_FOUND;
     }
 
@@ -39,8 +40,9 @@ public:
     HRESULT STDMETHODCALLTYPE GetDesc(DXGI_ADAPTER_DESC* description) override
     {
         AddToTrace("dxgi GetDesc");
-        if (description == nullptr)
+        if (!description) {
             return E_INVALIDARG;
+        }
         *description = {};
         const std::wstring text = ToWide(model.description);
         std::copy_n(text.begin(), std::min(text.size(), std::size(description->Description) - 1), description->Description);
@@ -62,11 +64,13 @@ public:
     HRESULT STDMETHODCALLTYPE EnumAdapters(UINT index, IDXGIAdapter** adapter) override
     {
         AddToTrace("dxgi EnumAdapters " + std::to_string(index));
-        if (adapter == nullptr)
+        if (!adapter) {
             return DXGI_ERROR_INVALID_CALL;
+        }
         *adapter = nullptr;
-        if (index >= model.adapters.size())
+        if (index >= model.adapters.size()) {
             return DXGI_ERROR_NOT_FOUND;
+        }
         *adapter = new Adapter(model.adapters[index]);
         return S_OK;
     }
@@ -87,16 +91,17 @@ HRESULT AskSystem(REFIID id, void** factory)
 {
     using Function = HRESULT(WINAPI*)(REFIID, void**);
     const FARPROC function = SystemFunction(L"dxgi.dll", "CreateDXGIFactory");
-    return function == nullptr ? DXGI_ERROR_UNSUPPORTED
-                               : reinterpret_cast<Function>(reinterpret_cast<void*>(function))(id, factory);
+    return function ? reinterpret_cast<Function>(reinterpret_cast<void*>(function))(id, factory) : DXGI_ERROR_UNSUPPORTED;
 }
 
 HRESULT CreateFactory(const Machine& machine, REFIID id, void** factory)
 {
-    if (machine.dxgi.standing == Standing::Missing)
+    if (machine.dxgi.standing == Standing::Missing) {
         return DXGI_ERROR_UNSUPPORTED;
-    if (const int32_t status = machine.dxgi.model.factory.code; status != 0)
+    }
+    if (const int32_t status = machine.dxgi.model.factory.code; status != 0) {
         return status;
+    }
     auto* const object = new Factory(machine.dxgi.model);
     const HRESULT result = object->QueryInterface(id, factory);
     object->Release();
@@ -108,11 +113,13 @@ HRESULT CreateFactory(const Machine& machine, REFIID id, void** factory)
 SIMULATED HRESULT WINAPI Sim_CreateDXGIFactory(REFIID id, void** factory)
 {
     const auto machine = CurrentMachine();
-    if (machine->dxgi.standing == Standing::System || SystemScope::IsActive())
+    if (machine->dxgi.standing == Standing::System || SystemScope::IsActive()) {
         return AskSystem(id, factory);
+    }
     AddToTrace("dxgi CreateDXGIFactory");
-    if (factory == nullptr)
+    if (!factory) {
         return E_POINTER;
+    }
     *factory = nullptr;
     return CreateFactory(*machine, id, factory);
 }

@@ -33,8 +33,10 @@ RegistryKey CreateKey(HKEY parent, const std::wstring& path)
 {
     HKEY key = nullptr;
     const DWORD options = REG_OPTION_VOLATILE;
-    if (RegCreateKeyExW(parent, path.c_str(), 0, nullptr, options, KEY_ALL_ACCESS, nullptr, &key, nullptr) != ERROR_SUCCESS)
+    if (RegCreateKeyExW(parent, path.c_str(), 0, nullptr, options, KEY_ALL_ACCESS, nullptr, &key, nullptr) !=
+        ERROR_SUCCESS) {
         return nullptr;
+    }
     return RegistryKey(key);
 }
 
@@ -46,10 +48,12 @@ bool SetBytes(HKEY key, const std::wstring& name, DWORD type, const void* data, 
 
 bool SetValue(HKEY key, const std::wstring& name, const RegistryValue& value)
 {
-    if (const auto* const number = std::get_if<uint32_t>(&value))
+    if (const auto* const number = std::get_if<uint32_t>(&value)) {
         return SetBytes(key, name, REG_DWORD, number, sizeof *number);
-    if (const auto* const bytes = std::get_if<std::vector<uint8_t>>(&value))
+    }
+    if (const auto* const bytes = std::get_if<std::vector<uint8_t>>(&value)) {
         return SetBytes(key, name, REG_BINARY, bytes->data(), bytes->size());
+    }
     const std::wstring text = ToWide(std::get<std::string>(value));
     return SetBytes(key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
 }
@@ -57,11 +61,13 @@ bool SetValue(HKEY key, const std::wstring& name, const RegistryValue& value)
 std::optional<std::string> FillKey(HKEY root, const RegistryKeyModel& model)
 {
     const RegistryKey key = CreateKey(root, ToWide(model.path));
-    if (!key)
+    if (!key) {
         return "the registry key " + model.path + " cannot be made";
+    }
     for (const auto& [name, value] : model.values) {
-        if (!SetValue(key.get(), ToWide(name), value))
+        if (!SetValue(key.get(), ToWide(name), value)) {
             return "the registry value " + model.path + "\\" + name + " cannot be set";
+        }
     }
     return std::nullopt;
 }
@@ -70,11 +76,13 @@ std::optional<std::string> FillScratch(const RegistryModel& model)
 {
     RegDeleteTreeW(HKEY_CURRENT_USER, ScratchPath().c_str()); // left by another process of the same number
     Scratch() = CreateKey(HKEY_CURRENT_USER, ScratchPath());
-    if (!Scratch())
+    if (!Scratch()) {
         return "the scratch key below HKEY_CURRENT_USER cannot be made";
+    }
     for (const RegistryKeyModel& key : model.keys) {
-        if (auto problem = FillKey(Scratch().get(), key))
+        if (auto problem = FillKey(Scratch().get(), key)) {
             return problem;
+        }
     }
     return std::nullopt;
 }
@@ -83,19 +91,23 @@ std::optional<std::string> FillScratch(const RegistryModel& model)
 
 std::optional<std::string> PutRegistryInPlace(const Machine& machine)
 {
-    if (machine.registry.standing == Standing::System)
+    if (machine.registry.standing == Standing::System) {
         return std::nullopt;
-    if (auto problem = FillScratch(machine.registry.model))
+    }
+    if (auto problem = FillScratch(machine.registry.model)) {
         return problem;
-    if (RegOverridePredefKey(HKEY_LOCAL_MACHINE, Scratch().get()) != ERROR_SUCCESS)
+    }
+    if (RegOverridePredefKey(HKEY_LOCAL_MACHINE, Scratch().get()) != ERROR_SUCCESS) {
         return "HKEY_LOCAL_MACHINE cannot be redirected";
+    }
     return std::nullopt;
 }
 
 void TakeRegistryAway()
 {
-    if (!Scratch())
+    if (!Scratch()) {
         return;
+    }
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     Scratch().reset();
     RegDeleteTreeW(HKEY_CURRENT_USER, ScratchPath().c_str());
@@ -103,14 +115,16 @@ void TakeRegistryAway()
 
 void PauseRegistry()
 {
-    if (Scratch())
+    if (Scratch()) {
         RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    }
 }
 
 void ResumeRegistry()
 {
-    if (Scratch())
+    if (Scratch()) {
         RegOverridePredefKey(HKEY_LOCAL_MACHINE, Scratch().get());
+    }
 }
 
 } // namespace orvel::simulation

@@ -12,14 +12,16 @@ thread_local int depth = 0;
 
 SystemScope::SystemScope()
 {
-    if (depth++ == 0)
+    if (depth++ == 0) {
         PauseRegistry();
+    }
 }
 
 SystemScope::~SystemScope()
 {
-    if (--depth == 0)
+    if (--depth == 0) {
         ResumeRegistry();
+    }
 }
 
 bool SystemScope::IsActive()

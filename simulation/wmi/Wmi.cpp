@@ -28,10 +28,12 @@ public:
     HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags, const BSTR,
                                             IWbemContext*, IWbemServices** services) override
     {
-        if (services != nullptr)
+        if (services) {
             *services = nullptr;
-        if (services == nullptr || name == nullptr)
+        }
+        if (!services || !name) {
             return Result(WBEM_E_INVALID_PARAMETER);
+        }
         const bool isLimited = (flags & WBEM_FLAG_CONNECT_USE_MAX_WAIT) != 0;
         AddToTrace("wmi connect " + ToUtf8(name) + (isLimited ? "" : " without a limit"));
         Wait(session->Model().connectMicroseconds);
@@ -41,14 +43,17 @@ public:
 private:
     HRESULT Connect(BSTR name, IWbemServices** services)
     {
-        if (!session->IsPresent())
+        if (!session->IsPresent()) {
             return Result(WBEM_E_INVALID_NAMESPACE);
-        if (const int32_t status = session->Model().connect.code; status != 0)
+        }
+        if (const int32_t status = session->Model().connect.code; status != 0) {
             return status;
+        }
         ComPtr<IWbemServices> system;
         const HRESULT result = session->ConnectSystem(name, system);
-        if (SUCCEEDED(result))
+        if (SUCCEEDED(result)) {
             *services = new WmiServices(session, std::move(system));
+        }
         return result;
     }
 
@@ -74,10 +79,12 @@ public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** object) override
     {
         *object = nullptr;
-        if (outer != nullptr)
+        if (outer) {
             return CLASS_E_NOAGGREGATION;
-        if (session == nullptr) // the simulation has ended on a thread that could not revoke the class object
+        }
+        if (!session) { // the simulation has ended on a thread that could not revoke the class object
             return CLASS_E_CLASSNOTAVAILABLE;
+        }
         auto* const locator = new WmiLocator(session);
         const HRESULT result = locator->QueryInterface(id, object);
         locator->Release();
@@ -111,8 +118,9 @@ bool HasCom()
 HRESULT STDAPICALLTYPE CreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID interfaceId, void** object)
 {
     const bool isOurs = IsEqualCLSID(id, CLSID_WbemLocator) && (context & CLSCTX_INPROC_SERVER) != 0 && object != nullptr;
-    if (!isOurs || !TheRegistration().isDone || !HasCom())
+    if (!isOurs || !TheRegistration().isDone || !HasCom()) {
         return CoCreateInstance(id, outer, context, interfaceId, object);
+    }
     return TheRegistration().factory.CreateInstance(outer, interfaceId, object);
 }
 
@@ -139,8 +147,9 @@ std::optional<std::string> Register(const Machine& machine, const ComPtr<IWbemLo
         const HMODULE com = GetModuleHandleW(L"ole32.dll");
         LeadImports(GetProcAddress(com, "CoCreateInstance"), AsProcedure(CreateInstance));
     }
-    if (result == CO_E_NOTINITIALIZED)
+    if (result == CO_E_NOTINITIALIZED) {
         return "COM is not initialised on this thread";
+    }
     return registration.isDone ? std::nullopt : std::optional("WMI cannot be replaced, error " + Hexadecimal(result));
 }
 
@@ -148,15 +157,17 @@ std::optional<std::string> Register(const Machine& machine, const ComPtr<IWbemLo
 
 std::optional<std::string> PutWmiInPlace(const Machine& machine)
 {
-    if (machine.wmi.standing == Standing::System)
+    if (machine.wmi.standing == Standing::System) {
         return std::nullopt;
+    }
     ComPtr<IWbemLocator> locator;
     if (machine.wmi.model.rowsFromSystem) {
         const SystemScope scope;
         const HRESULT result =
             CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(locator.GetAddressOf()));
-        if (FAILED(result))
+        if (FAILED(result)) {
             return "the computer's own WMI cannot be reached, error " + Hexadecimal(result);
+        }
     }
     return Register(machine, locator);
 }
@@ -165,8 +176,9 @@ void TakeWmiAway()
 {
     Registration& registration = TheRegistration();
     RestoreImports();
-    if (registration.isDone)
+    if (registration.isDone) {
         CoRevokeClassObject(registration.cookie);
+    }
     registration.isDone = false;
     registration.factory.Serve(nullptr);
 }

@@ -92,23 +92,28 @@ public:
     HRESULT Get(LPCWSTR name, VARIANT* value, CIMTYPE* type, LONG* flavor) const override
     {
         const WmiProperty* const property = Find(name);
-        if (property == nullptr)
+        if (!property) {
             return Result(WBEM_E_NOT_FOUND);
-        if (!property->value)
+        }
+        if (!property->value) {
             return property->status;
-        if (value != nullptr)
+        }
+        if (value) {
             Write(value, *property->value);
-        if (type != nullptr)
+        }
+        if (type) {
             *type = CimTypeOf(property->value->type);
-        if (flavor != nullptr)
+        }
+        if (flavor) {
             *flavor = 0;
+        }
         return property->status;
     }
 
     std::optional<std::wstring> TextOf(const std::wstring& name) const override
     {
         const WmiProperty* const property = Find(name);
-        return property == nullptr ? std::nullopt : property->seenByQuery;
+        return property ? property->seenByQuery : std::nullopt;
     }
 
 private:
@@ -134,12 +139,15 @@ public:
     {
         _variant_t value;
         CIMTYPE type = CIM_EMPTY;
-        if (FAILED(object->Get(name.c_str(), 0, &value, &type, nullptr)))
+        if (FAILED(object->Get(name.c_str(), 0, &value, &type, nullptr))) {
             return std::nullopt;
-        if (V_VT(&value) == VT_I4 && type == CIM_UINT32)
+        }
+        if (V_VT(&value) == VT_I4 && type == CIM_UINT32) {
             V_VT(&value) = VT_UI4;
-        if (FAILED(VariantChangeType(&value, &value, VARIANT_ALPHABOOL, VT_BSTR)))
+        }
+        if (FAILED(VariantChangeType(&value, &value, VARIANT_ALPHABOOL, VT_BSTR))) {
             return std::nullopt;
+        }
         return std::wstring(V_BSTR(&value), SysStringLen(V_BSTR(&value)));
     }
 
@@ -173,8 +181,9 @@ WmiRowObject::WmiRowObject(std::shared_ptr<const WqlQuery> itsQuery, std::shared
 
 HRESULT WmiRowObject::Get(LPCWSTR name, LONG, VARIANT* value, CIMTYPE* type, LONG* flavor)
 {
-    if (name == nullptr)
+    if (!name) {
         return Result(WBEM_E_INVALID_PARAMETER);
+    }
     AddToTrace("wmi get " + ToUtf8(name));
     return Shows(*query, name) ? row->Get(name, value, type, flavor) : Result(WBEM_E_NOT_FOUND);
 }

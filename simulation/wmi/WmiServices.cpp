@@ -29,8 +29,9 @@ struct WmiAnswer {
 void WaitUntil(Clock::time_point end)
 {
     constexpr auto inexact = std::chrono::milliseconds(2);
-    if (const auto left = end - Clock::now(); left > 2 * inexact)
+    if (const auto left = end - Clock::now(); left > 2 * inexact) {
         std::this_thread::sleep_for(left - inexact);
+    }
     while (Clock::now() < end) {
     }
 }
@@ -55,16 +56,20 @@ public:
     HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
     {
         AddToTrace(timeout == static_cast<LONG>(WBEM_INFINITE) ? "wmi next without a limit" : "wmi next");
-        if (objects == nullptr || returned == nullptr)
+        if (!objects || !returned) {
             return Result(WBEM_E_INVALID_PARAMETER);
+        }
         *returned = 0;
-        if (!IsReadyIn(timeout))
+        if (!IsReadyIn(timeout)) {
             return WBEM_S_TIMEDOUT;
-        if (answer.status != WBEM_S_NO_ERROR)
+        }
+        if (answer.status != WBEM_S_NO_ERROR) {
             return answer.status;
+        }
         for (; *returned < count && position < rows.size(); ++*returned, ++position) {
-            if (answer.failure && answer.failure->row == position + 1)
+            if (answer.failure && answer.failure->row == position + 1) {
                 return answer.failure->status;
+            }
             objects[*returned] = new WmiRowObject(answer.query, rows[position]);
         }
         return *returned == count ? WBEM_S_NO_ERROR : WBEM_S_FALSE;
@@ -89,11 +94,13 @@ void TakeAll(IEnumWbemClassObject& source, const WqlQuery& query, WmiRows& rows)
     while (true) {
         ComPtr<IWbemClassObject> object;
         ULONG returned = 0;
-        if (source.Next(static_cast<LONG>(WBEM_INFINITE), 1, &object, &returned) != WBEM_S_NO_ERROR || returned == 0)
+        if (source.Next(static_cast<LONG>(WBEM_INFINITE), 1, &object, &returned) != WBEM_S_NO_ERROR || returned == 0) {
             return;
+        }
         auto row = SystemRow(std::move(object));
-        if (IsWanted(query, *row))
+        if (IsWanted(query, *row)) {
             rows.push_back(std::move(row));
+        }
     }
 }
 
@@ -105,8 +112,9 @@ HRESULT SelectFromSystem(const WqlQuery& query, IWbemServices& services, WmiRows
     const _bstr_t text((L"SELECT * FROM " + query.className).c_str());
     ComPtr<IEnumWbemClassObject> source;
     const HRESULT result = services.ExecQuery(language, text, WBEM_FLAG_FORWARD_ONLY, nullptr, &source);
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         TakeAll(*source.Get(), query, rows);
+    }
     return result;
 }
 
@@ -128,15 +136,18 @@ bool WmiSession::IsPresent() const
 
 HRESULT WmiSession::Select(const WqlQuery& query, IWbemServices* systemServices, WmiRows& rows) const
 {
-    if (systemServices != nullptr)
+    if (systemServices) {
         return SelectFromSystem(query, *systemServices, rows);
+    }
     const auto found = Model().classes.find(FoldCase(query.className));
-    if (found == Model().classes.end())
+    if (found == Model().classes.end()) {
         return Result(WBEM_E_INVALID_CLASS);
+    }
     for (const WmiRowModel& model : found->second) {
         auto row = SimulatedRow(std::shared_ptr<const WmiRowModel>(machine, &model));
-        if (IsWanted(query, *row))
+        if (IsWanted(query, *row)) {
             rows.push_back(std::move(row));
+        }
     }
     return WBEM_S_NO_ERROR;
 }
@@ -147,24 +158,28 @@ const WmiFailure* WmiSession::PlannedFailure(const std::wstring& text)
     const WmiFailure* planned = nullptr;
     for (size_t index = 0; index < queriesSeen.size(); ++index) {
         const WmiFailure& failure = Model().failures[index];
-        if (text.find(failure.contains) == std::wstring::npos)
+        if (text.find(failure.contains) == std::wstring::npos) {
             continue;
+        }
         ++queriesSeen[index];
-        if (!planned && (!failure.nth || *failure.nth == queriesSeen[index]))
+        if (!planned && (!failure.nth || *failure.nth == queriesSeen[index])) {
             planned = &failure;
+        }
     }
     return planned;
 }
 
 HRESULT WmiSession::ConnectSystem(BSTR name, ComPtr<IWbemServices>& services) const
 {
-    if (!locator)
+    if (!locator) {
         return WBEM_S_NO_ERROR;
+    }
     const SystemScope scope;
     const HRESULT result = locator->ConnectServer(name, nullptr, nullptr, nullptr, 0, nullptr, nullptr, &services);
-    if (SUCCEEDED(result)) // an object of this process, as Wine has it, refuses the blanket, and needs none
+    if (SUCCEEDED(result)) { // an object of this process, as Wine has it, refuses the blanket, and needs none
         CoSetProxyBlanket(services.Get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
                           RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
+    }
     return result;
 }
 
@@ -204,18 +219,22 @@ WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const BSTR langua
 HRESULT WmiServices::ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext*,
                                IEnumWbemClassObject** target)
 {
-    if (target != nullptr)
+    if (target) {
         *target = nullptr;
-    if (target == nullptr || language == nullptr || text == nullptr)
+    }
+    if (!target || !language || !text) {
         return Result(WBEM_E_INVALID_PARAMETER);
+    }
     AddToTrace("wmi query " + ToUtf8(text));
     WmiAnswer answer = AnswerTo(*session, system.Get(), language, text);
     const bool isLater = (flags & WBEM_FLAG_RETURN_IMMEDIATELY) != 0;
-    if (!isLater)
+    if (!isLater) {
         WaitUntil(answer.ready);
+    }
     // An error that WMI finds while it works on the query is reported with the first row.
-    if (answer.status != WBEM_S_NO_ERROR && !(isLater && FAILED(answer.status)))
+    if (answer.status != WBEM_S_NO_ERROR && !(isLater && FAILED(answer.status))) {
         return answer.status;
+    }
     *target = new WmiEnumerator(std::move(answer));
     return WBEM_S_NO_ERROR;
 }

@@ -43,22 +43,25 @@ std::optional<std::wstring> TakeText(std::wstring_view& rest)
         text += rest.front();
         rest.remove_prefix(1);
     }
-    if (rest.empty())
+    if (rest.empty()) {
         return std::nullopt;
+    }
     rest.remove_prefix(1);
     return text;
 }
 
 std::optional<Token> TakeToken(std::wstring_view& rest)
 {
-    if (IsWordCharacter(rest.front()))
+    if (IsWordCharacter(rest.front())) {
         return Token{TokenKind::Word, TakeWord(rest)};
+    }
     if (rest.front() == L'\'') {
         auto text = TakeText(rest);
         return text ? std::optional(Token{TokenKind::Text, std::move(*text)}) : std::nullopt;
     }
-    if (std::wstring_view(L"*,=").find(rest.front()) == std::wstring_view::npos)
+    if (std::wstring_view(L"*,=").find(rest.front()) == std::wstring_view::npos) {
         return std::nullopt;
+    }
     Token symbol{TokenKind::Symbol, std::wstring(1, rest.front())};
     rest.remove_prefix(1);
     return symbol;
@@ -69,11 +72,13 @@ std::optional<Tokens> Tokenize(std::wstring_view rest)
     Tokens tokens;
     while (true) {
         rest.remove_prefix(static_cast<size_t>(std::ranges::find_if_not(rest, std::iswspace) - rest.begin()));
-        if (rest.empty())
+        if (rest.empty()) {
             return tokens;
+        }
         auto token = TakeToken(rest);
-        if (!token)
+        if (!token) {
             return std::nullopt;
+        }
         tokens.push_back(std::move(*token));
     }
 }
@@ -102,16 +107,18 @@ private:
     template <typename Predicate>
     const Token* Take(TokenKind kind, Predicate&& fits)
     {
-        if (AtEnd() || tokens[position].kind != kind || !fits(tokens[position]))
+        if (AtEnd() || tokens[position].kind != kind || !fits(tokens[position])) {
             return nullptr;
+        }
         return &tokens[position++];
     }
 
     bool Store(TokenKind kind, std::wstring& target)
     {
         const Token* const token = Take(kind, [](const Token&) { return true; });
-        if (token != nullptr)
+        if (token) {
             target = token->text;
+        }
         return token != nullptr;
     }
 
@@ -121,30 +128,35 @@ private:
 
 bool ParseProperties(Parser& parser, WqlQuery& query)
 {
-    if (parser.Symbol(L"*"))
+    if (parser.Symbol(L"*")) {
         return true;
+    }
     do {
-        if (!parser.Name(query.properties.emplace_back()))
+        if (!parser.Name(query.properties.emplace_back())) {
             return false;
+        }
     } while (parser.Symbol(L","));
     return true;
 }
 
 bool ParseCondition(Parser& parser, WqlCondition& condition)
 {
-    if (!parser.Name(condition.property))
+    if (!parser.Name(condition.property)) {
         return false;
+    }
     condition.isPattern = parser.Keyword(L"like");
     return (condition.isPattern || parser.Symbol(L"=")) && parser.Text(condition.text);
 }
 
 bool ParseConditions(Parser& parser, WqlQuery& query)
 {
-    if (!parser.Keyword(L"where"))
+    if (!parser.Keyword(L"where")) {
         return true;
+    }
     do {
-        if (!ParseCondition(parser, query.conditions.emplace_back()))
+        if (!ParseCondition(parser, query.conditions.emplace_back())) {
             return false;
+        }
     } while (parser.Keyword(L"and"));
     return true;
 }
@@ -178,8 +190,9 @@ bool Matches(std::wstring_view text, std::wstring_view pattern)
 std::optional<WqlQuery> ParseWql(std::wstring_view text)
 {
     auto tokens = Tokenize(text);
-    if (!tokens)
+    if (!tokens) {
         return std::nullopt;
+    }
     Parser parser(std::move(*tokens));
     WqlQuery query;
     const bool isQuery = parser.Keyword(L"select") && ParseProperties(parser, query) && parser.Keyword(L"from") &&

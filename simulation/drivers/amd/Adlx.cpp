@@ -79,8 +79,9 @@ using namespace orvel::simulation;
 SIMULATED int32_t Sim_ADLXQueryFullVersion(uint64_t* version)
 {
     AddToTrace("adlx ADLXQueryFullVersion");
-    if (version == nullptr)
+    if (!version) {
         return ADLX_INVALID_ARGS;
+    }
     *version = FullVersion;
     return ADLX_OK;
 }
@@ -88,8 +89,9 @@ SIMULATED int32_t Sim_ADLXQueryFullVersion(uint64_t* version)
 SIMULATED int32_t Sim_ADLXQueryVersion(const char** version)
 {
     AddToTrace("adlx ADLXQueryVersion");
-    if (version == nullptr)
+    if (!version) {
         return ADLX_INVALID_ARGS;
+    }
     *version = "1.2";
     return ADLX_OK;
 }
@@ -122,18 +124,21 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
 SIMULATED int32_t Sim_ADLXInitializeWithIncompatibleDriver(uint64_t, AdlxObject** system)
 {
     AddToTrace("adlx ADLXInitializeWithIncompatibleDriver");
-    if (system != nullptr)
+    if (system) {
         *system = nullptr;
+    }
     return ADLX_NOT_SUPPORTED;
 }
 
 SIMULATED int32_t Sim_ADLXInitialize(uint64_t version, AdlxObject** system)
 {
     AddToTrace("adlx ADLXInitialize");
-    if (system == nullptr)
+    if (!system) {
         return ADLX_INVALID_ARGS;
-    if (version != FullVersion)
+    }
+    if (version != FullVersion) {
         return ADLX_BAD_VER;
+    }
     return BeginSession(CurrentMachine()->adlx.model.initialize, system, nullptr, nullptr);
 }
 

@@ -263,8 +263,9 @@ std::array<void*, Length> Table(std::initializer_list<Slot> slots)
 {
     std::array<void*, Length> table;
     table.fill(reinterpret_cast<void*>(&Unused));
-    for (const Slot& slot : slots)
+    for (const Slot& slot : slots) {
         table[slot.number] = slot.function;
+    }
     return table;
 }
 

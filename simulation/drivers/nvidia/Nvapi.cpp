@@ -127,7 +127,8 @@ SIMULATED void* Sim_nvapi_QueryInterface(uint32_t id)
     const NvapiFunction* const function = FindFunction(id);
     const auto machine = CurrentMachine();
     const auto& unresolved = machine->nvapi.model.unresolved;
-    if (function == nullptr || machine->nvapi.standing != Standing::Simulated)
+    if (!function || machine->nvapi.standing != Standing::Simulated) {
         return nullptr;
+    }
     return std::ranges::find(unresolved, function->name) == unresolved.end() ? function->function : nullptr;
 }

@@ -164,10 +164,12 @@ SIMULATED int32_t Sim_nvmlInit_v2()
 {
     AddToTrace("nvml nvmlInit_v2");
     const auto machine = CurrentMachine();
-    if (machine->nvml.standing != Standing::Simulated)
+    if (machine->nvml.standing != Standing::Simulated) {
         return NVML_ERROR_DRIVER_NOT_LOADED;
-    if (machine->nvml.model.init.code != NVML_SUCCESS)
+    }
+    if (machine->nvml.model.init.code != NVML_SUCCESS) {
         return machine->nvml.model.init.code;
+    }
     ++initialisations;
     CountLive(Counted::Nvml, 1);
     return NVML_SUCCESS;
@@ -176,10 +178,12 @@ SIMULATED int32_t Sim_nvmlInit_v2()
 SIMULATED int32_t Sim_nvmlShutdown()
 {
     AddToTrace("nvml nvmlShutdown");
-    if (initialisations == 0)
+    if (initialisations == 0) {
         return NVML_ERROR_UNINITIALIZED;
-    if (const int32_t status = CurrentMachine()->nvml.model.shutdown.code; status != NVML_SUCCESS)
+    }
+    if (const int32_t status = CurrentMachine()->nvml.model.shutdown.code; status != NVML_SUCCESS) {
         return status;
+    }
     CountLive(Counted::Nvml, -1);
     if (--initialisations == 0) {
         Handles().Clear();
