@@ -4,10 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "drivers/amd/Adlx.h"
-#include "drivers/nvidia/Nvapi.h"
-#include "drivers/nvidia/Nvml.h"
-#include "drivers/opencl/OpenCl.h"
+#include "loading/DriverState.h"
 #include "loading/ModuleSetup.h"
 #include "machine/CurrentMachine.h"
 #include "machine/MachineText.h"
@@ -21,36 +18,18 @@ namespace {
 
 using namespace orvel::simulation;
 
-std::string& LastProblem()
-{
-    static auto* const problem = new std::string;
-    return *problem;
-}
+// Never destroyed: the process may end before its last reader.
+std::string& lastProblem = *new std::string;
+std::string& lastReport = *new std::string;
+nlohmann::json& machineName = *new nlohmann::json; // outlives the machine, as the report does
 
 int Finish(int result, const std::string& text, const char** problem)
 {
-    LastProblem() = text;
+    lastProblem = text;
     if (problem) {
-        *problem = LastProblem().c_str();
+        *problem = lastProblem.c_str();
     }
     return result;
-}
-
-/// Outlives the machine: the report can still be read when the machine is gone.
-nlohmann::json& MachineName()
-{
-    static auto* const name = new nlohmann::json;
-    return *name;
-}
-
-void ResetInterfaces()
-{
-    ClearTrace();
-    ClearViolations();
-    ResetNvapi();
-    ResetNvml();
-    ResetAdlx();
-    ResetOpenCl();
 }
 
 /// The order matters: the computer's own WMI, which some machines ask for their rows, may bring the computer's own dxgi.dll
@@ -58,8 +37,10 @@ void ResetInterfaces()
 std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& machine)
 {
     SetCurrentMachine(machine);
-    MachineName() = machine->name ? nlohmann::json(*machine->name) : nlohmann::json();
-    ResetInterfaces();
+    machineName = machine->name ? nlohmann::json(*machine->name) : nlohmann::json();
+    ClearTrace();
+    ClearViolations();
+    ForgetDriverStates();
     if (auto problem = PutModulesInPlace(*machine)) {
         return problem;
     }
@@ -122,14 +103,13 @@ int OrvelSimulateMachineText(const char* json, const char* sourceName, const cha
 
 const char* OrvelSimulationReport(void)
 {
-    static auto* const report = new std::string;
-    const nlohmann::json content = {{"machine", MachineName()},
+    const nlohmann::json content = {{"machine", machineName},
                                     {"touched", CountCalls("") > 0},
                                     {"trace", TraceAsJson()},
                                     {"live", LiveAsJson()},
                                     {"violations", ViolationsAsJson()}};
-    *report = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    return report->c_str();
+    lastReport = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return lastReport.c_str();
 }
 
 int OrvelSimulationCalls(const char* start)

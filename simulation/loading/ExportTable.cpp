@@ -1,8 +1,9 @@
 #include "loading/ExportTable.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
+
+#include "loading/ModuleAccess.h"
 
 // GetProcAddress searches the module's sorted table of names. A name is hidden by changing its last character in memory to
 // one below all letters: nobody asks for the changed name, and the table stays sorted as long as no two of its names differ
@@ -12,34 +13,16 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr char HiddenCharacter = '\x01';
+constexpr char hiddenCharacter = '\x01';
 
 std::vector<char*> NamesIn(HMODULE module)
 {
-    auto* const base = reinterpret_cast<char*>(module);
-    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
-    if (directory.VirtualAddress == 0) {
-        return {};
-    }
-    const auto* const exports = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + directory.VirtualAddress);
-    const auto* const offsets = reinterpret_cast<const uint32_t*>(base + exports->AddressOfNames);
+    const auto* const exports = DirectoryOf<IMAGE_EXPORT_DIRECTORY>(module, IMAGE_DIRECTORY_ENTRY_EXPORT);
     std::vector<char*> names;
-    for (DWORD index = 0; index < exports->NumberOfNames; ++index) {
-        names.push_back(base + offsets[index]);
+    for (DWORD index = 0; exports && index < exports->NumberOfNames; ++index) {
+        names.push_back(At<char>(module, At<DWORD>(module, exports->AddressOfNames)[index]));
     }
     return names;
-}
-
-void Overwrite(char* place, char character)
-{
-    DWORD protection = 0;
-    if (!VirtualProtect(place, 1, PAGE_READWRITE, &protection)) {
-        return;
-    }
-    *place = character;
-    VirtualProtect(place, 1, protection, &protection);
 }
 
 } // namespace
@@ -52,7 +35,7 @@ void HiddenExports::Hide(HMODULE module, const std::vector<std::string>& names)
         }
         char* const last = name + std::strlen(name) - 1;
         changes.emplace_back(last, *last);
-        Overwrite(last, HiddenCharacter);
+        Overwrite(last, hiddenCharacter);
     }
 }
 

@@ -1,32 +1,16 @@
 #include "loading/ImportTable.h"
 
+#include "loading/ModuleAccess.h"
 #include "machine/Text.h"
 
 namespace orvel::simulation {
 
 namespace {
 
-template <typename T>
-T* At(HMODULE module, DWORD offset)
-{
-    return reinterpret_cast<T*>(reinterpret_cast<BYTE*>(module) + offset);
-}
-
-void Write(ULONG_PTR* slot, ULONG_PTR value)
-{
-    DWORD protection = 0;
-    if (VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
-        *slot = value;
-        VirtualProtect(slot, sizeof(*slot), protection, &protection);
-    }
-}
-
 /// The descriptors of a module's imported DLLs, ending with an empty one; null where it imports nothing.
 const IMAGE_IMPORT_DESCRIPTOR* ImportsOf(HMODULE module)
 {
-    const auto* headers = At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew));
-    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    return directory.VirtualAddress == 0 ? nullptr : At<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress);
+    return DirectoryOf<IMAGE_IMPORT_DESCRIPTOR>(module, IMAGE_DIRECTORY_ENTRY_IMPORT);
 }
 
 /// The descriptor of one imported DLL; null where the module does not import it.
@@ -60,14 +44,14 @@ void RedirectedImports::Redirect(HMODULE importer, const wchar_t* dllName, HMODU
             continue;
         }
         former.emplace_back(address, *address);
-        Write(address, reinterpret_cast<ULONG_PTR>(function));
+        Overwrite(address, reinterpret_cast<ULONG_PTR>(function));
     }
 }
 
 void RedirectedImports::Restore()
 {
     for (const auto& [slot, value] : former) {
-        Write(slot, value);
+        Overwrite(slot, value);
     }
     former.clear();
 }
@@ -77,7 +61,7 @@ void ReplaceImported(HMODULE importer, FARPROC from, FARPROC to)
     for (const auto* import = ImportsOf(importer); import && import->Name != 0; ++import) {
         for (auto* slot = At<IMAGE_THUNK_DATA>(importer, import->FirstThunk); slot->u1.Function != 0; ++slot) {
             if (slot->u1.Function == reinterpret_cast<ULONG_PTR>(from)) {
-                Write(reinterpret_cast<ULONG_PTR*>(&slot->u1.Function), reinterpret_cast<ULONG_PTR>(to));
+                Overwrite(reinterpret_cast<ULONG_PTR*>(&slot->u1.Function), reinterpret_cast<ULONG_PTR>(to));
             }
         }
     }

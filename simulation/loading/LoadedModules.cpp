@@ -6,16 +6,15 @@
 #include <psapi.h>
 
 #include "loading/ImportTable.h"
+#include "loading/ModuleAccess.h"
 #include "machine/Text.h"
 
 namespace orvel::simulation {
 
 namespace {
 
-constexpr DWORD PathLength = 4096; // characters
-
 // What ntdll.dll reports of a DLL that comes or goes, as Windows documents it; no header of mingw-w64 declares it.
-constexpr ULONG DllLoaded = 1;
+constexpr ULONG dllLoaded = 1;
 struct DllNotification {
     ULONG flags;
     const void* fullName;
@@ -35,34 +34,18 @@ struct Lead {
 };
 
 /// Never destroyed: DLLs may be loaded while the process ends.
-Lead& TheLead()
-{
-    static auto* const lead = new Lead;
-    return *lead;
-}
+Lead& lead = *new Lead;
 
 template <typename Function>
 Function* NtFunction(const char* name)
 {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
-
-std::wstring SystemFolder()
-{
-    std::wstring folder(PathLength, L'\0');
-    folder.resize(GetSystemDirectoryW(folder.data(), PathLength));
-    return FoldCase(folder);
+    return FunctionIn<Function>(GetModuleHandleW(L"ntdll.dll"), name);
 }
 
 /// Windows' own modules, and this one, keep their way to the computer.
 bool KeepsItsImports(HMODULE module)
 {
-    HMODULE self = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&TheLead), &self);
-    std::wstring path(PathLength, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), PathLength));
-    return module == self || FoldCase(path).starts_with(TheLead().systemFolder);
+    return module == OwnModule() || FoldCase(PathOf(module)).starts_with(lead.systemFolder);
 }
 
 void ReplaceInAllModules(FARPROC from, FARPROC to)
@@ -85,8 +68,8 @@ void ReplaceInAllModules(FARPROC from, FARPROC to)
 void CALLBACK OnDll(ULONG reason, const DllNotification* dll, void*)
 {
     const auto module = static_cast<HMODULE>(dll->base);
-    if (reason == DllLoaded && !KeepsItsImports(module)) {
-        ReplaceImported(module, TheLead().from, TheLead().to);
+    if (reason == dllLoaded && !KeepsItsImports(module)) {
+        ReplaceImported(module, lead.from, lead.to);
     }
 }
 
@@ -94,10 +77,9 @@ void CALLBACK OnDll(ULONG reason, const DllNotification* dll, void*)
 
 void LeadImports(FARPROC from, FARPROC to)
 {
-    Lead& lead = TheLead();
     lead.from = from;
     lead.to = to;
-    lead.systemFolder = SystemFolder();
+    lead.systemFolder = FoldCase(SystemFolder());
     if (const auto notify = NtFunction<RegisterFunction>("LdrRegisterDllNotification"); notify && !lead.cookie) {
         notify(0, OnDll, nullptr, &lead.cookie);
     }
@@ -106,7 +88,6 @@ void LeadImports(FARPROC from, FARPROC to)
 
 void RestoreImports()
 {
-    Lead& lead = TheLead();
     if (const auto end = NtFunction<UnregisterFunction>("LdrUnregisterDllNotification"); end && lead.cookie) {
         end(lead.cookie);
     }

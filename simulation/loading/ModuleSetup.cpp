@@ -4,10 +4,11 @@
 #include <array>
 #include <atomic>
 
-#include "drivers/opencl/OpenCl.h"
+#include "loading/DriverState.h"
 #include "loading/Export.h"
 #include "loading/ExportTable.h"
 #include "loading/ImportTable.h"
+#include "loading/ModuleAccess.h"
 #include "machine/Text.h"
 #include "trace/Violations.h"
 
@@ -28,10 +29,9 @@ namespace orvel::simulation {
 namespace {
 
 // A loader may count references in 16 bits, so there can be many of them, but not any number.
-constexpr int PinCount = 4096;          // more than a run gives back too many
-constexpr int PinCountWithGaps = 16384; // the same, if functions are missing: each search for one may give back
-constexpr int MostReferences = 0x10000; // to be given back at once
-constexpr DWORD PathLength = 4096;      // characters
+constexpr int pinCount = 4096;          // more than a run gives back too many
+constexpr int pinCountWithGaps = 16384; // the same, if functions are missing: each search for one may give back
+constexpr int mostReferences = 0x10000; // to be given back at once
 
 /// What the simulation does so that a DLL that the machine has is found.
 enum class Hold {
@@ -40,10 +40,64 @@ enum class Hold {
     Pinned, // more often than anybody gives it back
 };
 
+/// What a machine says of a DLL.
+struct Wish {
+    Standing standing = Standing::Missing;
+    std::vector<std::string> missing = {}; // functions
+    Hold hold = Hold::Once;
+};
+
+/// For a DLL that the product loads at run time.
+Hold HoldAtRunTime(const Machine& machine)
+{
+    return machine.searched ? Hold::No : Hold::Once;
+}
+
+Wish OpenClOf(const Machine& machine)
+{
+    const bool isPinned = !machine.searched && machine.opencl.model.pinned;
+    return {machine.opencl.standing, machine.opencl.model.missing, isPinned ? Hold::Pinned : Hold::No};
+}
+
+Wish DxgiOf(const Machine& machine)
+{
+    return {machine.dxgi.standing};
+}
+
+Wish DwmOf(const Machine& machine)
+{
+    return {machine.dwm.standing};
+}
+
+/// The one export of nvapi64.dll can be missing as well as the functions behind it.
+Wish NvapiOf(const Machine& machine)
+{
+    std::vector<std::string> missing = machine.nvapi.model.unresolved;
+    std::erase_if(missing, [](const std::string& name) { return name != "nvapi_QueryInterface"; });
+    return {machine.nvapi.standing, missing, HoldAtRunTime(machine)};
+}
+
+Wish NvmlOf(const Machine& machine)
+{
+    return {machine.nvml.standing, machine.nvml.model.missing};
+}
+
+Wish AdlOf(const Machine& machine)
+{
+    return {machine.adl.standing, machine.adl.model.missing, HoldAtRunTime(machine)};
+}
+
+Wish AdlxOf(const Machine& machine)
+{
+    return {machine.adlx.standing, machine.adlx.model.missing, HoldAtRunTime(machine)};
+}
+
 struct Module {
     const wchar_t* name;
-    bool isImported;       // by the product, at load time
-    bool isPinned = false; // on this machine: it stays however often the product gives it back
+    Wish (*wishOf)(const Machine&);
+    bool isImported = false;   // by the product, at load time
+    bool isForwarding = false; // to the computer's own DLL, while the machine leaves the interface to the system
+    bool isPinned = false;     // on this machine: it stays however often the product gives it back
     std::atomic<bool> isAllowed = isImported;
     std::atomic<HMODULE> attached = nullptr; // our DLL, while it is loaded
     std::vector<std::string> hiddenNames = {};
@@ -51,58 +105,44 @@ struct Module {
     HMODULE held = nullptr; // the reference that the simulation itself has
 };
 
+/// The DLLs that are simulated, in the order in which they are put in place.
 struct Modules {
-    Module opencl{L"opencl.dll", false};
-    Module dxgi{L"dxgi.dll", true};
-    Module dwmapi{L"dwmapi.dll", true};
-    Module nvapi{L"nvapi64.dll", false};
-    Module nvml{L"nvml.dll", true};
-    Module adl{L"atiadlxx.dll", false};
-    Module adlx{L"amdadlx64.dll", false};
+    std::array<Module, 7> all = {{
+        {L"opencl.dll", &OpenClOf},
+        {L"dxgi.dll", &DxgiOf, true, true},
+        {L"dwmapi.dll", &DwmOf, true, true},
+        {L"nvapi64.dll", &NvapiOf},
+        {L"nvml.dll", &NvmlOf, true},
+        {L"atiadlxx.dll", &AdlOf},
+        {L"amdadlx64.dll", &AdlxOf},
+    }};
     RedirectedImports productImports = {};
-    std::array<Module*, 7> all = {&opencl, &dxgi, &dwmapi, &nvapi, &nvml, &adl, &adlx};
 };
 
-/// Never destroyed: the DLLs tell of their end after this one's own static objects are gone.
-Modules& TheModules()
-{
-    static auto* const modules = new Modules;
-    return *modules;
-}
-
-std::wstring PathOf(HMODULE module)
-{
-    std::wstring path(PathLength, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), PathLength));
-    return path;
-}
+/// Never destroyed: the DLLs report their end after this one's own static objects are gone.
+Modules& modules = *new Modules;
 
 std::wstring SimulationFolder()
 {
-    HMODULE self = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&TheModules), &self);
-    const std::wstring path = PathOf(self);
+    const std::wstring path = PathOf(OwnModule());
     return path.substr(0, path.find_last_of(L"\\/") + 1);
 }
 
 std::wstring SystemPath(const wchar_t* dllName)
 {
-    std::wstring folder(PathLength, L'\0');
-    folder.resize(GetSystemDirectoryW(folder.data(), PathLength));
-    return folder + L"\\" + dllName;
+    return SystemFolder() + L"\\" + dllName;
+}
+
+Module* FindModule(std::wstring_view name)
+{
+    const auto found = std::ranges::find(modules.all, name, &Module::name);
+    return found == modules.all.end() ? nullptr : &*found;
 }
 
 Module* FindModule(HMODULE handle)
 {
     const std::wstring path = PathOf(handle);
-    const std::wstring name = FoldCase(path.substr(path.find_last_of(L"\\/") + 1));
-    for (Module* const module : TheModules().all) {
-        if (name == module->name) {
-            return module;
-        }
-    }
-    return nullptr;
+    return FindModule(FoldCase(path.substr(path.find_last_of(L"\\/") + 1)));
 }
 
 void AddReferences(const Module& module, int count)
@@ -117,7 +157,7 @@ void AddReferences(const Module& module, int count)
 /// Holds the DLL so often that a product that gives back too many references cannot unload it.
 void Pin(const Module& module)
 {
-    AddReferences(module, module.hiddenNames.empty() ? PinCount : PinCountWithGaps);
+    AddReferences(module, module.hiddenNames.empty() ? pinCount : pinCountWithGaps);
 }
 
 /// Gives our references back. A pinned DLL leaves the process: the product may have given back, or kept, any number.
@@ -127,7 +167,7 @@ void Release(Module& module)
         FreeLibrary(module.held);
     }
     module.held = nullptr;
-    for (int count = 0; module.isPinned && module.attached && count < MostReferences; ++count) {
+    for (int count = 0; module.isPinned && module.attached && count < mostReferences; ++count) {
         FreeLibrary(module.attached);
     }
 }
@@ -139,11 +179,11 @@ HMODULE Product()
 }
 
 /// Where the program was linked against the product, the product's imports were bound before there was a machine.
-void RedirectProduct(Modules& modules)
+void RedirectProduct()
 {
-    for (const Module* const module : modules.all) {
-        if (module->isImported && module->isAllowed && module->attached && Product()) {
-            modules.productImports.Redirect(Product(), module->name, module->attached);
+    for (const Module& module : modules.all) {
+        if (module.isImported && module.isAllowed && module.attached && Product()) {
+            modules.productImports.Redirect(Product(), module.name, module.attached);
         }
     }
 }
@@ -174,10 +214,10 @@ std::optional<std::string> LoadSimulated(Module& module)
 /// Lets the computer's own DLL be found. One that the computer lacks is then not found at all.
 std::optional<std::string> LoadSystem(Module& module)
 {
-    const bool canForward = &module == &TheModules().dxgi || &module == &TheModules().dwmapi;
     if (module.attached) {
-        return canForward ? std::nullopt
-                          : std::optional("the simulated " + ToUtf8(module.name) + " is in use by the process already");
+        return module.isForwarding
+                   ? std::nullopt
+                   : std::optional("the simulated " + ToUtf8(module.name) + " is in use by the process already");
     }
     module.held = LoadLibraryExW(SystemPath(module.name).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     return std::nullopt;
@@ -190,9 +230,9 @@ std::optional<std::string> LeaveToSearch(const Module& module)
     return !loaded || loaded == module.attached ? std::nullopt : std::optional(InFrontOf(module));
 }
 
-std::optional<std::string> PutInPlace(Module& module, Standing standing, const std::vector<std::string>& missing,
-                                      Hold hold = Hold::Once)
+std::optional<std::string> PutInPlace(Module& module, const Wish& wish)
 {
+    const auto& [standing, missing, hold] = wish;
     Release(module);
     const bool isSimulated = standing == Standing::Simulated || (standing == Standing::Missing && module.isImported);
     module.hiddenNames = missing;
@@ -209,52 +249,33 @@ std::optional<std::string> PutInPlace(Module& module, Standing standing, const s
     return standing == Standing::System ? LoadSystem(module) : std::nullopt;
 }
 
-/// The one export of nvapi64.dll can be missing as well as the functions behind it.
-std::vector<std::string> MissingExports(const NvapiModel& nvapi)
-{
-    std::vector<std::string> missing = nvapi.unresolved;
-    std::erase_if(missing, [](const std::string& name) { return name != "nvapi_QueryInterface"; });
-    return missing;
-}
-
 } // namespace
 
 std::optional<std::string> PutModulesInPlace(const Machine& machine)
 {
-    Modules& modules = TheModules();
     modules.productImports.Restore();
     SetDllDirectoryW(SimulationFolder().c_str());
-    const Hold hold = machine.searched ? Hold::No : Hold::Once;
-    const bool isOpenClPinned = !machine.searched && machine.opencl.model.pinned;
-    const std::array problems = {
-        PutInPlace(modules.opencl, machine.opencl.standing, machine.opencl.model.missing,
-                   isOpenClPinned ? Hold::Pinned : Hold::No),
-        PutInPlace(modules.dxgi, machine.dxgi.standing, {}),
-        PutInPlace(modules.dwmapi, machine.dwm.standing, {}),
-        PutInPlace(modules.nvapi, machine.nvapi.standing, MissingExports(machine.nvapi.model), hold),
-        PutInPlace(modules.nvml, machine.nvml.standing, machine.nvml.model.missing),
-        PutInPlace(modules.adl, machine.adl.standing, machine.adl.model.missing, hold),
-        PutInPlace(modules.adlx, machine.adlx.standing, machine.adlx.model.missing, hold),
-    };
-    for (const auto& problem : problems) {
-        if (problem) {
-            return problem;
-        }
+    std::optional<std::string> firstProblem;
+    for (Module& module : modules.all) {
+        const auto problem = PutInPlace(module, module.wishOf(machine));
+        firstProblem = firstProblem ? firstProblem : problem;
     }
-    RedirectProduct(modules);
-    return std::nullopt;
+    if (!firstProblem) {
+        RedirectProduct();
+    }
+    return firstProblem;
 }
 
 void TakeModulesAway()
 {
-    TheModules().productImports.Restore();
-    for (Module* const module : TheModules().all) {
-        Release(*module);
-        module->isAllowed = module->isImported;
-        module->isPinned = false;
-        module->hiddenNames.clear();
-        if (module->attached) {
-            module->hiddenExports.Restore();
+    modules.productImports.Restore();
+    for (Module& module : modules.all) {
+        Release(module);
+        module.isAllowed = module.isImported;
+        module.isPinned = false;
+        module.hiddenNames.clear();
+        if (module.attached) {
+            module.hiddenExports.Restore();
         }
     }
     SetDllDirectoryW(nullptr);
@@ -262,32 +283,27 @@ void TakeModulesAway()
 
 void AddOpenClReference()
 {
-    if (TheModules().opencl.isPinned) {
-        AddReferences(TheModules().opencl, 1);
+    if (const Module* const opencl = FindModule(L"opencl.dll"); opencl->isPinned) {
+        AddReferences(*opencl, 1);
     }
 }
 
 bool IsLoadedFor(const std::string& call, const wchar_t* dllName)
 {
-    const auto& modules = TheModules().all;
-    const bool isLoaded = std::ranges::any_of(
-        modules, [&](const Module* module) { return std::wstring_view(dllName) == module->name && module->attached; });
+    const bool isLoaded = FindModule(dllName)->attached;
     if (!isLoaded) {
         AddViolation(call, ToUtf8(dllName) + " is not loaded any more");
     }
     return isLoaded;
 }
 
-FARPROC SystemFunction(const wchar_t* dllName, const char* functionName)
+HMODULE SystemModule(const wchar_t* dllName)
 {
     // From here on both are in the process. Ours must stay, or the name would mean the other one for the next machine.
-    for (const Module* const module : TheModules().all) {
-        if (module->attached && std::wstring_view(dllName) == module->name) {
-            AddReferences(*module, 1);
-        }
+    if (const Module* const module = FindModule(dllName); module->attached) {
+        AddReferences(*module, 1);
     }
-    const HMODULE own = LoadLibraryExW(SystemPath(dllName).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    return own ? GetProcAddress(own, functionName) : nullptr;
+    return LoadLibraryExW(SystemPath(dllName).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 /// Called by a simulated DLL as it is loaded; refuses one that the machine lacks. The loader's lock is held here.
@@ -314,9 +330,7 @@ SIMULATED void SimulationDetach(HMODULE handle)
     }
     module->attached = nullptr;
     module->hiddenExports.Forget();
-    if (module == &TheModules().opencl) {
-        ResetOpenCl();
-    }
+    ForgetDriverStateOf(module->name);
 }
 
 } // namespace orvel::simulation

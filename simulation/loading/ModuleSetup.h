@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include "loading/ModuleAccess.h"
 #include "machine/Machine.h"
 
 namespace orvel::simulation {
@@ -24,8 +25,16 @@ void AddOpenClReference();
 /// not. Only a DLL that the simulation does not hold can be gone.
 bool IsLoadedFor(const std::string& call, const wchar_t* dllName);
 
-/// A function of the computer's own DLL in the system folder, or null; for a simulated DLL that had to stay loaded while
-/// the machine in place leaves its interface to the system.
-FARPROC SystemFunction(const wchar_t* dllName, const char* functionName);
+/// The computer's own DLL in the system folder, or null.
+HMODULE SystemModule(const wchar_t* dllName);
+
+/// A function of that DLL, or null; for a simulated DLL that had to stay loaded while the machine in place leaves its
+/// interface to the system.
+template <typename Function>
+Function* SystemFunction(const wchar_t* dllName, const char* functionName)
+{
+    const HMODULE system = SystemModule(dllName);
+    return system ? FunctionIn<Function>(system, functionName) : nullptr;
+}
 
 } // namespace orvel::simulation

@@ -105,7 +105,7 @@ void ReadInto(const Node& node, AdlAdapterModel& target)
 void ReadInto(const Node& node, AdlModel& target)
 {
     node.ReadFields({
-        {"missing", [&target](const Node& names) { ReadNames(names, target.missing, functions); }},
+        {"missing", NamesInto(target.missing, functions)},
         {"ADL2_Main_Control_Create", Into(target.create)},
         {"context", Into(target.context)},
         {"adapters", [&target](const Node& adapters) { ReadAdapters(adapters, target.adapters); }},

@@ -2,14 +2,14 @@
 
 namespace orvel::simulation {
 
-const std::vector<std::string>& AdlxEntryPoints()
-{
-    static const std::vector<std::string> names = {
-        "ADLXQueryFullVersion", "ADLXQueryVersion", "ADLXInitializeWithCallerAdl", "ADLXInitializeWithIncompatibleDriver",
-        "ADLXInitialize",       "ADLXTerminate",
-    };
-    return names;
-}
+namespace {
+
+const std::vector<std::string> functions = {
+    "ADLXQueryFullVersion", "ADLXQueryVersion", "ADLXInitializeWithCallerAdl", "ADLXInitializeWithIncompatibleDriver",
+    "ADLXInitialize",       "ADLXTerminate",
+};
+
+} // namespace
 
 static void ReadInto(const Node& node, AdlxText& target)
 {
@@ -36,7 +36,7 @@ void ReadInto(const Node& node, AdlxGpuModel& target)
 void ReadInto(const Node& node, AdlxModel& target)
 {
     node.ReadFields({
-        {"missing", [&target](const Node& names) { ReadNames(names, target.missing, AdlxEntryPoints()); }},
+        {"missing", NamesInto(target.missing, functions)},
         {"ADLXInitializeWithCallerAdl", Into(target.initializeWithCallerAdl)},
         {"ADLXInitialize", Into(target.initialize)},
         {"GetGPUs", Into(target.getGpus)},

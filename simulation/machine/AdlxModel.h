@@ -35,9 +35,6 @@ struct AdlxModel {
     std::vector<AdlxGpuModel> gpus;
 };
 
-/// The entry points that amdadlx64.dll exports.
-const std::vector<std::string>& AdlxEntryPoints();
-
 void ReadInto(const Node& node, AdlxGpuModel& target);
 void ReadInto(const Node& node, AdlxModel& target);
 

@@ -37,7 +37,7 @@ struct Area {
 inline void FillWithRubbish(std::initializer_list<Area> areas)
 {
     for (const Area& area : areas) {
-        std::memset(area.start, RubbishByte, area.bytes);
+        std::memset(area.start, rubbishByte, area.bytes);
     }
 }
 
@@ -63,6 +63,12 @@ struct Answer {
             write(*value);
         }
         return status;
+    }
+
+    /// The same for a call that writes the value alone.
+    int32_t GiveTo(Value* target, int32_t notSupported) const
+    {
+        return Give(notSupported, {{target, sizeof *target}}, [target](const Value& written) { *target = written; });
     }
 };
 

@@ -12,24 +12,18 @@ struct Place {
 };
 
 /// Never destroyed: a static object of the product may still make calls while the process ends.
-Place& ThePlace()
-{
-    static auto* const place = new Place;
-    return *place;
-}
+Place& place = *new Place;
 
 } // namespace
 
 std::shared_ptr<const Machine> CurrentMachine()
 {
-    Place& place = ThePlace();
     const std::scoped_lock lock(place.mutex);
     return place.machine;
 }
 
 void SetCurrentMachine(std::shared_ptr<const Machine> machine)
 {
-    Place& place = ThePlace();
     const std::scoped_lock lock(place.mutex);
     place.machine = std::move(machine);
 }

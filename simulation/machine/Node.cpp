@@ -76,6 +76,18 @@ std::string TypeOf(const nlohmann::json& json)
     return json.is_boolean() ? (json.get<bool>() ? "true" : "false") : json.is_string() ? "a text" : json.type_name();
 }
 
+/// A number, or an object with it as "status" and `more` beside it.
+void ReadStatus(const Node& node, Status& target, Fields more)
+{
+    target.given = true;
+    const ReadField readCode = [&target](const Node& code) { target.code = code.StatusCode(); };
+    if (!node.IsObject()) {
+        return readCode(node);
+    }
+    more.emplace(more.begin(), "status", readCode);
+    node.ReadFields(more);
+}
+
 } // namespace
 
 Node::Node(const nlohmann::json& value, std::string pathToValue) : json(&value), path(std::move(pathToValue)) {}
@@ -225,25 +237,12 @@ void ReadInto(const Node& node, std::string& target)
 
 void ReadInto(const Node& node, Status& target)
 {
-    target.given = true;
-    const ReadField readCode = [&target](const Node& code) { target.code = code.StatusCode(); };
-    if (!node.IsObject()) {
-        return readCode(node);
-    }
-    node.ReadFields({{"status", readCode}});
+    ReadStatus(node, target, {});
 }
 
 void ReadInto(const Node& node, OutputStatus& target)
 {
-    target.given = true;
-    const ReadField readCode = [&target](const Node& code) { target.code = code.StatusCode(); };
-    if (!node.IsObject()) {
-        return readCode(node);
-    }
-    node.ReadFields({
-        {"status", readCode},
-        {"writes", [&target](const Node& way) { ReadWrites(way, target.writes, false); }},
-    });
+    ReadStatus(node, target, {{"writes", [&target](const Node& way) { ReadWrites(way, target.writes, false); }}});
 }
 
 void ReadWrites(const Node& node, Writes& target, bool isText)
@@ -261,14 +260,16 @@ void ReadWrites(const Node& node, Writes& target, bool isText)
     }
 }
 
-void ReadNames(const Node& node, std::vector<std::string>& target, const std::vector<std::string>& known)
+ReadField NamesInto(std::vector<std::string>& target, const std::vector<std::string>& known)
 {
-    for (const Node& element : node.Elements()) {
-        target.push_back(element.Text());
-        if (std::ranges::find(known, target.back()) == known.end()) {
-            element.Refuse("unknown function \"" + target.back() + "\"");
+    return [&](const Node& node) {
+        for (const Node& element : node.Elements()) {
+            target.push_back(element.Text());
+            if (std::ranges::find(known, target.back()) == known.end()) {
+                element.Refuse("unknown function \"" + target.back() + "\"");
+            }
         }
-    }
+    };
 }
 
 } // namespace orvel::simulation

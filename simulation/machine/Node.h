@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -82,13 +83,37 @@ void ReadInto(const Node& node, OutputStatus& target);
 /// "nothing" or "rubbish", and for a text "unterminated".
 void ReadWrites(const Node& node, Writes& target, bool isText);
 
-/// Names of functions, each out of `known`.
-void ReadNames(const Node& node, std::vector<std::string>& target, const std::vector<std::string>& known);
+/// The reader for names of functions, each out of `known`.
+ReadField NamesInto(std::vector<std::string>& target, const std::vector<std::string>& known);
 
 template <typename Element>
 void ReadInto(const Node& node, std::vector<Element>& target);
 template <typename Value>
 void ReadInto(const Node& node, Answer<Value>& target);
+
+/// An answer whose bare number is a status rather than a value.
+template <typename Value>
+void ReadWithBareStatus(const Node& node, Answer<Value>& target)
+{
+    if (node.IsObject() || node.IsArray()) {
+        return ReadInto(node, target);
+    }
+    target.given = true;
+    target.status = node.StatusCode();
+}
+
+/// Values of a fixed number, or a refusal with `expected`.
+template <typename Element, size_t Length>
+void ReadInto(const Node& node, std::array<Element, Length>& target, const char* expected)
+{
+    const auto elements = node.Elements();
+    if (elements.size() != Length) {
+        node.Refuse(expected);
+    }
+    for (size_t index = 0; index < Length; ++index) {
+        ReadInto(elements[index], target[index]);
+    }
+}
 
 /// The reader that fills `target`.
 template <typename Target>

@@ -4,10 +4,30 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr size_t MaximumGpus = 64; // the fixed length of NVAPI's handle array
+constexpr uint32_t clockTypes = 16; // numbers of four bits
+constexpr uint32_t undefinedBits = 0x5A5A5A5A & ~1U;
 
-constexpr uint32_t ClockTypes = 16; // numbers of four bits
-constexpr uint32_t UndefinedBits = 0x5A5A5A5A & ~1U;
+/// The functions that nvapi_QueryInterface resolves, and itself.
+const std::vector<std::string> functions = {
+    "nvapi_QueryInterface",
+    "NvAPI_Initialize",
+    "NvAPI_Unload",
+    "NvAPI_EnumPhysicalGPUs",
+    "NvAPI_GPU_GetFullName",
+    "NvAPI_GPU_GetBusId",
+    "NvAPI_GPU_GetBusType",
+    "NvAPI_GPU_GetPCIIdentifiers",
+    "NvAPI_GPU_GetGPUType",
+    "NvAPI_GPU_GetVbiosVersionString",
+    "NvAPI_GPU_GetGpuCoreCount",
+    "NvAPI_GPU_GetRamBusWidth",
+    "NvAPI_GPU_GetCurrentPCIEDownstreamWidth",
+    "NvAPI_GPU_GetMemoryInfoEx",
+    "NvAPI_GPU_GetAllClockFrequencies",
+    "NvAPI_GPU_GetECCStatusInfo",
+    "NvAPI_GPU_GetECCErrorInfo",
+    "0xD2D25687",
+};
 
 /// One answer for every clock type, or an object that has the types as keys.
 void ReadClocks(const Node& node, NvapiClockAnswers& target)
@@ -18,7 +38,7 @@ void ReadClocks(const Node& node, NvapiClockAnswers& target)
         return ReadInto(node, target.ofAll);
     }
     Fields fields;
-    for (uint32_t type = 0; type < ClockTypes; ++type) {
+    for (uint32_t type = 0; type < clockTypes; ++type) {
         fields.emplace_back(std::to_string(type),
                             [&target, type](const Node& answer) { ReadInto(answer, target.byType[type]); });
     }
@@ -30,68 +50,27 @@ ReadField AsEccWord(uint32_t& target)
 {
     return [&target](const Node& node) {
         if (node.IsFlag()) {
-            target = UndefinedBits | uint32_t{node.Flag()};
+            target = undefinedBits | uint32_t{node.Flag()};
         } else {
             ReadInto(node, target);
         }
     };
 }
 
-/// Two words, or a bare status.
-void ReadMultiGpu(const Node& node, Answer<NvapiMultiGpuWords>& target)
-{
-    if (node.IsArray() || node.IsObject()) {
-        return ReadInto(node, target);
-    }
-    target.given = true;
-    target.status = node.StatusCode();
-}
-
 void ReadGpus(const Node& node, std::vector<NvapiGpuModel>& target)
 {
     ReadInto(node, target);
-    if (target.size() > MaximumGpus) {
-        node.Refuse("NVAPI lists " + std::to_string(MaximumGpus) + " GPUs at most");
+    if (target.size() > maximumGpus) {
+        node.Refuse("NVAPI lists " + std::to_string(maximumGpus) + " GPUs at most");
     }
 }
 
 } // namespace
 
-const std::vector<std::string>& NvapiFunctionNames()
-{
-    static const std::vector<std::string> names = {
-        "nvapi_QueryInterface",
-        "NvAPI_Initialize",
-        "NvAPI_Unload",
-        "NvAPI_EnumPhysicalGPUs",
-        "NvAPI_GPU_GetFullName",
-        "NvAPI_GPU_GetBusId",
-        "NvAPI_GPU_GetBusType",
-        "NvAPI_GPU_GetPCIIdentifiers",
-        "NvAPI_GPU_GetGPUType",
-        "NvAPI_GPU_GetVbiosVersionString",
-        "NvAPI_GPU_GetGpuCoreCount",
-        "NvAPI_GPU_GetRamBusWidth",
-        "NvAPI_GPU_GetCurrentPCIEDownstreamWidth",
-        "NvAPI_GPU_GetMemoryInfoEx",
-        "NvAPI_GPU_GetAllClockFrequencies",
-        "NvAPI_GPU_GetECCStatusInfo",
-        "NvAPI_GPU_GetECCErrorInfo",
-        "0xD2D25687",
-    };
-    return names;
-}
-
 /// Declared here for Answer<NvapiMultiGpuWords>, whose value no general reader knows.
 static void ReadInto(const Node& node, NvapiMultiGpuWords& target)
 {
-    const auto words = node.Elements();
-    if (words.size() != target.size()) {
-        node.Refuse("expected two words, those at the offsets 8 and 12");
-    }
-    for (size_t index = 0; index < target.size(); ++index) {
-        ReadInto(words[index], target[index]);
-    }
+    ReadInto(node, target, "expected two words, those at the offsets 8 and 12");
 }
 
 void ReadInto(const Node& node, NvapiPciIdentifiers& target)
@@ -171,11 +150,11 @@ void ReadInto(const Node& node, NvapiGpuModel& target)
 void ReadInto(const Node& node, NvapiModel& target)
 {
     node.ReadFields({
-        {"unresolved", [&](const Node& names) { ReadNames(names, target.unresolved, NvapiFunctionNames()); }},
+        {"unresolved", NamesInto(target.unresolved, functions)},
         {"NvAPI_Initialize", Into(target.initialize)},
         {"NvAPI_Unload", Into(target.unload)},
         {"NvAPI_EnumPhysicalGPUs", Into(target.enumPhysicalGpus)},
-        {"0xD2D25687", [&](const Node& query) { ReadMultiGpu(query, target.multiGpu); }},
+        {"0xD2D25687", [&](const Node& query) { ReadWithBareStatus(query, target.multiGpu); }},
         {"gpus", [&](const Node& gpus) { ReadGpus(gpus, target.gpus); }},
     });
 }

@@ -9,6 +9,9 @@
 
 namespace orvel::simulation {
 
+/// The length of the array that lists the GPUs.
+constexpr size_t maximumGpus = 64;
+
 struct NvapiPciIdentifiers {
     uint32_t device = 0;
     uint32_t subsystem = 0;
@@ -76,9 +79,6 @@ struct NvapiModel {
     Answer<NvapiMultiGpuWords> multiGpu;
     std::vector<NvapiGpuModel> gpus;
 };
-
-/// The functions that nvapi_QueryInterface resolves, by the names that machine files use.
-const std::vector<std::string>& NvapiFunctionNames();
 
 void ReadInto(const Node& node, NvapiPciIdentifiers& target);
 void ReadInto(const Node& node, NvapiMemoryInfo& target);

@@ -4,7 +4,7 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr int32_t HighestArgument = 7; // of all threshold and clock numbers that NVML has
+constexpr int32_t highestArgument = 7; // of all threshold and clock numbers that NVML has
 
 const std::vector<std::string> functions = {
     "nvmlInit_v2",
@@ -26,19 +26,13 @@ const std::vector<std::string> functions = {
 
 static void ReadInto(const Node& node, std::array<int32_t, 2>& target)
 {
-    const auto numbers = node.Elements();
-    if (numbers.size() != target.size()) {
-        node.Refuse("expected [major, minor]");
-    }
-    for (size_t index = 0; index < target.size(); ++index) {
-        ReadInto(numbers[index], target[index]);
-    }
+    ReadInto(node, target, "expected [major, minor]");
 }
 
 static void ReadInto(const Node& node, NvmlAnswers& target)
 {
     Fields fields;
-    for (int32_t argument = 0; argument <= HighestArgument; ++argument) {
+    for (int32_t argument = 0; argument <= highestArgument; ++argument) {
         fields.emplace_back(std::to_string(argument),
                             [&target, argument](const Node& answer) { ReadInto(answer, target[argument]); });
     }
@@ -63,7 +57,7 @@ void ReadInto(const Node& node, NvmlDeviceModel& target)
 void ReadInto(const Node& node, NvmlModel& target)
 {
     node.ReadFields({
-        {"missing", [&target](const Node& names) { ReadNames(names, target.missing, functions); }},
+        {"missing", NamesInto(target.missing, functions)},
         {"nvmlInit_v2", Into(target.init)},
         {"nvmlShutdown", Into(target.shutdown)},
         {"nvmlDeviceGetCount_v2", Into(target.deviceCount)},

@@ -6,16 +6,12 @@ namespace orvel::simulation {
 
 namespace {
 
+const std::vector<std::string> functions = {"clGetPlatformIDs", "clGetDeviceIDs", "clGetDeviceInfo"};
+
 /// A count call's status, which may come with a count of its own: {"status": N, "value": COUNT}.
 ReadField AsCountStatus(Answer<uint32_t>& target)
 {
-    return [&target](const Node& node) {
-        if (node.IsObject()) {
-            return ReadInto(node, target);
-        }
-        target.given = true;
-        target.status = node.StatusCode();
-    };
+    return [&target](const Node& node) { ReadWithBareStatus(node, target); };
 }
 
 ReadField AsType(uint64_t& target)
@@ -66,9 +62,8 @@ void ReadInto(const Node& node, OpenClPlatform& target)
 
 void ReadInto(const Node& node, OpenClModel& target)
 {
-    const std::vector<std::string> functions = {"clGetPlatformIDs", "clGetDeviceIDs", "clGetDeviceInfo"};
     node.ReadFields({
-        {"missing", [&](const Node& names) { ReadNames(names, target.missing, functions); }},
+        {"missing", NamesInto(target.missing, functions)},
         {"pinned", Into(target.pinned)},
         {"platforms_count", AsCountStatus(target.platformsCount)},
         {"platforms_fetch", Into(target.platformsFetch)},

@@ -9,7 +9,7 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr auto DefaultFailure = static_cast<int32_t>(0x80041001); // WBEM_E_FAILED
+constexpr auto defaultFailure = static_cast<int32_t>(0x80041001); // WBEM_E_FAILED
 
 struct TypeName {
     const char* name;
@@ -175,7 +175,7 @@ void ReadInto(const Node& node, WmiProperty& target)
 
 void ReadInto(const Node& node, WmiFailure& target)
 {
-    target.status = DefaultFailure;
+    target.status = defaultFailure;
     node.ReadFields({
         {"contains", [&target](const Node& text) { target.contains = ToWide(text.Text()); }},
         {"nth", [&target](const Node& nth) { target.nth = static_cast<uint32_t>(nth.Whole(1, UINT32_MAX)); }},

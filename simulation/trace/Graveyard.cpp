@@ -16,8 +16,8 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr size_t MostGraves = 256;
-constexpr size_t TableLength = 64; // the longest table of the interfaces has 27 functions
+constexpr size_t mostGraves = 256;
+constexpr size_t tableLength = 64; // the longest table of the interfaces has 27 functions
 
 struct Grave {
     void* block;
@@ -37,15 +37,10 @@ struct Graveyard {
 };
 
 /// Never destroyed: a static object of the product may still make calls while the process ends.
-Graveyard& TheGraveyard()
-{
-    static auto* const graveyard = new Graveyard;
-    return *graveyard;
-}
+Graveyard& graveyard = *new Graveyard;
 
 int64_t CallOfDeadObject(void* self)
 {
-    Graveyard& graveyard = TheGraveyard();
     Epitaph epitaph{"released object", 0};
     {
         const std::scoped_lock lock(graveyard.mutex);
@@ -60,7 +55,7 @@ int64_t CallOfDeadObject(void* self)
 void* const* DeadTable()
 {
     static const auto* const table = [] {
-        auto* const functions = new std::array<void*, TableLength>;
+        auto* const functions = new std::array<void*, tableLength>;
         functions->fill(reinterpret_cast<void*>(&CallOfDeadObject));
         return functions;
     }();
@@ -70,7 +65,7 @@ void* const* DeadTable()
 void Poison(void* block, size_t bytes)
 {
     void* const* const table = DeadTable();
-    std::memset(block, RubbishByte, bytes);
+    std::memset(block, rubbishByte, bytes);
     std::memcpy(block, &table, sizeof table);
 }
 
@@ -83,10 +78,10 @@ void Free(const Grave& grave)
     }
 }
 
-void Keep(Graveyard& graveyard, const Grave& grave)
+void Keep(const Grave& grave)
 {
     graveyard.graves.push_back(grave);
-    if (graveyard.graves.size() > MostGraves) {
+    if (graveyard.graves.size() > mostGraves) {
         graveyard.objects.erase(graveyard.graves.front().block);
         Free(graveyard.graves.front());
         graveyard.graves.pop_front();
@@ -95,32 +90,24 @@ void Keep(Graveyard& graveyard, const Grave& grave)
 
 } // namespace
 
-void* AllocateObject(size_t bytes)
-{
-    return ::operator new(bytes);
-}
-
 void BuryObject(void* block, size_t bytes, const std::string& name, int32_t answer)
 {
-    Graveyard& graveyard = TheGraveyard();
     const std::scoped_lock lock(graveyard.mutex);
     Poison(block, bytes);
     graveyard.objects[block] = {name, answer};
-    Keep(graveyard, {block, false});
+    Keep({block, false});
 }
 
 void BuryText(char* text, size_t length)
 {
-    Graveyard& graveyard = TheGraveyard();
     const std::scoped_lock lock(graveyard.mutex);
-    std::memset(text, RubbishByte, length);
-    Keep(graveyard, {text, true});
+    std::memset(text, rubbishByte, length);
+    Keep({text, true});
 }
 
 void* DeadObject(const std::string& name, int32_t answer)
 {
     constexpr size_t size = 64; // bytes
-    Graveyard& graveyard = TheGraveyard();
     const std::scoped_lock lock(graveyard.mutex);
     void*& block = graveyard.neverAlive[name];
     if (!block) {
@@ -133,7 +120,7 @@ void* DeadObject(const std::string& name, int32_t answer)
 
 const char* DeadText()
 {
-    static const auto* const text = new std::string(16, static_cast<char>(RubbishByte));
+    static const auto* const text = new std::string(16, static_cast<char>(rubbishByte));
     return text->c_str();
 }
 

@@ -7,10 +7,7 @@
 namespace orvel::simulation {
 
 /// What a dead text and the unused bytes of an answer are filled with; as a number it is no plausible value.
-constexpr unsigned char RubbishByte = 0x5A;
-
-/// Memory for an object that BuryObject will take over.
-void* AllocateObject(size_t bytes);
+constexpr unsigned char rubbishByte = 0x5A;
 
 /// Takes over the memory of an object that has been released, which came from operator new. Its bytes become rubbish and its
 /// table of functions one whose every function reports a violation by `name` and returns `answer`. The memory is kept until

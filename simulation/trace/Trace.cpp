@@ -23,11 +23,7 @@ struct Record {
 };
 
 /// Never destroyed: a static object of the product may still make calls while the process ends.
-Record& TheRecord()
-{
-    static auto* const record = new Record;
-    return *record;
-}
+Record& record = *new Record;
 
 } // namespace
 
@@ -38,7 +34,6 @@ const char* NameOf(Counted kind)
 
 void AddToTrace(const std::string& call)
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     const auto [entry, isNew] = record.numbers.try_emplace(call, static_cast<uint32_t>(record.texts.size()));
     if (isNew) {
@@ -49,14 +44,12 @@ void AddToTrace(const std::string& call)
 
 void CountLive(Counted kind, int difference)
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     record.live[static_cast<size_t>(kind)] += difference;
 }
 
 void ClearTrace()
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     record.numbers.clear();
     record.texts.clear();
@@ -67,7 +60,6 @@ void ClearTrace()
 
 nlohmann::json TraceAsJson()
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     auto trace = nlohmann::json::array();
     for (const uint32_t number : record.calls) {
@@ -78,7 +70,6 @@ nlohmann::json TraceAsJson()
 
 int CountCalls(std::string_view start)
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     return static_cast<int>(
         std::ranges::count_if(record.calls, [&](uint32_t number) { return record.texts[number].starts_with(start); }));
@@ -86,7 +77,6 @@ int CountCalls(std::string_view start)
 
 nlohmann::json LiveAsJson()
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     auto live = nlohmann::json::object();
     for (size_t index = 0; index < interfaceNames.size(); ++index) {
@@ -97,7 +87,6 @@ nlohmann::json LiveAsJson()
 
 LiveObject::LiveObject(Counted kind) : counted(kind)
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     generation = record.generation;
     ++record.live[static_cast<size_t>(counted)];
@@ -105,7 +94,6 @@ LiveObject::LiveObject(Counted kind) : counted(kind)
 
 LiveObject::~LiveObject()
 {
-    Record& record = TheRecord();
     const std::scoped_lock lock(record.mutex);
     if (generation == record.generation) {
         --record.live[static_cast<size_t>(counted)];

@@ -10,6 +10,14 @@ namespace orvel::simulation {
 /// no session"). `call` is written as in the trace.
 void AddViolation(const std::string& call, const std::string& what);
 
+/// The same for a call that is refused: returns its status.
+template <typename Code>
+Code Refuse(const std::string& call, const char* what, Code status)
+{
+    AddViolation(call, what);
+    return status;
+}
+
 /// Forgets all violations.
 void ClearViolations();
 

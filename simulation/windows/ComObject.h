@@ -17,7 +17,7 @@ public:
     ComObject(const ComObject&) = delete;
     ComObject& operator=(const ComObject&) = delete;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
+    STDMETHODIMP QueryInterface(REFIID id, void** object) override
     {
         if (!object) {
             return E_POINTER;
@@ -43,7 +43,8 @@ public:
         return left;
     }
 
-    static void* operator new(size_t bytes) { return AllocateObject(bytes); }
+    /// Not inlined: GCC would warn of a delete that gives the memory to the graveyard instead.
+    [[gnu::noinline]] static void* operator new(size_t bytes) { return ::operator new(bytes); }
 
     static void operator delete(void* object, size_t bytes)
     {

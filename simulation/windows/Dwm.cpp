@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <dwmapi.h>
+
 #include "loading/Export.h"
 #include "loading/ModuleSetup.h"
 #include "machine/CurrentMachine.h"
@@ -11,9 +13,8 @@ namespace {
 
 HRESULT AskSystem(BOOL* enabled)
 {
-    using Function = HRESULT(WINAPI*)(BOOL*);
-    const FARPROC function = SystemFunction(L"dwmapi.dll", "DwmIsCompositionEnabled");
-    return function ? reinterpret_cast<Function>(reinterpret_cast<void*>(function))(enabled) : E_NOTIMPL;
+    const auto function = SystemFunction<decltype(DwmIsCompositionEnabled)>(L"dwmapi.dll", "DwmIsCompositionEnabled");
+    return function ? function(enabled) : E_NOTIMPL;
 }
 
 } // namespace

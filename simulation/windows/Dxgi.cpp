@@ -17,17 +17,17 @@ namespace {
 template <typename Object, typename Contract>
 class DxgiObject : public ComObject<Object, Counted::Dxgi, Contract, IDXGIObject> {
 public:
-    HRESULT STDMETHODCALLTYPE SetPrivateData(REFGUID, UINT, const void*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetPrivateDataInterface(REFGUID, const IUnknown*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetPrivateData(REFGUID, UINT*, void*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetParent(REFIID, void**) override { return E_NOTIMPL; }
+    STDMETHODIMP SetPrivateData(REFGUID, UINT, const void*) override { return E_NOTIMPL; }
+    STDMETHODIMP SetPrivateDataInterface(REFGUID, const IUnknown*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetPrivateData(REFGUID, UINT*, void*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetParent(REFIID, void**) override { return E_NOTIMPL; }
 };
 
 class Adapter final : public DxgiObject<Adapter, IDXGIAdapter> {
 public:
     explicit Adapter(const DxgiAdapterModel& adapter) : model(adapter) {}
 
-    HRESULT STDMETHODCALLTYPE EnumOutputs(UINT, IDXGIOutput** output) override
+    STDMETHODIMP EnumOutputs(UINT, IDXGIOutput** output) override
     {
         if (output) {
             *output = nullptr;
@@ -35,9 +35,9 @@ public:
         return DXGI_ERROR_NOT_FOUND;
     }
 
-    HRESULT STDMETHODCALLTYPE CheckInterfaceSupport(REFGUID, LARGE_INTEGER*) override { return DXGI_ERROR_UNSUPPORTED; }
+    STDMETHODIMP CheckInterfaceSupport(REFGUID, LARGE_INTEGER*) override { return DXGI_ERROR_UNSUPPORTED; }
 
-    HRESULT STDMETHODCALLTYPE GetDesc(DXGI_ADAPTER_DESC* description) override
+    STDMETHODIMP GetDesc(DXGI_ADAPTER_DESC* description) override
     {
         AddToTrace("dxgi GetDesc");
         if (!description) {
@@ -61,7 +61,7 @@ class Factory final : public DxgiObject<Factory, IDXGIFactory> {
 public:
     explicit Factory(const DxgiModel& dxgi) : model(dxgi) {}
 
-    HRESULT STDMETHODCALLTYPE EnumAdapters(UINT index, IDXGIAdapter** adapter) override
+    STDMETHODIMP EnumAdapters(UINT index, IDXGIAdapter** adapter) override
     {
         AddToTrace("dxgi EnumAdapters " + std::to_string(index));
         if (!adapter) {
@@ -75,13 +75,13 @@ public:
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE MakeWindowAssociation(HWND, UINT) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetWindowAssociation(HWND*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE CreateSwapChain(IUnknown*, DXGI_SWAP_CHAIN_DESC*, IDXGISwapChain**) override
+    STDMETHODIMP MakeWindowAssociation(HWND, UINT) override { return E_NOTIMPL; }
+    STDMETHODIMP GetWindowAssociation(HWND*) override { return E_NOTIMPL; }
+    STDMETHODIMP CreateSwapChain(IUnknown*, DXGI_SWAP_CHAIN_DESC*, IDXGISwapChain**) override
     {
         return DXGI_ERROR_UNSUPPORTED;
     }
-    HRESULT STDMETHODCALLTYPE CreateSoftwareAdapter(HMODULE, IDXGIAdapter**) override { return DXGI_ERROR_UNSUPPORTED; }
+    STDMETHODIMP CreateSoftwareAdapter(HMODULE, IDXGIAdapter**) override { return DXGI_ERROR_UNSUPPORTED; }
 
 private:
     DxgiModel model;
@@ -89,9 +89,8 @@ private:
 
 HRESULT AskSystem(REFIID id, void** factory)
 {
-    using Function = HRESULT(WINAPI*)(REFIID, void**);
-    const FARPROC function = SystemFunction(L"dxgi.dll", "CreateDXGIFactory");
-    return function ? reinterpret_cast<Function>(reinterpret_cast<void*>(function))(id, factory) : DXGI_ERROR_UNSUPPORTED;
+    const auto function = SystemFunction<decltype(CreateDXGIFactory)>(L"dxgi.dll", "CreateDXGIFactory");
+    return function ? function(id, factory) : DXGI_ERROR_UNSUPPORTED;
 }
 
 HRESULT CreateFactory(const Machine& machine, REFIID id, void** factory)

@@ -16,11 +16,7 @@ struct CloseKey {
 using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
 
 /// The open scratch key while the override is in place.
-RegistryKey& Scratch()
-{
-    static auto* const scratch = new RegistryKey;
-    return *scratch;
-}
+RegistryKey& scratch = *new RegistryKey;
 
 /// One key for each process, so that simulations can run side by side.
 std::wstring ScratchPath()
@@ -75,12 +71,12 @@ std::optional<std::string> FillKey(HKEY root, const RegistryKeyModel& model)
 std::optional<std::string> FillScratch(const RegistryModel& model)
 {
     RegDeleteTreeW(HKEY_CURRENT_USER, ScratchPath().c_str()); // left by another process of the same number
-    Scratch() = CreateKey(HKEY_CURRENT_USER, ScratchPath());
-    if (!Scratch()) {
+    scratch = CreateKey(HKEY_CURRENT_USER, ScratchPath());
+    if (!scratch) {
         return "the scratch key below HKEY_CURRENT_USER cannot be made";
     }
     for (const RegistryKeyModel& key : model.keys) {
-        if (auto problem = FillKey(Scratch().get(), key)) {
+        if (auto problem = FillKey(scratch.get(), key)) {
             return problem;
         }
     }
@@ -97,7 +93,7 @@ std::optional<std::string> PutRegistryInPlace(const Machine& machine)
     if (auto problem = FillScratch(machine.registry.model)) {
         return problem;
     }
-    if (RegOverridePredefKey(HKEY_LOCAL_MACHINE, Scratch().get()) != ERROR_SUCCESS) {
+    if (RegOverridePredefKey(HKEY_LOCAL_MACHINE, scratch.get()) != ERROR_SUCCESS) {
         return "HKEY_LOCAL_MACHINE cannot be redirected";
     }
     return std::nullopt;
@@ -105,25 +101,25 @@ std::optional<std::string> PutRegistryInPlace(const Machine& machine)
 
 void TakeRegistryAway()
 {
-    if (!Scratch()) {
+    if (!scratch) {
         return;
     }
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-    Scratch().reset();
+    scratch.reset();
     RegDeleteTreeW(HKEY_CURRENT_USER, ScratchPath().c_str());
 }
 
 void PauseRegistry()
 {
-    if (Scratch()) {
+    if (scratch) {
         RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     }
 }
 
 void ResumeRegistry()
 {
-    if (Scratch()) {
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, Scratch().get());
+    if (scratch) {
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, scratch.get());
     }
 }
 

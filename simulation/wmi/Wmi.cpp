@@ -25,8 +25,8 @@ class WmiLocator final : public ComObject<WmiLocator, Counted::Wmi, IWbemLocator
 public:
     explicit WmiLocator(std::shared_ptr<WmiSession> itsSession) : session(std::move(itsSession)) {}
 
-    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags, const BSTR,
-                                            IWbemContext*, IWbemServices** services) override
+    STDMETHODIMP ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags, const BSTR, IWbemContext*,
+                               IWbemServices** services) override
     {
         if (services) {
             *services = nullptr;
@@ -65,7 +65,7 @@ class LocatorFactory final : public IClassFactory {
 public:
     void Serve(std::shared_ptr<WmiSession> next) { session = std::move(next); }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
+    STDMETHODIMP QueryInterface(REFIID id, void** object) override
     {
         const bool isKnown = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IClassFactory);
         *object = isKnown ? static_cast<IClassFactory*>(this) : nullptr;
@@ -74,9 +74,9 @@ public:
 
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** object) override
+    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override
     {
         *object = nullptr;
         if (outer) {
@@ -101,11 +101,7 @@ struct Registration {
     bool isDone = false;
 };
 
-Registration& TheRegistration()
-{
-    static auto* const registration = new Registration;
-    return *registration;
-}
+Registration& registration = *new Registration;
 
 bool HasCom()
 {
@@ -118,10 +114,10 @@ bool HasCom()
 HRESULT STDAPICALLTYPE CreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID interfaceId, void** object)
 {
     const bool isOurs = IsEqualCLSID(id, CLSID_WbemLocator) && (context & CLSCTX_INPROC_SERVER) != 0 && object != nullptr;
-    if (!isOurs || !TheRegistration().isDone || !HasCom()) {
+    if (!isOurs || !registration.isDone || !HasCom()) {
         return CoCreateInstance(id, outer, context, interfaceId, object);
     }
-    return TheRegistration().factory.CreateInstance(outer, interfaceId, object);
+    return registration.factory.CreateInstance(outer, interfaceId, object);
 }
 
 FARPROC AsProcedure(decltype(&CoCreateInstance) function)
@@ -138,7 +134,6 @@ std::string Hexadecimal(HRESULT result)
 
 std::optional<std::string> Register(const Machine& machine, const ComPtr<IWbemLocator>& systemLocator)
 {
-    Registration& registration = TheRegistration();
     registration.factory.Serve(std::make_shared<WmiSession>(std::make_shared<const Machine>(machine), systemLocator));
     const HRESULT result = CoRegisterClassObject(CLSID_WbemLocator, &registration.factory, CLSCTX_INPROC_SERVER,
                                                  REGCLS_MULTIPLEUSE, &registration.cookie);
@@ -174,7 +169,6 @@ std::optional<std::string> PutWmiInPlace(const Machine& machine)
 
 void TakeWmiAway()
 {
-    Registration& registration = TheRegistration();
     RestoreImports();
     if (registration.isDone) {
         CoRevokeClassObject(registration.cookie);

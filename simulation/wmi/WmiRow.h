@@ -38,7 +38,7 @@ class WmiRowObject final : public UnusedClassObject<WmiRowObject> {
 public:
     WmiRowObject(std::shared_ptr<const WqlQuery> query, std::shared_ptr<const WmiRow> row);
 
-    HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
+    STDMETHODIMP Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
 
 private:
     std::shared_ptr<const WqlQuery> query;

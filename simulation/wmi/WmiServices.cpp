@@ -40,20 +40,20 @@ class WmiEnumerator final : public UnusedEnumerator<WmiEnumerator> {
 public:
     explicit WmiEnumerator(WmiAnswer itsAnswer) : answer(std::move(itsAnswer)), rows(answer.rows) {}
 
-    HRESULT STDMETHODCALLTYPE Reset() override
+    STDMETHODIMP Reset() override
     {
         position = 0;
         return WBEM_S_NO_ERROR;
     }
 
-    HRESULT STDMETHODCALLTYPE Skip(LONG, ULONG count) override
+    STDMETHODIMP Skip(LONG, ULONG count) override
     {
         const bool enough = count <= rows.size() - position;
         position = enough ? position + count : rows.size();
         return enough ? WBEM_S_NO_ERROR : WBEM_S_FALSE;
     }
 
-    HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
+    STDMETHODIMP Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
     {
         AddToTrace(timeout == static_cast<LONG>(WBEM_INFINITE) ? "wmi next without a limit" : "wmi next");
         if (!objects || !returned) {

@@ -38,8 +38,8 @@ public:
     WmiServices(std::shared_ptr<WmiSession> session, Microsoft::WRL::ComPtr<IWbemServices> systemServices);
     ~WmiServices();
 
-    HRESULT STDMETHODCALLTYPE ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext* context,
-                                        IEnumWbemClassObject** rows) override;
+    STDMETHODIMP ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext* context,
+                           IEnumWbemClassObject** rows) override;
 
 private:
     std::shared_ptr<WmiSession> session;

@@ -22,15 +22,15 @@ constexpr int32_t ADL_ERR_NOT_SUPPORTED = -8;
 constexpr int32_t ADL_ERR_NULL_POINTER = -9;
 constexpr int32_t ADL_ERR_INVALID_CALLBACK = -11;
 
-constexpr const wchar_t* AdlDll = L"atiadlxx.dll";
+constexpr const wchar_t* adlDll = L"atiadlxx.dll";
 
 // Sizes of structures, in bytes.
-constexpr size_t CoreInfoSize = 64;
-constexpr size_t CoreInfoReserved = 44; // at its end
-constexpr size_t CrossfireCombSize = 16;
-constexpr size_t CrossfireInfoSize = 12;
-constexpr int32_t ActivitySize = 40;
-constexpr size_t EccDataSize = 8;
+constexpr size_t coreInfoSize = 64;
+constexpr size_t coreInfoReserved = 44; // at its end
+constexpr size_t crossfireCombSize = 16;
+constexpr size_t crossfireInfoSize = 12;
+constexpr int32_t activitySize = 40;
+constexpr size_t eccDataSize = 8;
 
 void Put(void* area, size_t offset, int32_t number)
 {
@@ -46,12 +46,6 @@ bool IsZero(const void* area, size_t offset, size_t bytes)
 std::string CallOf(const char* name, int32_t adapter)
 {
     return std::string("adl ") + name + " " + std::to_string(adapter);
-}
-
-int32_t Refuse(const std::string& call, const char* what, int32_t status)
-{
-    AddViolation(call, what);
-    return status;
 }
 
 /// Gives an adapter's answer, if the machine has the adapter.
@@ -73,7 +67,7 @@ int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<V
 {
     const std::string call = CallOf(name, adapter);
     AddToTrace(call);
-    if (!IsLoadedFor(call, AdlDll)) {
+    if (!IsLoadedFor(call, adlDll)) {
         return ADL_ERR_NOT_INIT;
     }
     if (!IsAdlContextAlive(context)) {
@@ -110,7 +104,7 @@ SIMULATED int32_t Sim_ADL2_Main_Control_Destroy(void* context)
 {
     const std::string call = "adl ADL2_Main_Control_Destroy";
     AddToTrace(call);
-    if (!IsLoadedFor(call, AdlDll)) {
+    if (!IsLoadedFor(call, adlDll)) {
         return ADL_ERR_NOT_INIT;
     }
     return DestroyAdlContext(context) ? ADL_OK : Refuse(call, "the context is not alive", ADL_ERR);
@@ -119,10 +113,10 @@ SIMULATED int32_t Sim_ADL2_Main_Control_Destroy(void* context)
 SIMULATED int32_t Sim_ADL2_Adapter_Graphic_Core_Info_Get(void* context, int32_t adapter, void* info)
 {
     const char* const name = "ADL2_Adapter_Graphic_Core_Info_Get";
-    if (info && !IsZero(info, CoreInfoSize - CoreInfoReserved, CoreInfoReserved)) {
+    if (info && !IsZero(info, coreInfoSize - coreInfoReserved, coreInfoReserved)) {
         AddViolation(CallOf(name, adapter), "reserved numbers are not 0");
     }
-    return GiveInContext(name, context, adapter, &AdlAdapterModel::coreInfo, {{info, CoreInfoSize}},
+    return GiveInContext(name, context, adapter, &AdlAdapterModel::coreInfo, {{info, coreInfoSize}},
                          [info](const AdlCoreInfo& core) {
                              Put(info, 4, core.iNumCUs);
                              Put(info, 8, core.iNumPEsPerCU);
@@ -134,11 +128,11 @@ SIMULATED int32_t Sim_ADL2_Adapter_Graphic_Core_Info_Get(void* context, int32_t 
 SIMULATED int32_t Sim_ADL2_Adapter_Crossfire_Get(void* context, int32_t adapter, void* combination, void* info)
 {
     const char* const name = "ADL2_Adapter_Crossfire_Get";
-    if (combination && !IsZero(combination, 0, CrossfireCombSize)) {
+    if (combination && !IsZero(combination, 0, crossfireCombSize)) {
         AddViolation(CallOf(name, adapter), "the combination is not empty");
     }
     return GiveInContext(name, context, adapter, &AdlAdapterModel::crossfire,
-                         {{combination, CrossfireCombSize}, {info, CrossfireInfoSize}},
+                         {{combination, crossfireCombSize}, {info, crossfireInfoSize}},
                          [info](const AdlCrossfire& crossfire) { Put(info, 8, crossfire.iSupported); });
 }
 
@@ -147,19 +141,19 @@ SIMULATED int32_t Sim_ADL_Overdrive5_CurrentActivity_Get(int32_t adapter, int32_
 {
     const std::string call = CallOf("ADL_Overdrive5_CurrentActivity_Get", adapter);
     AddToTrace(call);
-    if (!IsLoadedFor(call, AdlDll)) {
+    if (!IsLoadedFor(call, adlDll)) {
         return ADL_ERR_NOT_INIT;
     }
     if (!activity) {
         return Refuse(call, "a null pointer", ADL_ERR_NULL_POINTER);
     }
-    if (*activity != ActivitySize) {
+    if (*activity != activitySize) {
         return Refuse(call, "the structure's size is wrong", ADL_ERR_INVALID_PARAM);
     }
-    if (!IsZero(activity, ActivitySize - 4, 4)) {
+    if (!IsZero(activity, activitySize - 4, 4)) {
         AddViolation(call, "reserved numbers are not 0");
     }
-    const Area area{activity + 1, ActivitySize - 4};
+    const Area area{activity + 1, activitySize - 4};
     return Give(adapter, &AdlAdapterModel::activity, ADL_ERR_NOT_INIT, {area}, [&](const AdlActivity& current) {
         FillWithRubbish({area});
         Put(activity, 32, current.iMaximumBusLanes);
@@ -187,7 +181,7 @@ SIMULATED int32_t Sim_ADL2_Workstation_ECC_Get(void* context, int32_t adapter, i
 
 SIMULATED int32_t Sim_ADL2_Workstation_ECCData_Get(void* context, int32_t adapter, void* data)
 {
-    return GiveInContext("ADL2_Workstation_ECCData_Get", context, adapter, &AdlAdapterModel::eccData, {{data, EccDataSize}},
+    return GiveInContext("ADL2_Workstation_ECCData_Get", context, adapter, &AdlAdapterModel::eccData, {{data, eccDataSize}},
                          [data](const AdlEccData& errors) {
                              Put(data, 0, errors.iSec);
                              Put(data, 4, errors.iDed);

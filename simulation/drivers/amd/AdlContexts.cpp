@@ -20,17 +20,12 @@ struct Contexts {
     std::map<void*, std::unique_ptr<Context>> alive;
 };
 
-Contexts& TheContexts()
-{
-    static auto* const contexts = new Contexts;
-    return *contexts;
-}
+Contexts& contexts = *new Contexts;
 
 } // namespace
 
 void* NewAdlContext(AdlAllocate allocate)
 {
-    Contexts& contexts = TheContexts();
     const std::scoped_lock lock(contexts.mutex);
     void* const handle = NewHandle();
     contexts.alive[handle] = std::make_unique<Context>(allocate);
@@ -39,14 +34,12 @@ void* NewAdlContext(AdlAllocate allocate)
 
 bool DestroyAdlContext(void* context)
 {
-    Contexts& contexts = TheContexts();
     const std::scoped_lock lock(contexts.mutex);
     return contexts.alive.erase(context) != 0;
 }
 
 bool IsAdlContextAlive(void* context)
 {
-    Contexts& contexts = TheContexts();
     const std::scoped_lock lock(contexts.mutex);
     return contexts.alive.contains(context);
 }
@@ -55,7 +48,6 @@ void* AllocateFromAdlCaller(void* context, int32_t bytes)
 {
     AdlAllocate allocate = nullptr;
     {
-        Contexts& contexts = TheContexts();
         const std::scoped_lock lock(contexts.mutex);
         if (const auto found = contexts.alive.find(context); found != contexts.alive.end()) {
             allocate = found->second->allocate;

@@ -1,31 +1,29 @@
-#include "drivers/amd/Adlx.h"
-
 #include "drivers/amd/AdlContexts.h"
 #include "drivers/amd/AdlxObjects.h"
 #include "loading/Export.h"
 #include "loading/ModuleSetup.h"
 #include "trace/Violations.h"
 
-namespace orvel::simulation {
+using namespace orvel::simulation;
 
 namespace {
 
 /// The caller's function that gives memory of ADL back.
 using AdlxFree = void(__stdcall*)(void** buffer);
 
-constexpr uint64_t FullVersion = 0x0001000200000048; // 1.2.0, build 72
+constexpr uint64_t fullVersion = 0x0001000200000048; // 1.2.0, build 72
 
-constexpr int32_t AdapterListSize = 4096; // bytes
+constexpr int32_t adapterListSize = 4096; // bytes
 
 /// ADLX lets ADL list its adapters, which takes memory from the caller, and gives that back to the caller. False where the
 /// caller has no memory.
 bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
 {
-    void* buffer = AllocateFromAdlCaller(context, AdapterListSize);
+    void* buffer = AllocateFromAdlCaller(context, adapterListSize);
     if (!buffer) {
         return false;
     }
-    FillWithRubbish({{buffer, AdapterListSize}});
+    FillWithRubbish({{buffer, adapterListSize}});
     free(&buffer);
     if (buffer) {
         AddViolation(call, "the callback for freed memory left the pointer to it");
@@ -63,26 +61,13 @@ int32_t BeginSession(const OutputStatus& answer, AdlxObject** system, AdlxObject
 
 } // namespace
 
-void ResetAdlx()
-{
-    AdlxState& state = TheAdlx();
-    const std::scoped_lock lock(state.mutex);
-    state.session.reset();
-    state.machine = CurrentMachine();
-    state.itemCalls = 0;
-}
-
-} // namespace orvel::simulation
-
-using namespace orvel::simulation;
-
 SIMULATED int32_t Sim_ADLXQueryFullVersion(uint64_t* version)
 {
     AddToTrace("adlx ADLXQueryFullVersion");
     if (!version) {
         return ADLX_INVALID_ARGS;
     }
-    *version = FullVersion;
+    *version = fullVersion;
     return ADLX_OK;
 }
 
@@ -105,7 +90,7 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
         AddViolation(call, "a null pointer");
         return ADLX_INVALID_ARGS;
     }
-    if (version != FullVersion) {
+    if (version != fullVersion) {
         return ADLX_BAD_VER;
     }
     const auto machine = CurrentMachine();
@@ -136,7 +121,7 @@ SIMULATED int32_t Sim_ADLXInitialize(uint64_t version, AdlxObject** system)
     if (!system) {
         return ADLX_INVALID_ARGS;
     }
-    if (version != FullVersion) {
+    if (version != fullVersion) {
         return ADLX_BAD_VER;
     }
     return BeginSession(CurrentMachine()->adlx.model.initialize, system, nullptr, nullptr);

@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "drivers/amd/AdlContexts.h"
+#include "loading/DriverState.h"
 #include "trace/Violations.h"
 
 // The tables at the end of the first unnamed namespace give each interface its functions by the published slot numbers.
@@ -52,8 +53,7 @@ int32_t __stdcall Unused()
 
 int32_t RefuseArgument(const std::string& call, const char* what)
 {
-    AddViolation(call, what);
-    return ADLX_INVALID_ARGS;
+    return Refuse(call, what, ADLX_INVALID_ARGS);
 }
 
 /// For what needs ADL: the caller must not have destroyed the context that it has lent.
@@ -124,9 +124,7 @@ int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Ans
     if (!target) {
         return RefuseArgument(call, "a null pointer");
     }
-    return (object->gpu->*member).Give(ADLX_NOT_SUPPORTED, {{target, sizeof *target}}, [target](Value value) {
-        *target = value;
-    });
+    return (object->gpu->*member).GiveTo(target, ADLX_NOT_SUPPORTED);
 }
 
 int32_t __stdcall GetGpus(AdlxObject*, AdlxObject** list)
@@ -312,6 +310,14 @@ void Bury(AdlxObject* object)
     object->~AdlxObject();
     BuryObject(object, sizeof *object, name, ADLX_TERMINATED);
 }
+
+const DriverState forgottenWithMachine([] {
+    AdlxState& state = TheAdlx();
+    const std::scoped_lock lock(state.mutex);
+    state.session.reset();
+    state.machine = CurrentMachine();
+    state.itemCalls = 0;
+});
 
 } // namespace
 

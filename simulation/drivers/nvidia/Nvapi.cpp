@@ -1,5 +1,3 @@
-#include "drivers/nvidia/Nvapi.h"
-
 #include <algorithm>
 #include <string>
 
@@ -10,13 +8,12 @@
 #include "trace/Trace.h"
 #include "trace/Violations.h"
 
-namespace orvel::simulation {
+using namespace orvel::simulation;
 
 namespace {
 
-constexpr size_t MaximumGpus = 64; // length of the handle array
-constexpr uint32_t MultiGpuVersion = 0x0002001C;
-constexpr size_t MultiGpuSize = 28; // bytes
+constexpr uint32_t multiGpuVersion = 0x0002001C;
+constexpr size_t multiGpuSize = 28; // bytes
 
 int32_t Initialize()
 {
@@ -43,7 +40,7 @@ int32_t Unload()
 
 void ListGpus(const NvapiModel& model, void** handles, uint32_t* count)
 {
-    *count = static_cast<uint32_t>(std::min(model.gpus.size(), MaximumGpus));
+    *count = static_cast<uint32_t>(std::min(model.gpus.size(), maximumGpus));
     for (uint32_t index = 0; index < *count; ++index) {
         handles[index] = NvapiHandles().HandleOf(model.gpus[index]);
     }
@@ -57,15 +54,14 @@ int32_t EnumPhysicalGpus(void** handles, uint32_t* count)
         return NVAPI_API_NOT_INITIALIZED;
     }
     if (!handles || !count) {
-        AddViolation(call, "a null pointer");
-        return NVAPI_INVALID_ARGUMENT;
+        return RefuseNull(call);
     }
     const auto machine = CurrentMachine();
     const NvapiModel& model = machine->nvapi.model;
     const OutputStatus& answer = model.enumPhysicalGpus;
     const int32_t status = answer.given || !model.gpus.empty() ? answer.code : NVAPI_NVIDIA_DEVICE_NOT_FOUND;
     if (answer.writes == Writes::Rubbish) {
-        FillWithRubbish({{handles, MaximumGpus * sizeof *handles}, {count, sizeof *count}});
+        FillWithRubbish({{handles, maximumGpus * sizeof *handles}, {count, sizeof *count}});
     } else if (status == NVAPI_OK && answer.writes == Writes::AsUsual) {
         ListGpus(model, handles, count);
     }
@@ -81,17 +77,15 @@ int32_t MultiGpuQuery(uint32_t* words)
         return NVAPI_API_NOT_INITIALIZED;
     }
     if (!words) {
-        AddViolation(call, "a null pointer");
-        return NVAPI_INVALID_ARGUMENT;
+        return RefuseNull(call);
     }
-    if (words[0] != 0 || words[1] != MultiGpuVersion) {
-        AddViolation(call, "the structure's version is wrong");
-        return NVAPI_INCOMPATIBLE_STRUCT_VERSION;
+    if (words[0] != 0 || words[1] != multiGpuVersion) {
+        return RefuseVersion(call);
     }
-    const Area area{words, MultiGpuSize};
+    const Area area{words, multiGpuSize};
     return CurrentMachine()->nvapi.model.multiGpu.Give(NVAPI_NOT_SUPPORTED, {area}, [&](const NvapiMultiGpuWords& given) {
         FillWithRubbish({area});
-        words[1] = MultiGpuVersion;
+        words[1] = multiGpuVersion;
         words[2] = given[0];
         words[3] = given[1];
     });
@@ -110,16 +104,6 @@ const NvapiFunction* FindFunction(uint32_t id)
 }
 
 } // namespace
-
-void ResetNvapi()
-{
-    ResetNvapiSessions();
-    ResetNvapiMemoryInfo();
-}
-
-} // namespace orvel::simulation
-
-using namespace orvel::simulation;
 
 /// Leaves no trace itself: the functions that it resolves do.
 SIMULATED void* Sim_nvapi_QueryInterface(uint32_t id)

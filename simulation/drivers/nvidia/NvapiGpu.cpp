@@ -5,8 +5,8 @@
 #include <cstring>
 #include <mutex>
 
-#include "drivers/nvidia/Nvapi.h"
 #include "drivers/nvidia/NvapiSession.h"
+#include "loading/DriverState.h"
 #include "machine/CurrentMachine.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
@@ -18,14 +18,14 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr size_t ShortStringSize = 64; // of names and versions, with the terminator
-constexpr size_t MemoryInfoSize = 80;
-constexpr size_t ClockDomains = 32;
-constexpr uint32_t ClocksVersion = 0x00030108;
-constexpr uint32_t EccStatusVersion = 0x00010010;
-constexpr uint32_t EccErrorsVersion = 0x00010028;
+constexpr size_t shortStringSize = 64; // of names and versions, with the terminator
+constexpr size_t memoryInfoSize = 80;
+constexpr size_t clockDomains = 32;
+constexpr uint32_t clocksVersion = 0x00030108;
+constexpr uint32_t eccStatusVersion = 0x00010010;
+constexpr uint32_t eccErrorsVersion = 0x00010028;
 
-using MemoryImage = std::array<unsigned char, MemoryInfoSize>;
+using MemoryImage = std::array<unsigned char, memoryInfoSize>;
 
 /// The structure as the last memory query left it: the product passes it on to its second query as it is.
 struct LastMemoryInfo {
@@ -33,11 +33,12 @@ struct LastMemoryInfo {
     MemoryImage image{};
 };
 
-LastMemoryInfo& TheLastMemoryInfo()
-{
-    static auto* const last = new LastMemoryInfo;
-    return *last;
-}
+LastMemoryInfo& last = *new LastMemoryInfo;
+
+const DriverState state([] {
+    const std::scoped_lock lock(last.mutex);
+    last.image = {};
+});
 
 template <typename Word>
 void Put(void* area, size_t offset, Word word)
@@ -71,22 +72,10 @@ int32_t OnGpu(const std::string& call, const void* handle, Give&& give)
     return NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE;
 }
 
-int32_t RefuseNull(const std::string& call)
-{
-    AddViolation(call, "a null pointer");
-    return NVAPI_INVALID_ARGUMENT;
-}
-
-int32_t RefuseVersion(const std::string& call)
-{
-    AddViolation(call, "the structure's version is wrong");
-    return NVAPI_INCOMPATIBLE_STRUCT_VERSION;
-}
-
 void PutText(char* target, const std::string& text, bool isTerminated)
 {
-    FillWithRubbish({{target, ShortStringSize}});
-    const size_t length = text.copy(target, isTerminated ? ShortStringSize - 1 : ShortStringSize);
+    FillWithRubbish({{target, shortStringSize}});
+    const size_t length = text.copy(target, isTerminated ? shortStringSize - 1 : shortStringSize);
     if (isTerminated) {
         target[length] = '\0';
     }
@@ -100,7 +89,7 @@ int32_t GiveText(const char* name, const void* handle, char* target, Answer<std:
             return RefuseNull(call);
         }
         const Answer<std::string>& answer = gpu.*member;
-        return answer.Give(NVAPI_NOT_SUPPORTED, {{target, ShortStringSize}},
+        return answer.Give(NVAPI_NOT_SUPPORTED, {{target, shortStringSize}},
                            [&](const std::string& text) { PutText(target, text, answer.writes != Writes::Unterminated); });
     });
 }
@@ -112,9 +101,7 @@ int32_t GiveNumber(const char* name, const void* handle, int32_t* target, Answer
         if (!target) {
             return RefuseNull(call);
         }
-        return (gpu.*member).Give(NVAPI_NOT_SUPPORTED, {{target, sizeof *target}}, [target](int32_t number) {
-            *target = number;
-        });
+        return (gpu.*member).GiveTo(target, NVAPI_NOT_SUPPORTED);
     });
 }
 
@@ -199,19 +186,18 @@ int32_t GetPciIdentifiers(void* handle, uint32_t* device, uint32_t* subsystem, u
 
 int32_t GiveMemoryInfo(const std::string& call, const NvapiGpuModel& gpu, void* area)
 {
-    LastMemoryInfo& last = TheLastMemoryInfo();
     const std::scoped_lock lock(last.mutex);
-    const bool isFirst = std::memcmp(area, MemoryImage{}.data(), MemoryInfoSize) == 0;
-    if (!isFirst && std::memcmp(area, last.image.data(), MemoryInfoSize) != 0) {
+    const bool isFirst = std::memcmp(area, MemoryImage{}.data(), memoryInfoSize) == 0;
+    if (!isFirst && std::memcmp(area, last.image.data(), memoryInfoSize) != 0) {
         return RefuseVersion(call);
     }
     const int32_t status =
-        gpu.memoryInfo.Give(NVAPI_NOT_SUPPORTED, {{area, MemoryInfoSize}}, [&](const NvapiMemoryInfo& memory) {
-            FillWithRubbish({{static_cast<char*>(area) + 8, MemoryInfoSize - 8}});
+        gpu.memoryInfo.Give(NVAPI_NOT_SUPPORTED, {{area, memoryInfoSize}}, [&](const NvapiMemoryInfo& memory) {
+            FillWithRubbish({{static_cast<char*>(area) + 8, memoryInfoSize - 8}});
             Put(area, 32, memory.offset32);
             Put(area, 40, memory.offset40);
         });
-    std::memcpy(last.image.data(), area, MemoryInfoSize);
+    std::memcpy(last.image.data(), area, memoryInfoSize);
     return status;
 }
 
@@ -234,7 +220,7 @@ void PutClock(void* area, size_t domain, const NvapiClock& clock)
 void PutClocks(void* area, uint32_t type, const NvapiClocks& clocks)
 {
     Put(area, 4, type);
-    for (size_t domain = 0; domain < ClockDomains; ++domain) {
+    for (size_t domain = 0; domain < clockDomains; ++domain) {
         Put(area, 8 + 8 * domain, uint32_t{0});
     }
     PutClock(area, 0, clocks.domain0);
@@ -247,7 +233,7 @@ int32_t GiveClocks(const std::string& call, const NvapiClockAnswers& clocks, uin
     if (!isKnown) {
         return NVAPI_INVALID_ARGUMENT;
     }
-    return GiveStructure(call, area, ClocksVersion, clocks.byType.empty() ? clocks.ofAll : clocks.byType.at(type),
+    return GiveStructure(call, area, clocksVersion, clocks.byType.empty() ? clocks.ofAll : clocks.byType.at(type),
                          [&](const NvapiClocks& given) { PutClocks(area, type, given); });
 }
 
@@ -258,8 +244,7 @@ int32_t GetAllClockFrequencies(void* handle, void* area)
     const std::string call = "nvapi NvAPI_GPU_GetAllClockFrequencies type=" + std::to_string(type);
     return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
         if (type != word) {
-            AddViolation(call, "reserved bits are not 0");
-            return NVAPI_INVALID_ARGUMENT;
+            return Refuse(call, "reserved bits are not 0", NVAPI_INVALID_ARGUMENT);
         }
         return GiveClocks(call, gpu.clocks, type, area);
     });
@@ -270,10 +255,9 @@ int32_t GetEccStatusInfo(void* handle, void* area)
     const std::string call = "nvapi NvAPI_GPU_GetECCStatusInfo";
     return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
         if (area && ((WordAt(area, 4) | WordAt(area, 12)) & ~1U) != 0) {
-            AddViolation(call, "reserved bits are not 0");
-            return NVAPI_INVALID_ARGUMENT;
+            return Refuse(call, "reserved bits are not 0", NVAPI_INVALID_ARGUMENT);
         }
-        return GiveStructure(call, area, EccStatusVersion, gpu.eccStatus, [area](const NvapiEccStatus& ecc) {
+        return GiveStructure(call, area, eccStatusVersion, gpu.eccStatus, [area](const NvapiEccStatus& ecc) {
             Put(area, 4, ecc.supported);
             Put(area, 12, ecc.enabled);
         });
@@ -284,7 +268,7 @@ int32_t GetEccErrorInfo(void* handle, void* area)
 {
     const std::string call = "nvapi NvAPI_GPU_GetECCErrorInfo";
     return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
-        return GiveStructure(call, area, EccErrorsVersion, gpu.eccErrors, [area](const NvapiEccErrors& errors) {
+        return GiveStructure(call, area, eccErrorsVersion, gpu.eccErrors, [area](const NvapiEccErrors& errors) {
             Put(area, 8, errors.singleBit);
             Put(area, 16, errors.doubleBit);
         });
@@ -312,13 +296,6 @@ const NvapiFunction* FindNvapiGpuFunction(uint32_t id)
     };
     const auto* const found = std::ranges::find(functions, id, &NvapiFunction::id);
     return found == std::end(functions) ? nullptr : found;
-}
-
-void ResetNvapiMemoryInfo()
-{
-    LastMemoryInfo& last = TheLastMemoryInfo();
-    const std::scoped_lock lock(last.mutex);
-    last.image = {};
 }
 
 } // namespace orvel::simulation

@@ -14,7 +14,4 @@ struct NvapiFunction {
 /// The simulated function of one GPU with this id, or null.
 const NvapiFunction* FindNvapiGpuFunction(uint32_t id);
 
-/// Forgets the last memory information that was handed out.
-void ResetNvapiMemoryInfo();
-
 } // namespace orvel::simulation

@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "loading/DriverState.h"
 #include "loading/ModuleSetup.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
@@ -12,7 +13,22 @@ namespace {
 
 std::atomic<int> sessions = 0;
 
+const DriverState state([] {
+    sessions = 0;
+    NvapiHandles().Clear();
+});
+
 } // namespace
+
+int32_t RefuseNull(const std::string& call)
+{
+    return Refuse(call, "a null pointer", NVAPI_INVALID_ARGUMENT);
+}
+
+int32_t RefuseVersion(const std::string& call)
+{
+    return Refuse(call, "the structure's version is wrong", NVAPI_INCOMPATIBLE_STRUCT_VERSION);
+}
 
 bool IsInNvapiSession(const std::string& call)
 {
@@ -35,12 +51,6 @@ void EndNvapiSession()
     if (--sessions == 0) {
         NvapiHandles().Clear();
     }
-}
-
-void ResetNvapiSessions()
-{
-    sessions = 0;
-    NvapiHandles().Clear();
 }
 
 HandleTable<NvapiGpuModel>& NvapiHandles()

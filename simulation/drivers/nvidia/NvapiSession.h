@@ -7,6 +7,18 @@
 
 namespace orvel::simulation {
 
+constexpr int32_t NVAPI_OK = 0;
+constexpr int32_t NVAPI_API_NOT_INITIALIZED = -4;
+constexpr int32_t NVAPI_INVALID_ARGUMENT = -5;
+constexpr int32_t NVAPI_NVIDIA_DEVICE_NOT_FOUND = -6;
+constexpr int32_t NVAPI_INCOMPATIBLE_STRUCT_VERSION = -9;
+constexpr int32_t NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE = -101;
+constexpr int32_t NVAPI_NOT_SUPPORTED = -104;
+
+/// The two refusals of a caller that breaks a rule, which is a violation.
+int32_t RefuseNull(const std::string& call);
+int32_t RefuseVersion(const std::string& call);
+
 /// Whether NVAPI is initialised; for a call that needs it. One that comes outside a session is a violation.
 bool IsInNvapiSession(const std::string& call);
 
@@ -15,9 +27,6 @@ void BeginNvapiSession();
 
 /// Ends what BeginNvapiSession began. With the last end all handles are dead.
 void EndNvapiSession();
-
-/// Ends all sessions.
-void ResetNvapiSessions();
 
 /// The GPUs' handles in the session.
 HandleTable<NvapiGpuModel>& NvapiHandles();

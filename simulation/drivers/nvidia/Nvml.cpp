@@ -1,16 +1,15 @@
-#include "drivers/nvidia/Nvml.h"
-
 #include <atomic>
 #include <map>
 #include <string>
 
 #include "drivers/HandleTable.h"
+#include "loading/DriverState.h"
 #include "loading/Export.h"
 #include "machine/CurrentMachine.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
 
-namespace orvel::simulation {
+using namespace orvel::simulation;
 
 namespace {
 
@@ -20,16 +19,17 @@ constexpr int32_t NVML_ERROR_INVALID_ARGUMENT = 2;
 constexpr int32_t NVML_ERROR_NOT_SUPPORTED = 3;
 constexpr int32_t NVML_ERROR_INSUFFICIENT_SIZE = 7;
 constexpr int32_t NVML_ERROR_DRIVER_NOT_LOADED = 9;
-constexpr size_t LongestSerial = 29; // characters
+constexpr size_t longestSerial = 29; // characters
 
 std::atomic<int> initialisations = 0;
 
 /// The devices' handles, which live until the last shutdown.
-HandleTable<NvmlDeviceModel>& Handles()
-{
-    static auto* const handles = new HandleTable<NvmlDeviceModel>;
-    return *handles;
-}
+HandleTable<NvmlDeviceModel>& deviceHandles = *new HandleTable<NvmlDeviceModel>;
+
+const DriverState state([] {
+    initialisations = 0;
+    deviceHandles.Clear();
+});
 
 /// Traces the call and runs `give` on the model of the device that the handle stands for. A null handle is no violation: it
 /// is what the caller has where NVML gave none.
@@ -38,7 +38,7 @@ int32_t OnDevice(const std::string& call, const void* handle, Give&& give)
 {
     AddToTrace(call);
     const auto machine = CurrentMachine(); // holds the model
-    if (const NvmlDeviceModel* const device = Handles().Find(handle)) {
+    if (const NvmlDeviceModel* const device = deviceHandles.Find(handle)) {
         return give(*device);
     }
     if (handle) {
@@ -49,8 +49,7 @@ int32_t OnDevice(const std::string& call, const void* handle, Give&& give)
 
 int32_t RefuseNull(const std::string& call)
 {
-    AddViolation(call, "a null pointer");
-    return NVML_ERROR_INVALID_ARGUMENT;
+    return Refuse(call, "a null pointer", NVML_ERROR_INVALID_ARGUMENT);
 }
 
 int32_t GiveNumber(const char* name, const void* handle, uint32_t* target, Answer<uint32_t> NvmlDeviceModel::*member)
@@ -60,9 +59,7 @@ int32_t GiveNumber(const char* name, const void* handle, uint32_t* target, Answe
         if (!target) {
             return RefuseNull(call);
         }
-        return (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, {{target, sizeof *target}}, [target](uint32_t number) {
-            *target = number;
-        });
+        return (device.*member).GiveTo(target, NVML_ERROR_NOT_SUPPORTED);
     });
 }
 
@@ -75,14 +72,13 @@ int32_t GiveByArgument(const char* name, const void* handle, int32_t argument, u
         if (!target) {
             return RefuseNull(call);
         }
-        const Area area{target, sizeof *target};
         int32_t status = NVML_SUCCESS;
-        const int32_t whole = (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, {area}, [&](const NvmlAnswers& answers) {
-            const auto answer = answers.find(argument);
-            status = answer == answers.end() ? NVML_ERROR_NOT_SUPPORTED
-                                             : answer->second.Give(NVML_ERROR_NOT_SUPPORTED, {area},
-                                                                   [target](uint32_t number) { *target = number; });
-        });
+        const int32_t whole =
+            (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, {{target, sizeof *target}}, [&](const NvmlAnswers& answers) {
+                const auto answer = answers.find(argument);
+                status = answer == answers.end() ? NVML_ERROR_NOT_SUPPORTED
+                                                 : answer->second.GiveTo(target, NVML_ERROR_NOT_SUPPORTED);
+            });
         return whole != NVML_SUCCESS ? whole : status;
     });
 }
@@ -100,7 +96,7 @@ int32_t GiveSerial(const NvmlDeviceModel& device, char* target, uint32_t length)
 {
     const Answer<std::string>& serial = device.serial;
     const bool isTerminated = serial.writes != Writes::Unterminated;
-    if (serial.value && isTerminated && (serial.value->size() > LongestSerial || serial.value->size() >= length)) {
+    if (serial.value && isTerminated && (serial.value->size() > longestSerial || serial.value->size() >= length)) {
         return NVML_ERROR_INSUFFICIENT_SIZE;
     }
     return serial.Give(NVML_ERROR_NOT_SUPPORTED, {{target, length}},
@@ -150,16 +146,6 @@ const char* ErrorText(int32_t status)
 
 } // namespace
 
-void ResetNvml()
-{
-    initialisations = 0;
-    Handles().Clear();
-}
-
-} // namespace orvel::simulation
-
-using namespace orvel::simulation;
-
 SIMULATED int32_t Sim_nvmlInit_v2()
 {
     AddToTrace("nvml nvmlInit_v2");
@@ -186,7 +172,7 @@ SIMULATED int32_t Sim_nvmlShutdown()
     }
     CountLive(Counted::Nvml, -1);
     if (--initialisations == 0) {
-        Handles().Clear();
+        deviceHandles.Clear();
     }
     return NVML_SUCCESS;
 }
@@ -210,8 +196,7 @@ SIMULATED int32_t Sim_nvmlDeviceGetCount_v2(uint32_t* count)
     const auto machine = CurrentMachine();
     const NvmlModel& model = machine->nvml.model;
     if (model.deviceCount.given) {
-        return model.deviceCount.Give(NVML_ERROR_NOT_SUPPORTED, {{count, sizeof *count}},
-                                      [count](uint32_t number) { *count = number; });
+        return model.deviceCount.GiveTo(count, NVML_ERROR_NOT_SUPPORTED);
     }
     *count = static_cast<uint32_t>(model.devices.size());
     return NVML_SUCCESS;
@@ -236,7 +221,7 @@ SIMULATED int32_t Sim_nvmlDeviceGetHandleByIndex_v2(uint32_t index, void** handl
     if (answer.writes == Writes::Rubbish) {
         FillWithRubbish({{handle, sizeof *handle}});
     } else if (answer.code == NVML_SUCCESS && answer.writes == Writes::AsUsual) {
-        *handle = Handles().HandleOf(devices[index]);
+        *handle = deviceHandles.HandleOf(devices[index]);
     }
     return answer.code;
 }

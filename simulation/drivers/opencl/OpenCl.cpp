@@ -1,5 +1,3 @@
-#include "drivers/opencl/OpenCl.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -8,6 +6,7 @@
 #include <CL/cl.h>
 
 #include "drivers/HandleTable.h"
+#include "loading/DriverState.h"
 #include "loading/Export.h"
 #include "loading/ModuleSetup.h"
 #include "machine/CurrentMachine.h"
@@ -18,28 +17,21 @@ using namespace orvel::simulation;
 
 namespace {
 
-HandleTable<OpenClPlatform>& Platforms()
-{
-    static auto* const handles = new HandleTable<OpenClPlatform>;
-    return *handles;
-}
+HandleTable<OpenClPlatform>& platformHandles = *new HandleTable<OpenClPlatform>;
 
-HandleTable<OpenClDevice>& Devices()
-{
-    static auto* const handles = new HandleTable<OpenClDevice>;
-    return *handles;
-}
+HandleTable<OpenClDevice>& deviceHandles = *new HandleTable<OpenClDevice>;
+
+const DriverState state(
+    [] {
+        platformHandles.Clear();
+        deviceHandles.Clear();
+    },
+    L"opencl.dll");
 
 bool IsCallable(const std::string& call)
 {
     AddToTrace(call);
     return IsLoadedFor(call, L"opencl.dll");
-}
-
-cl_int Refuse(const std::string& call, const char* what, cl_int status)
-{
-    AddViolation(call, what);
-    return status;
 }
 
 /// Fills `target` as far as both lists reach; the rest becomes null.
@@ -118,7 +110,7 @@ cl_int GiveDevices(const OpenClPlatform& platform, cl_device_type type, cl_uint 
         return CL_DEVICE_NOT_FOUND;
     }
     if (handles) {
-        Hand(devices, Devices(), entries, handles);
+        Hand(devices, deviceHandles, entries, handles);
     }
     return CL_SUCCESS;
 }
@@ -165,7 +157,7 @@ cl_int GiveParameter(const std::string& call, const Answer<OpenClValue>& answer,
 cl_int GetDeviceInfo(const std::string& call, const void* handle, cl_device_info parameter, size_t capacity, void* target,
                      size_t* size)
 {
-    const OpenClDevice* const device = Devices().Find(handle);
+    const OpenClDevice* const device = deviceHandles.Find(handle);
     if (!device) {
         return handle ? Refuse(call, "the device is not alive", CL_INVALID_DEVICE) : CL_INVALID_DEVICE;
     }
@@ -185,16 +177,6 @@ std::string CallOfDeviceInfo(cl_device_info parameter)
 }
 
 } // namespace
-
-namespace orvel::simulation {
-
-void ResetOpenCl()
-{
-    Platforms().Clear();
-    Devices().Clear();
-}
-
-} // namespace orvel::simulation
 
 SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* handles, cl_uint* count)
 {
@@ -216,7 +198,7 @@ SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* ha
     if (count) {
         *count = static_cast<cl_uint>(model.platforms.size());
     }
-    Hand(PointersTo(model.platforms), Platforms(), entries, handles);
+    Hand(PointersTo(model.platforms), platformHandles, entries, handles);
     return CL_SUCCESS;
 }
 
@@ -229,7 +211,7 @@ SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type
         return CL_OUT_OF_RESOURCES;
     }
     const auto machine = CurrentMachine(); // holds the models
-    const OpenClPlatform* const platform = Platforms().Find(handle);
+    const OpenClPlatform* const platform = platformHandles.Find(handle);
     if (!platform) {
         return handle ? Refuse(call, "the platform is not alive", CL_INVALID_PLATFORM) : CL_INVALID_PLATFORM;
     }
