@@ -142,6 +142,33 @@ TEST_CASE("ADL writes whole structures; the activity keeps its size")
     CHECK(activity[8] == 16);
 }
 
+TEST_CASE("ADL knows the adapters of the file alone")
+{
+    Simulate(MachineWith({{"ADL2_Workstation_ECC_Caps", 1}}));
+    const Adl adl;
+    int32_t supported = 7;
+    CHECK(adl.Call("ADL2_Workstation_ECC_Caps", adl.context, 1, &supported) == -5);
+    CHECK(supported == 7);
+    CHECK(adl.Call("ADL2_Workstation_ECC_Caps", nullptr, 0, &supported) == -2); // that of the first ADL
+    CHECK(TakeViolations().empty());
+}
+
+TEST_CASE("ADL hands a context out, whatever its status, unless the file withholds it")
+{
+    const auto create = [](const Json& adl) {
+        Simulate({{"adl", adl}});
+        const Driver driver(L"atiadlxx.dll");
+        void* context = &context;
+        const int32_t status = driver.Call("ADL2_Main_Control_Create", &Allocate, 1, &context);
+        return std::pair(status, context != nullptr);
+    };
+    CHECK(create({{"ADL2_Main_Control_Create", -1}}) == std::pair(-1, true));
+    CHECK(create({{"context", false}}) == std::pair(0, false));
+    Simulate({{"adl", Json::object()}});
+    CHECK(Driver(L"atiadlxx.dll").Call("ADL2_Main_Control_Create", &Allocate, 1, nullptr) == -9);
+    CHECK(TakeViolations() == Violations{"adl ADL2_Main_Control_Create: a null pointer"});
+}
+
 TEST_CASE("Functions of the first ADL that a file leaves out answer -2, those of ADL2 -8")
 {
     Simulate(MachineWith(Json::object()));
@@ -180,6 +207,70 @@ TEST_CASE("ADLX needs a living context of ADL, and uses the caller's memory thro
     CHECK(adlx.Begin(adl.context, &FreeAndKeepPointer) == 0);
     CHECK(TakeViolations() ==
           Violations{"adlx ADLXInitializeWithCallerAdl: the callback for freed memory left the pointer to it"});
+}
+
+TEST_CASE("ADLX refuses null, another version and calls outside a session")
+{
+    Simulate(MachineWith(Json::object()));
+    const Adl adl;
+    Adlx adlx;
+    constexpr uint64_t version = 0x0001000200000048;
+    CHECK(adlx.Call("ADLXTerminate") == 7);
+    CHECK(adlx.Call("ADLXQueryFullVersion", nullptr) == 4);
+    CHECK(adlx.Call("ADLXInitialize", version, nullptr) == 4);
+    CHECK(adlx.Call("ADLXInitialize", version + 1, &adlx.system) == 5);
+    CHECK(adlx.Call("ADLXInitializeWithCallerAdl", version + 1, &adlx.system, &adlx.mapping, adl.context, &Free) == 5);
+    CHECK(TakeViolations().empty());
+    CHECK(adlx.Call("ADLXInitializeWithCallerAdl", version, &adlx.system, nullptr, adl.context, &Free) == 4);
+    CHECK(adlx.Begin(nullptr) == 4);
+    CHECK(TakeViolations() == Violations(2, "adlx ADLXInitializeWithCallerAdl: a null pointer"));
+}
+
+TEST_CASE("A second initialisation of ADLX succeeds with 2, and one termination ends both")
+{
+    Simulate(MachineWith(Json::object()));
+    const Adl adl;
+    Adlx adlx;
+    CHECK(adlx.Begin(adl.context) == 0);
+    void* const system = adlx.system;
+    CHECK(adlx.Begin(adl.context) == 2);
+    CHECK(adlx.system == system);
+    CHECK(Live()["adlx"] == 1);
+    CHECK(adlx.Call("ADLXTerminate") == 0);
+    CHECK(adlx.Call("ADLXTerminate") == 7);
+}
+
+TEST_CASE("An object of ADLX reports a null pointer")
+{
+    Simulate(MachineWith(Json::object(), OneGpu()));
+    const Adl adl;
+    Adlx adlx;
+    adlx.Begin(adl.context);
+    void* const gpu = adlx.FirstGpu();
+    CHECK(CallSlot(adlx.system, 1, static_cast<void*>(nullptr)) == 4);
+    CHECK(CallSlot(gpu, 7, static_cast<void*>(nullptr)) == 4);
+    CHECK(CallSlot(gpu, 11, static_cast<void*>(nullptr)) == 4);
+    CHECK(CallSlot(adlx.mapping, 3, gpu, static_cast<void*>(nullptr)) == 4);
+    CHECK(TakeViolations() == Violations{"adlx GetGPUs: a null pointer", "adlx Name: a null pointer",
+                                         "adlx TotalVRAM: a null pointer",
+                                         "adlx AdlAdapterIndexFromADLXGPU: a null pointer"});
+    CallSlot(gpu, 1);
+}
+
+TEST_CASE("A list of ADLX gives null behind its last GPU")
+{
+    Simulate(MachineWith(Json::object(), OneGpu()));
+    const Adl adl;
+    Adlx adlx;
+    adlx.Begin(adl.context);
+    void* list = nullptr;
+    CHECK(CallSlot(adlx.system, 1, &list) == 0);
+    CHECK(CallSlot<uint32_t>(list, 3) == 1);
+    void* gpu = list;
+    CHECK(CallSlot(list, 11, 1U, &gpu) == 4);
+    CHECK_FALSE(gpu);
+    CHECK(TakeViolations().empty());
+    CallSlot(list, 1);
 }
 
 TEST_CASE("ADLX does not begin where the caller has no memory")

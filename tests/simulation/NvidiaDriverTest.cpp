@@ -19,6 +19,7 @@ constexpr uint32_t getBusId = 0x1BE0B8E5;
 constexpr uint32_t getClocks = 0xDCB616C3;
 constexpr uint32_t getEccStatus = 0xCA1DDAF3;
 constexpr uint32_t getEccErrors = 0xC71F85A6;
+constexpr uint32_t getMemoryInfo = 0xC0599498;
 constexpr uint32_t getMultiGpu = 0xD2D25687;
 
 constexpr uint32_t rubbish = 0x5A5A5A5A;
@@ -238,6 +239,102 @@ TEST_CASE("A list of GPUs that fails can write rubbish, and one that succeeds no
     };
     CHECK(firstHandle({{"status", -1}, {"writes", "rubbish"}}) == std::tuple(-1, rubbish, 0x5A5A5A5A5A5A5A5AU));
     CHECK(firstHandle({{"status", 0}, {"writes", "nothing"}}) == std::tuple(0, 7U, 0U));
+}
+
+TEST_CASE("NVAPI's sessions are counted: the handles live until the last one ends")
+{
+    Simulate(MachineWith({{"NvAPI_GPU_GetBusId", 1}}));
+    const Nvapi nvapi;
+    void* const gpu = nvapi.Begin();
+    CHECK(nvapi.Begin() == gpu);
+    CHECK(Live()["nvapi"] == 2);
+    CHECK(nvapi(unload) == 0);
+    int32_t bus = 0;
+    CHECK(nvapi(getBusId, gpu, &bus) == 0);
+    CHECK(bus == 1);
+    CHECK(nvapi(unload) == 0);
+    CHECK(Live()["nvapi"] == 0);
+}
+
+TEST_CASE("A function of NVAPI that the file leaves unresolved, or that nobody knows, is null")
+{
+    Simulate({{"nvapi", {{"unresolved", {"NvAPI_GPU_GetBusId"}}}}});
+    const Driver driver(L"nvapi64.dll");
+    const auto find = reinterpret_cast<void* (*)(uint32_t)>(driver.Find("nvapi_QueryInterface"));
+    CHECK_FALSE(find(getBusId));
+    CHECK_FALSE(find(0x12345678));
+    CHECK(find(getFullName));
+}
+
+TEST_CASE("NVAPI takes a structure for memory that is empty, or that it has filled last")
+{
+    Simulate(MachineWith({{"NvAPI_GPU_GetMemoryInfoEx", {{"offset32", 4}}}}));
+    const Nvapi nvapi;
+    void* const gpu = nvapi.Begin();
+    std::array<uint64_t, 10> memory{};
+    CHECK(nvapi(getMemoryInfo, gpu, memory.data()) == 0);
+    CHECK(memory[4] == 4);
+    CHECK(nvapi(getMemoryInfo, gpu, memory.data()) == 0);
+    memory[9] = 0;
+    CHECK(nvapi(getMemoryInfo, gpu, memory.data()) == -9);
+    CHECK(nvapi(getMemoryInfo, gpu, nullptr) == -5);
+    CHECK(TakeViolations() == Violations{"nvapi NvAPI_GPU_GetMemoryInfoEx: the structure's version is wrong",
+                                         "nvapi NvAPI_GPU_GetMemoryInfoEx: a null pointer"});
+}
+
+TEST_CASE("NVML's initialisations are counted; the last shutdown ends the session")
+{
+    Simulate(MachineWithDevice({{"nvmlDeviceGetMemoryBusWidth", 192}}));
+    const Driver nvml(L"nvml.dll");
+    CHECK(nvml.Call("nvmlShutdown") == 1);
+    void* const device = FirstDevice(nvml);
+    CHECK(nvml.Call("nvmlInit_v2") == 0);
+    CHECK(nvml.Call("nvmlShutdown") == 0);
+    uint32_t bits = 0;
+    CHECK(nvml.Call("nvmlDeviceGetMemoryBusWidth", device, &bits) == 0);
+    CHECK(nvml.Call("nvmlShutdown") == 0);
+    CHECK(Live()["nvml"] == 0);
+}
+
+TEST_CASE("NVML refuses null, a device that it does not have, and a buffer that is too small")
+{
+    Simulate(MachineWithDevice({{"nvmlDeviceGetSerial", "1234"}, {"nvmlDeviceGetCudaComputeCapability", {8, 6}}}));
+    const Driver nvml(L"nvml.dll");
+    uint32_t count = 7;
+    CHECK(nvml.Call("nvmlDeviceGetCount_v2", &count) == 1);
+    void* const device = FirstDevice(nvml);
+    CHECK(nvml.Call("nvmlDeviceGetCount_v2", &count) == 0);
+    CHECK(count == 1);
+    void* none = nullptr;
+    CHECK(nvml.Call("nvmlDeviceGetHandleByIndex_v2", 1U, &none) == 2);
+    std::string serial(5, '\0');
+    CHECK(nvml.Call("nvmlDeviceGetSerial", device, serial.data(), 4U) == 7);
+    CHECK(nvml.Call("nvmlDeviceGetSerial", device, serial.data(), 5U) == 0);
+    CHECK(serial == std::string("1234\0", 5));
+    CHECK(TakeViolations().empty());
+    int32_t major = 0;
+    CHECK(nvml.Call("nvmlDeviceGetCount_v2", nullptr) == 2);
+    CHECK(nvml.Call("nvmlDeviceGetHandleByIndex_v2", 0U, nullptr) == 2);
+    CHECK(nvml.Call("nvmlDeviceGetCudaComputeCapability", device, &major, nullptr) == 2);
+    CHECK(TakeViolations() == Violations{"nvml nvmlDeviceGetCount_v2: a null pointer",
+                                         "nvml nvmlDeviceGetHandleByIndex_v2 0: a null pointer",
+                                         "nvml nvmlDeviceGetCudaComputeCapability: a null pointer"});
+}
+
+TEST_CASE("NVML has a text for every status, known or not")
+{
+    Simulate(MachineWithDevice(Json::object()));
+    const Driver nvml(L"nvml.dll");
+    const auto textOf = reinterpret_cast<const char* (*)(int32_t)>(nvml.Find("nvmlErrorString"));
+    CHECK(std::string(textOf(15)) == "GPU is lost");
+    CHECK(std::string(textOf(12345)) == "Unknown Error");
+}
+
+TEST_CASE("nvml.dll is there without a driver, and says that none is loaded")
+{
+    Simulate(Json::object());
+    const Driver nvml(L"nvml.dll");
+    CHECK(nvml.Call("nvmlInit_v2") == 9);
 }
 
 TEST_CASE("NVML answers 1 outside a session, also to a null handle, and 2 to a null handle in one")

@@ -62,6 +62,43 @@ TEST_CASE("OpenCL reports a handle that is not alive and a buffer that is too sm
                                          "opencl clGetDeviceIDs: the platform is not alive"});
 }
 
+TEST_CASE("OpenCL reports a call that asks for nothing; a null handle is what a wrong count leaves")
+{
+    Simulate(MachineWith("Card"));
+    const Driver opencl(L"opencl.dll");
+    void* const device = FirstDevice(opencl);
+    void* platform = nullptr;
+    CHECK(opencl.Call("clGetPlatformIDs", 0U, nullptr, nullptr) == -30);
+    CHECK(opencl.Call("clGetPlatformIDs", 0U, &platform, nullptr) == -30);
+    CHECK(opencl.Call("clGetDeviceInfo", device, nameParameter, size_t{0}, nullptr, nullptr) == -30);
+    CHECK(TakeViolations() == Violations{"opencl clGetPlatformIDs: nothing is asked for",
+                                         "opencl clGetPlatformIDs: nothing is asked for",
+                                         "opencl clGetDeviceInfo 0x102B: nothing is asked for"});
+    size_t bytes = 0;
+    CHECK(opencl.Call("clGetDeviceIDs", nullptr, gpuType, 1U, &platform, nullptr) == -32);
+    CHECK(opencl.Call("clGetDeviceInfo", nullptr, nameParameter, size_t{0}, nullptr, &bytes) == -33);
+    CHECK(TakeViolations().empty());
+}
+
+TEST_CASE("OpenCL finds the devices of the wanted type, and the parameters that the file has")
+{
+    Simulate(MachineWith("Card"));
+    const Driver opencl(L"opencl.dll");
+    void* platform = nullptr;
+    REQUIRE(opencl.Call("clGetPlatformIDs", 1U, &platform, nullptr) == 0);
+    uint32_t count = 7;
+    CHECK(opencl.Call("clGetDeviceIDs", platform, uint64_t{2}, 0U, nullptr, &count) == -1); // of type CPU
+    CHECK(count == 0);
+    std::array<void*, 3> devices{platform, platform, platform};
+    CHECK(opencl.Call("clGetDeviceIDs", platform, gpuType, 3U, devices.data(), &count) == 0);
+    CHECK(count == 1);
+    CHECK_FALSE(devices[1]);
+    uint32_t units = 0;
+    constexpr uint32_t unitsParameter = 0x1002;
+    CHECK(opencl.Call("clGetDeviceInfo", devices[0], unitsParameter, sizeof units, &units, nullptr) == -30);
+    CHECK(TakeViolations().empty());
+}
+
 TEST_CASE("OpenCL can announce a text without its terminator, and write nothing of what it announced")
 {
     CHECK(NameOf("Card") == std::pair(size_t{5}, std::string("Card\0", 5)));

@@ -1,0 +1,102 @@
+// The simulated DXGI: what it answers, and what it refuses.
+
+#include <cstring>
+
+#include <doctest/doctest.h>
+
+#include <dxgi.h>
+#include <wrl/client.h>
+
+#include "simulation/Drivers.h"
+
+using namespace orvel::tests;
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+Json OneAdapter(const std::string& description)
+{
+    return {{"dxgi",
+             {{"adapters",
+               {{{"VendorId", 0x8086},
+                 {"DeviceId", 0x9BC4},
+                 {"SubSysId", 0x09761028},
+                 {"SharedSystemMemory", 8589934592},
+                 {"Description", description}}}}}}};
+}
+
+HRESULT CreateFactory(ComPtr<IDXGIFactory>& factory)
+{
+    const Driver dxgi(L"dxgi.dll");
+    return dxgi.Call("CreateDXGIFactory", &IID_IDXGIFactory, factory.ReleaseAndGetAddressOf());
+}
+
+} // namespace
+
+TEST_CASE("DXGI has a factory where the machine has DXGI, unless the file refuses it")
+{
+    ComPtr<IDXGIFactory> factory;
+    Simulate(Json::object());
+    CHECK(CreateFactory(factory) == DXGI_ERROR_UNSUPPORTED);
+    Simulate({{"dxgi", {{"factory", "0x887A0022"}}}});
+    CHECK(CreateFactory(factory) == DXGI_ERROR_NOT_CURRENTLY_AVAILABLE);
+    CHECK_FALSE(factory.Get());
+    Simulate({{"dxgi", Json::object()}});
+    CHECK(CreateFactory(factory) == S_OK);
+    CHECK(Live()["dxgi"] == 1);
+    factory.Reset();
+    CHECK(Live()["dxgi"] == 0);
+}
+
+TEST_CASE("DXGI refuses null, and an interface that it does not have")
+{
+    Simulate(OneAdapter("Card"));
+    const Driver dxgi(L"dxgi.dll");
+    CHECK(dxgi.Call("CreateDXGIFactory", &IID_IDXGIFactory, nullptr) == E_POINTER);
+    void* none = &none;
+    CHECK(dxgi.Call("CreateDXGIFactory", &IID_IDXGIAdapter, &none) == E_NOINTERFACE);
+    CHECK_FALSE(none);
+    ComPtr<IDXGIFactory> factory;
+    REQUIRE(CreateFactory(factory) == S_OK);
+    CHECK(factory->EnumAdapters(0, nullptr) == DXGI_ERROR_INVALID_CALL);
+    ComPtr<IDXGIAdapter> adapter;
+    REQUIRE(factory->EnumAdapters(0, &adapter) == S_OK);
+    CHECK(adapter->GetDesc(nullptr) == E_INVALIDARG);
+    CHECK(adapter->EnumOutputs(0, nullptr) == DXGI_ERROR_NOT_FOUND);
+}
+
+TEST_CASE("DXGI lists the adapters of the file, and finds none behind the last")
+{
+    Simulate(OneAdapter("Card"));
+    ComPtr<IDXGIFactory> factory;
+    REQUIRE(CreateFactory(factory) == S_OK);
+    ComPtr<IDXGIAdapter> adapter;
+    REQUIRE(factory->EnumAdapters(0, &adapter) == S_OK);
+    DXGI_ADAPTER_DESC description;
+    std::memset(&description, 0xFF, sizeof description);
+    CHECK(adapter->GetDesc(&description) == S_OK);
+    CHECK(description.VendorId == 0x8086);
+    CHECK(description.DeviceId == 0x9BC4);
+    CHECK(description.SubSysId == 0x09761028);
+    CHECK(description.SharedSystemMemory == 8589934592);
+    CHECK(description.DedicatedVideoMemory == 0);
+    CHECK(std::wstring(description.Description) == L"Card");
+    auto* none = adapter.Get();
+    CHECK(factory->EnumAdapters(1, &none) == DXGI_ERROR_NOT_FOUND);
+    CHECK_FALSE(none);
+    CHECK(Only(Trace(), "dxgi ") ==
+          std::vector<std::string>{"dxgi CreateDXGIFactory", "dxgi EnumAdapters 0", "dxgi GetDesc", "dxgi EnumAdapters 1"});
+}
+
+TEST_CASE("DXGI cuts a description at 127 characters")
+{
+    Simulate(OneAdapter(std::string(200, 'x')));
+    ComPtr<IDXGIFactory> factory;
+    REQUIRE(CreateFactory(factory) == S_OK);
+    ComPtr<IDXGIAdapter> adapter;
+    REQUIRE(factory->EnumAdapters(0, &adapter) == S_OK);
+    DXGI_ADAPTER_DESC description;
+    CHECK(adapter->GetDesc(&description) == S_OK);
+    CHECK(std::wstring(description.Description) == std::wstring(127, L'x'));
+}
