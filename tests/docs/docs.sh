@@ -11,7 +11,7 @@ cd "$source" || exit 1
 source "$source/tests/support/checks.sh"
 holds() { grep -qF -- "$2" "$1" || { echo "no \"$2\" in $1"; return 1; }; }
 
-documents=(README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md docs/*.md machines/README.md)
+documents=(README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md docs/*.md machines/README.md simulation/README.md)
 
 # prose FILE: a document without its fenced blocks.
 prose() { awk '/^ *```/ { fenced = !fenced; next } !fenced' "$1"; }
