@@ -120,7 +120,8 @@ const std::map<std::string, std::string> otherNames = {{"query", "/wmi/failures"
                                                        {"disconnect", ""},
                                                        {"EnumAdapters", ""},
                                                        {"GetDesc", ""},
-                                                       {"Size", ""}};
+                                                       {"Size", ""},
+                                                       {"Release", ""}};
 
 /// What a call is known by in a machine file: the function, or the property that is read.
 std::string NameOfCall(const std::string& call)
