@@ -32,7 +32,7 @@ int Finish(int result, const std::string& text, const char** problem)
     return result;
 }
 
-/// The order matters: the computer's own WMI, which some machines ask for their rows, may bring the computer's own dxgi.dll
+/// The order matters: the computer's own WMI, which some machines ask for their rows, may load the computer's own dxgi.dll
 /// into the process, which must not come before the simulated one; and all of this may read the registry.
 std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& machine)
 {

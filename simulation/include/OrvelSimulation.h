@@ -29,7 +29,7 @@ extern "C" {
 #define ORVEL_SIMULATION_NOT_IN_PLACE 2  /* the machine is right, but could not be put in place; none is in place now */
 
 /*
- * Puts the machine of a JSON file in place and takes the one before it away; trace and live counters start anew.
+ * Puts the machine of a JSON file in place and takes the one before it away; trace and live counters start again.
  * path: UTF-8. problem (may be null): receives one line "FILE: JSON PATH: REASON", or "FILE: line L, column C: REASON" for
  * broken JSON, or an empty text on success. A null path is a wrong machine. The text belongs to the library and is valid
  * until the next call.
@@ -42,9 +42,10 @@ ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* 
 
 /*
  * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "touched": whether
- * anything was asked of the machine, "trace": [every platform call, in order], "live": {interface: objects and sessions that
- * are still alive}, "violations": {"count": how often the caller broke a rule of an interface, "texts": ["CALL: WHAT", one
- * for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next call.
+ * anything was queried from the machine, "trace": [every platform call, in order], "live": {interface: objects and sessions
+ * that are still alive}, "violations": {"count": how often the caller broke a rule of an interface, "texts": ["CALL: WHAT",
+ * one for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next
+ * call.
  */
 ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
 

@@ -1,5 +1,5 @@
 /* The whole body of every simulated interface DLL. Its exports are forwarders (see exports/), so the simulation itself lives
- * once, in orvel-simulation.dll; this part only tells it that the DLL comes and goes. */
+ * once, in orvel-simulation.dll; this part only reports that the DLL comes and goes. */
 #include <windows.h>
 
 __declspec(dllimport) BOOL SimulationAttach(HMODULE module);

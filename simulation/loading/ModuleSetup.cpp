@@ -29,9 +29,9 @@ namespace orvel::simulation {
 namespace {
 
 // A loader may count references in 16 bits, so there can be many of them, but not any number.
-constexpr int pinCount = 4096;          // more than a run gives back too many
-constexpr int pinCountWithGaps = 16384; // the same, if functions are missing: each search for one may give back
-constexpr int mostReferences = 0x10000; // to be given back at once
+constexpr int pinCount = 4096;          // more than a run releases too often
+constexpr int pinCountWithGaps = 16384; // the same, if functions are missing: each search for one may release
+constexpr int mostReferences = 0x10000; // to be released at once
 
 /// What the simulation does so that a DLL that the machine has is found.
 enum class Hold {
@@ -154,13 +154,13 @@ void AddReferences(const Module& module, int count)
     }
 }
 
-/// Holds the DLL so often that a product that gives back too many references cannot unload it.
+/// Holds the DLL so often that a product that releases too many references cannot unload it.
 void Pin(const Module& module)
 {
     AddReferences(module, module.hiddenNames.empty() ? pinCount : pinCountWithGaps);
 }
 
-/// Gives our references back. A pinned DLL leaves the process: the product may have given back, or kept, any number.
+/// Releases our references. A pinned DLL leaves the process: the product may have released, or kept, any number.
 void Release(Module& module)
 {
     if (module.held) {

@@ -17,7 +17,7 @@ std::optional<std::string> PutModulesInPlace(const Machine& machine);
 /// Gives up everything that PutModulesInPlace holds.
 void TakeModulesAway();
 
-/// Adds a reference to opencl.dll in place of the one that the product gives back after a refused clGetDeviceInfo. So the
+/// Adds a reference to opencl.dll in place of the one that the product releases after a refused clGetDeviceInfo. So the
 /// DLL stays pinned however many runs there are. Does nothing on a machine that does not pin it.
 void AddOpenClReference();
 

@@ -41,7 +41,7 @@ inline void FillWithRubbish(std::initializer_list<Area> areas)
     }
 }
 
-/// What a machine file lets one call answer: a value, a failure, or a failure that writes a value all the same.
+/// What a machine file lets one call answer: a value, a failure, or a failure that still writes a value.
 template <typename Value>
 struct Answer {
     bool given = false; // the file has the key

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Follows the parser through the text to refuse a key that stands twice in one object: the finished JSON would only show
+/// Follows the parser through the text to refuse a key that occurs twice in one object: the finished JSON would only show
 /// the last of the two.
 class DuplicateGuard {
 public:

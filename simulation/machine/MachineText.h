@@ -7,7 +7,7 @@
 namespace orvel::simulation {
 
 /// Reads a machine's JSON text. Throws MachineError with "line L, column C: REASON" for broken JSON and
-/// "JSON PATH: REASON" for a key that stands twice in one object or does not fit the format.
+/// "JSON PATH: REASON" for a key that occurs twice in one object or does not fit the format.
 Machine ReadMachine(const std::string& text);
 
 } // namespace orvel::simulation

@@ -60,7 +60,7 @@ private:
     std::shared_ptr<WmiSession> session;
 };
 
-/// Lives as long as the process: COM holds it while it is registered, and lets it go in its own time.
+/// Lives as long as the process: COM holds it while it is registered, and releases it in its own time.
 class LocatorFactory final : public IClassFactory {
 public:
     void Serve(std::shared_ptr<WmiSession> next) { session = std::move(next); }

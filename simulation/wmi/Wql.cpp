@@ -161,7 +161,7 @@ bool ParseConditions(Parser& parser, WqlQuery& query)
     return true;
 }
 
-/// Both folded already. After a mismatch, the run that the last % stands for is made one character longer.
+/// Both folded already. After a mismatch, the run that the last % matches is made one character longer.
 bool Matches(std::wstring_view text, std::wstring_view pattern)
 {
     size_t at = 0;

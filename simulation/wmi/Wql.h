@@ -20,10 +20,10 @@ struct WqlQuery {
     std::vector<WqlCondition> conditions; // all must hold
 };
 
-/// The query that the text stands for, or nothing if it is no query.
+/// The query in the text, or nothing if it is no query.
 std::optional<WqlQuery> ParseWql(std::wstring_view text);
 
-/// Whether a property's text fulfils the condition. Upper and lower case are the same; in a pattern % stands for any run of
+/// Whether a property's text fulfils the condition. Upper and lower case are the same; in a pattern % matches any run of
 /// characters and _ for any one.
 bool Fulfils(const WqlCondition& condition, std::wstring_view text);
 

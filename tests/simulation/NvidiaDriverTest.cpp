@@ -256,7 +256,7 @@ TEST_CASE("NVAPI's sessions are counted: the handles live until the last one end
     CHECK(Live()["nvapi"] == 0);
 }
 
-TEST_CASE("A function of NVAPI that the file leaves unresolved, or that nobody knows, is null")
+TEST_CASE("A function of NVAPI that the file leaves unresolved, or that does not exist, is null")
 {
     Simulate({{"nvapi", {{"unresolved", {"NvAPI_GPU_GetBusId"}}}}});
     const Driver driver(L"nvapi64.dll");

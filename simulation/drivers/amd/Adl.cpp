@@ -59,7 +59,7 @@ int32_t Give(int32_t adapter, Answer<Value> AdlAdapterModel::*member, int32_t le
     return found == adapters.end() ? ADL_ERR_INVALID_ADL_IDX : (found->second.*member).Give(leftOut, areas, write);
 }
 
-/// A function of ADL2, which needs a living context; null stands for that of the first ADL, which nobody has created. All
+/// A function of ADL2, which needs a living context; null is that of the first ADL, which nobody has created. All
 /// areas have to be there.
 template <typename Value, typename Write>
 int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<Value> AdlAdapterModel::*member,

@@ -30,7 +30,7 @@ struct AdlxInterface {
     void* const* table; // of functions, by the published slot numbers
 };
 
-/// What ADLX hands out: a pointer to this, whose first member points to the published table of functions. The first
+/// What ADLX returns: a pointer to this, whose first member points to the published table of functions. The first
 /// parameter of each function is the object itself.
 struct AdlxObject {
     AdlxObject(const AdlxInterface& itsInterface, const AdlxGpuModel* itsGpu);

@@ -53,7 +53,7 @@ uint32_t WordAt(const void* area, size_t offset)
     return word;
 }
 
-/// Traces the call and runs `give` on the model of the GPU that the handle stands for. Null stands for none: the caller may
+/// Traces the call and runs `give` on the model of the GPU of this handle. Null is no GPU: the caller may
 /// have read it from a slot that no GPU has filled.
 template <typename Give>
 int32_t OnGpu(const std::string& call, const void* handle, Give&& give)

@@ -31,7 +31,7 @@ const DriverState state([] {
     deviceHandles.Clear();
 });
 
-/// Traces the call and runs `give` on the model of the device that the handle stands for. A null handle is no violation: it
+/// Traces the call and runs `give` on the model of the device of this handle. A null handle is no violation: it
 /// is what the caller has where NVML gave none.
 template <typename Give>
 int32_t OnDevice(const std::string& call, const void* handle, Give&& give)

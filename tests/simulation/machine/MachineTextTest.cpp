@@ -62,7 +62,7 @@ TEST_CASE("An unknown key is refused with the keys that are known in its place")
 
 TEST_CASE("An interface is an object, or the computer's own")
 {
-    CHECK(Problem(R"({"dxgi": "sytem"})") == "/dxgi: expected an object or \"system\", found \"sytem\"");
+    CHECK(Problem(R"({"dxgi": "computer"})") == "/dxgi: expected an object or \"system\", found \"computer\"");
     CHECK(Problem(R"({"dxgi": 1})") == "/dxgi: expected an object, found number");
 }
 

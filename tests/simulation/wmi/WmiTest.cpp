@@ -223,7 +223,7 @@ TEST_CASE("The file can let a query fail, and one of its rows")
     CHECK(Next(*rows.Get(), row) == Status(WBEM_E_FAILED));
 }
 
-TEST_CASE("A query that is not ready in time times out, and can be asked again")
+TEST_CASE("A query that is not ready in time times out, and can be repeated")
 {
     Json machine = MachineWith(Json::array({{{"P", 1}}}));
     machine["wmi"]["latency_us"] = {{"query", 200000}};
