@@ -38,17 +38,9 @@ public:
     {
         const ULONG left = --references;
         if (left == 0) {
-            delete static_cast<Object*>(this);
+            Bury(static_cast<Object*>(this));
         }
         return left;
-    }
-
-    /// Not inlined: GCC would warn of a delete that gives the memory to the graveyard instead.
-    [[gnu::noinline]] static void* operator new(size_t bytes) { return ::operator new(bytes); }
-
-    static void operator delete(void* object, size_t bytes)
-    {
-        BuryObject(object, bytes, NameOf(Kind), static_cast<int32_t>(RPC_E_DISCONNECTED));
     }
 
 protected:
@@ -56,6 +48,12 @@ protected:
     ~ComObject() = default;
 
 private:
+    static void Bury(Object* object)
+    {
+        object->~Object();
+        BuryObject(object, sizeof(Object), NameOf(Kind), static_cast<int32_t>(RPC_E_DISCONNECTED));
+    }
+
     std::atomic<ULONG> references = 1;
     LiveObject live{Kind};
 };

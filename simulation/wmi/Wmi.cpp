@@ -25,7 +25,7 @@ class WmiLocator final : public ComObject<WmiLocator, Counted::Wmi, IWbemLocator
 public:
     explicit WmiLocator(std::shared_ptr<WmiSession> itsSession) : session(std::move(itsSession)) {}
 
-    STDMETHODIMP ConnectServer(const BSTR name, const BSTR, const BSTR, const BSTR, LONG flags, const BSTR, IWbemContext*,
+    STDMETHODIMP ConnectServer(BSTR name, BSTR, BSTR, BSTR, LONG flags, BSTR, IWbemContext*,
                                IWbemServices** services) override
     {
         if (services) {

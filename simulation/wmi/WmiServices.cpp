@@ -194,7 +194,7 @@ WmiServices::~WmiServices()
 
 namespace {
 
-WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const BSTR language, const BSTR text)
+WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const wchar_t* language, const wchar_t* text)
 {
     WmiAnswer answer;
     answer.ready = Clock::now() + std::chrono::microseconds(session.Model().queryMicroseconds);
@@ -216,8 +216,7 @@ WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const BSTR langua
 
 } // namespace
 
-HRESULT WmiServices::ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext*,
-                               IEnumWbemClassObject** target)
+HRESULT WmiServices::ExecQuery(BSTR language, BSTR text, LONG flags, IWbemContext*, IEnumWbemClassObject** target)
 {
     if (target) {
         *target = nullptr;

@@ -38,7 +38,7 @@ public:
     WmiServices(std::shared_ptr<WmiSession> session, Microsoft::WRL::ComPtr<IWbemServices> systemServices);
     ~WmiServices();
 
-    STDMETHODIMP ExecQuery(const BSTR language, const BSTR text, LONG flags, IWbemContext* context,
+    STDMETHODIMP ExecQuery(BSTR language, BSTR text, LONG flags, IWbemContext* context,
                            IEnumWbemClassObject** rows) override;
 
 private:

@@ -58,11 +58,10 @@ cl_int Count(const Answer<uint32_t>& answer, size_t objects, cl_uint* count)
 }
 
 /// A call for the handles that the file lets fail or misbehave.
-template <typename Handle>
-cl_int Misbehave(const OutputStatus& fetch, cl_uint entries, Handle* handles)
+cl_int Misbehave(const OutputStatus& fetch, cl_uint entries, void* handles)
 {
     if (fetch.writes == Writes::Rubbish) {
-        FillWithRubbish({{handles, entries * sizeof *handles}});
+        FillWithRubbish({{handles, entries * sizeof(void*)}});
     }
     return fetch.code;
 }
