@@ -50,7 +50,7 @@ if [ -n "$zip" ]; then
     in_system "./dev check-package '/tmp/${zip##*/}'"
 fi
 step "./dev demo as a plain user, who has to fetch plog"
-in_system "useradd builder && rm -rf build/deps && chown -R builder '$inner' &&
+in_system "useradd builder && rm -rf build/deps build/wine && chown -R builder '$inner' &&
     setpriv --reuid=builder --regid=builder --clear-groups env HOME=/home/builder ./dev demo >/dev/null"
 
 mkdir -p "$folder/packages-$release"
