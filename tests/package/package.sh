@@ -214,7 +214,7 @@ done
 
 # --- the package's own program -------------------------------------------------------------------------------------------------
 
-check "the package's host program runs on a machine of the package" run "$package/bin/orvel-graphic-cards.exe" \
+check "the package's command-line tool runs on a machine of the package" run "$package/bin/orvel-graphic-cards.exe" \
     --machine "$machines/workstation.json"
 check "it starts on this computer with the substitute nvml.dll" run "$package/bin/orvel-graphic-cards.exe"
 

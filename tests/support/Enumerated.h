@@ -4,7 +4,7 @@
 
 namespace orvel::tests {
 
-/// What one enumeration on a simulated machine told, as the host program's JSON has it.
+/// What one enumeration on a simulated machine told, as the command-line tool's JSON has it.
 struct Enumerated {
     Json Cards; ///< array of objects with the 49 fields
     LogLines Log;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The host program as a person meets it: options, wrong input, missing DLLs. host-program.sh WINE BIN SOURCE
+# The command-line tool as a person meets it: options, wrong input, missing DLLs. command-line-tool.sh WINE BIN SOURCE
 set -uo pipefail
 wine=$1
 bin=$2
