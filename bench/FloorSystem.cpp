@@ -1,9 +1,9 @@
 #include "FloorSystem.h"
 
 #include <dwmapi.h>
-#include <dxgi.h>
 #include <wrl/client.h>
 
+#include "platform/Dxgi.h"
 #include "platform/Handles.h"
 
 namespace orvel::bench {
@@ -11,8 +11,7 @@ namespace orvel::bench {
 namespace {
 
 using Microsoft::WRL::ComPtr;
-
-constexpr GUID idxgiFactoryId = {0x7B7166EC, 0x21C7, 0x44AE, {0xB2, 0x1A, 0xC9, 0xAE, 0x32, 0x1A, 0xE3, 0x69}};
+using shared::enumeration::idxgiFactoryId;
 
 decltype(&::CreateDXGIFactory) createFactory = nullptr;
 decltype(&::DwmIsCompositionEnabled) isCompositionEnabled = nullptr;

@@ -1,32 +1,13 @@
 #include "FloorWmi.h"
 
-#include <oleauto.h>
+#include "platform/Wmi.h"
+#include "system/WmiNamespace.h"
 
 namespace orvel::bench {
 
-using Microsoft::WRL::ComPtr;
+using namespace shared::enumeration;
 
 namespace {
-
-void AllowImpersonation(IUnknown* proxy)
-{
-    ::CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
-                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
-}
-
-ComPtr<IWbemServices> Connect()
-{
-    ComPtr<IWbemLocator> locator;
-    ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                       reinterpret_cast<void**>(locator.GetAddressOf()));
-    ComPtr<IWbemServices> services;
-    const BSTR path = ::SysAllocString(L"\\\\.\\root\\cimv2");
-    locator->ConnectServer(path, nullptr, nullptr, nullptr, WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr,
-                           services.GetAddressOf());
-    ::SysFreeString(path);
-    AllowImpersonation(services.Get());
-    return services;
-}
 
 constexpr wchar_t memoryTypes[] = L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory";
 constexpr wchar_t speeds[] = L"SELECT Speed FROM Win32_PhysicalMemory";
@@ -53,9 +34,8 @@ void ReadFirst(FloorRows modules, const wchar_t* property)
 IWbemClassObject* FloorAnswer::At(size_t index)
 {
     while (index >= Rows.size() && !IsWhole) {
-        ComPtr<IWbemClassObject> row;
-        ULONG returned = 0;
-        IsWhole = Source->Next(120'000, 1, row.GetAddressOf(), &returned) != WBEM_S_NO_ERROR;
+        Microsoft::WRL::ComPtr<IWbemClassObject> row;
+        IsWhole = FetchRow(*Source.Get(), row) != WBEM_S_NO_ERROR;
         if (!IsWhole) {
             Rows.push_back(std::move(row));
         }
@@ -66,17 +46,11 @@ IWbemClassObject* FloorAnswer::At(size_t index)
 FloorAnswer& FloorWmi::Ask(const wchar_t* wql)
 {
     if (!services) {
-        services = Connect();
+        ConnectToWmi(wmiNamespace, services);
     }
     const auto [answer, isNew] = answers.try_emplace(wql);
     if (isNew) {
-        const BSTR language = ::SysAllocString(L"WQL");
-        const BSTR text = ::SysAllocString(wql);
-        services->ExecQuery(language, text, WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr,
-                            answer->second.Source.GetAddressOf());
-        ::SysFreeString(text);
-        ::SysFreeString(language);
-        AllowImpersonation(answer->second.Source.Get());
+        SendQuery(*services.Get(), wql, answer->second.Source);
     }
     return answer->second;
 }
@@ -100,7 +74,7 @@ void FloorRows::Read(const wchar_t* property) const
 
 void FloorRows::Read(const wchar_t* property, Value& value) const
 {
-    row->Get(property, 0, value.Receive(), nullptr, nullptr);
+    row->Get(property, 0, &value.Variant, nullptr, nullptr);
 }
 
 void ReadMemoryType(FloorWmi& wmi)

@@ -7,22 +7,17 @@
 #include <wbemidl.h>
 #include <wrl/client.h>
 
+#include "platform/Handles.h"
+
 namespace orvel::bench {
 
 /// A VARIANT that is cleared at its end.
-class Value {
-public:
-    Value() { ::VariantInit(&variant); }
-    Value(const Value&) = delete;
-    Value& operator=(const Value&) = delete;
-    ~Value() { ::VariantClear(&variant); }
+struct Value {
+    VARIANT Variant{};
+    shared::enumeration::ClearedVariant Cleared{&Variant};
 
-    VARIANT* Receive() { return &variant; }
     /// The text of a value that is one.
-    const wchar_t* Text() const { return variant.bstrVal; }
-
-private:
-    VARIANT variant;
+    const wchar_t* Text() const { return Variant.bstrVal; }
 };
 
 /// WMI's answer to one query, as far as it has been fetched.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <set>
 #include <stdexcept>
 
@@ -13,7 +12,7 @@
 #include "Floor.h"
 #include "GraphicCardEnumeration.h"
 #include "LateBinding.h"
-#include "OrvelSimulation.h"
+#include "LoadedSimulation.h"
 
 namespace orvel::bench {
 
@@ -24,26 +23,9 @@ using Trace = std::vector<std::string>;
 constexpr int warmUpRuns = 10;
 constexpr int modelledRuns = 3;
 
-HMODULE Simulation()
-{
-    static const HMODULE module = [] {
-        wchar_t program[MAX_PATH];
-        ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-        const auto folder = std::filesystem::path(program).parent_path();
-        return ::LoadLibraryW((folder / "simulation" / "orvel-simulation.dll").c_str());
-    }();
-    return module;
-}
-
-template <typename Function>
-Function Find(const char* name)
-{
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(Simulation(), name)));
-}
-
 Trace TraceSoFar()
 {
-    return nlohmann::json::parse(Find<decltype(&OrvelSimulationReport)>("OrvelSimulationReport")())["trace"];
+    return nlohmann::json::parse(tools::SimulationReport())["trace"];
 }
 
 size_t CountOf(const Trace& trace, const std::string& prefix)
@@ -130,12 +112,12 @@ Trace FloorTrace(const nlohmann::json& machine)
 
 void Simulate(const nlohmann::json& machine)
 {
-    if (!Simulation()) {
+    static const unsigned long error = tools::LoadSimulation();
+    if (error != ERROR_SUCCESS) {
         throw std::runtime_error("orvel-simulation.dll cannot be loaded");
     }
-    const char* problem = "";
-    const auto simulate = Find<decltype(&OrvelSimulateMachineText)>("OrvelSimulateMachineText");
-    if (simulate(machine.dump().c_str(), "machine", &problem) != ORVEL_SIMULATION_IN_PLACE) {
+    std::string problem;
+    if (tools::SimulateMachineText(machine.dump(), "machine", problem) != ORVEL_SIMULATION_IN_PLACE) {
         throw std::runtime_error(problem);
     }
 }

@@ -5,10 +5,15 @@
 #include <windows.h>
 
 #include "LateBinding.h"
+#include "MachineFiles.h"
+#include "platform/Handles.h"
+#include "platform/LoadedModule.h"
 
 namespace orvel::tools {
 
 namespace {
+
+using namespace shared::enumeration;
 
 constexpr wchar_t libraryName[] = L"orvel-graphic-cards-enumeration.dll";
 
@@ -37,17 +42,10 @@ std::string WhatBrings(const std::string& dll)
 /// Names of the DLLs that a mapped module imports when it is loaded.
 std::vector<std::string> ImportsOf(HMODULE module)
 {
-    const auto* base = reinterpret_cast<const BYTE*>(module);
-    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
     std::vector<std::string> names;
-    if (directory.VirtualAddress == 0) {
-        return names;
-    }
-    const auto* entry = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
-    for (; entry->Name != 0; ++entry) {
-        names.emplace_back(reinterpret_cast<const char*>(base + entry->Name));
+    const auto* entry = DirectoryOf<IMAGE_IMPORT_DESCRIPTOR>(module, IMAGE_DIRECTORY_ENTRY_IMPORT);
+    for (; entry && entry->Name != 0; ++entry) {
+        names.emplace_back(At<const char>(module, entry->Name));
     }
     return names;
 }
@@ -70,14 +68,10 @@ std::string FindMissing(const std::string& dll)
 /// The first function that `module` exports and `other` does not; "" where there is none.
 std::string FirstLacking(HMODULE module, HMODULE other)
 {
-    const auto* base = reinterpret_cast<const BYTE*>(module);
-    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const DWORD directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress;
-    const auto& exports = *reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + directory);
-    const auto* names = reinterpret_cast<const DWORD*>(base + exports.AddressOfNames);
-    for (DWORD index = 0; directory != 0 && index < exports.NumberOfNames; ++index) {
-        const char* name = reinterpret_cast<const char*>(base + names[index]);
+    const auto* exports = DirectoryOf<IMAGE_EXPORT_DIRECTORY>(module, IMAGE_DIRECTORY_ENTRY_EXPORT);
+    const auto* names = exports ? At<const DWORD>(module, exports->AddressOfNames) : nullptr;
+    for (DWORD index = 0; names && index < exports->NumberOfNames; ++index) {
+        const char* name = At<const char>(module, names[index]);
         if (!::GetProcAddress(other, name)) {
             return name;
         }
@@ -100,13 +94,6 @@ std::string LoadNvml()
 }
 
 } // namespace
-
-std::filesystem::path ProgramFolder()
-{
-    std::wstring path(32768, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return std::filesystem::path(path).parent_path();
-}
 
 LibraryLoad LoadEnumerationLibrary()
 {

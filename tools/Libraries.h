@@ -1,13 +1,9 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 
 namespace orvel::tools {
-
-/// Folder of this program.
-std::filesystem::path ProgramFolder();
 
 /// What came of loading the library.
 struct LibraryLoad {

@@ -1,29 +1,24 @@
 #include "LikelyCause.h"
 
-#include <algorithm>
+#include <optional>
 #include <stdexcept>
 
-#include "OpenClDevices.h"
 #include "SystemChecks.h"
 #include "formulas/MemoryBandwidth.h"
 #include "formulas/StatusNames.h"
+#include "platform/OpenCLWrapper.h"
 
 namespace orvel::tools {
 
 namespace {
 
-constexpr uint32_t intelVendor = 0x8086;
+using namespace shared::enumeration;
+
+constexpr char intelVendor[] = "8086"; // WMI's and OpenCL's text for it
 
 std::string Quoted(const std::string& text)
 {
     return "\"" + text + "\"";
-}
-
-bool IsListedByOpenCl(const std::string& name)
-{
-    const auto devices = OpenClDevices();
-    return std::any_of(devices.begin(), devices.end(),
-                       [&](const OpenClDevice& device) { return device.Name == name && device.VendorId == intelVendor; });
 }
 
 std::string MemoryCause(bool (*isKnown)(uint32_t), const char* what)
@@ -88,7 +83,7 @@ std::string SeenCause(const std::string& message)
 bool HasTransferFactor(uint32_t memoryType)
 {
     try {
-        shared::enumeration::TransferFactor(memoryType);
+        TransferFactor(memoryType);
         return true;
     } catch (const std::runtime_error&) {
         return false;
@@ -97,14 +92,18 @@ bool HasTransferFactor(uint32_t memoryType)
 
 bool HasMemoryName(uint32_t memoryType)
 {
-    return !shared::enumeration::MemoryTypeNameOrEmpty(memoryType).empty();
+    return !MemoryTypeNameOrEmpty(memoryType).empty();
 }
 
 std::string IntelAdaptersWithoutOpenCl()
 {
+    std::optional<OpenCLWrapper> opencl;
+    if (FindDll("opencl.dll").IsFound) {
+        opencl.emplace();
+    }
     std::string missing;
-    for (const std::string& name : NamesOfAdapters("8086")) {
-        if (!IsListedByOpenCl(name)) {
+    for (const std::string& name : NamesOfAdapters(intelVendor)) {
+        if (!opencl || opencl->GetDeviceInfoByName(name, CL_DEVICE_NAME, intelVendor).empty()) {
             missing += (missing.empty() ? "" : ", ") + Quoted(name);
         }
     }

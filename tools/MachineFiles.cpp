@@ -5,8 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Libraries.h"
 #include "Utf8Path.h"
+#include "platform/Handles.h"
 
 namespace orvel::tools {
 
@@ -18,6 +18,11 @@ std::filesystem::path MachinesFolder()
 }
 
 } // namespace
+
+std::filesystem::path ProgramFolder()
+{
+    return std::filesystem::path(shared::enumeration::PathOf(nullptr)).parent_path();
+}
 
 std::filesystem::path SimulationFolder()
 {

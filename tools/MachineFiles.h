@@ -7,6 +7,9 @@
 
 namespace orvel::tools {
 
+/// Folder of this program.
+std::filesystem::path ProgramFolder();
+
 /// Folder of the simulation, beside this program or, in the package, beside its folder.
 std::filesystem::path SimulationFolder();
 

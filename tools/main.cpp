@@ -14,23 +14,15 @@
 #include "ExitStatus.h"
 #include "Explain.h"
 #include "Libraries.h"
+#include "LoadedSimulation.h"
 #include "MachineFiles.h"
 #include "Options.h"
 #include "OutputFile.h"
-#include "SimulatedMachine.h"
+#include "platform/TextEncoding.h"
 
 namespace orvel::tools {
 
 namespace {
-
-std::string ToUtf8(const wchar_t* text)
-{
-    const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<size_t>(bytes), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), bytes, nullptr, nullptr);
-    utf8.pop_back(); // the terminator
-    return utf8;
-}
 
 std::vector<std::string> Arguments()
 {
@@ -38,7 +30,7 @@ std::vector<std::string> Arguments()
     wchar_t** texts = ::CommandLineToArgvW(::GetCommandLineW(), &count);
     std::vector<std::string> arguments;
     for (int i = 1; i < count; ++i) {
-        arguments.push_back(ToUtf8(texts[i]));
+        arguments.push_back(shared::enumeration::ToUtf8(texts[i]));
     }
     ::LocalFree(texts);
     return arguments;
@@ -112,14 +104,20 @@ int RunEnumeration(const Options& options, const TextStyle& style)
     return report.Error ? Fail(ExitException, Describe(*report.Error)) : status;
 }
 
-/// Puts the process on the machine that is asked for; what kept it from that.
-std::optional<SimulationProblem> TakeMachine(const std::string& nameOrFile)
+/// Puts the process on the machine that is asked for: ExitDone, or how the program ends without it.
+int TakeMachine(const std::string& nameOrFile)
 {
-    if (const auto file = MachineFile(nameOrFile)) {
-        return SimulateMachine(*file);
+    const auto file = MachineFile(nameOrFile);
+    if (!file) {
+        return Fail(ExitWrongInput, nameOrFile + ": neither a file nor a shipped machine (--list-machines lists these)");
     }
-    return SimulationProblem{ExitWrongInput,
-                             nameOrFile + ": neither a file nor a shipped machine (--list-machines lists these)"};
+    // It is no part of the product, so the program has to start without it.
+    if (const unsigned long error = LoadSimulation()) {
+        return Fail(ExitNoLibrary, "orvel-simulation.dll cannot be loaded (error " + std::to_string(error) +
+                                       "): it belongs into the folder \"simulation\" beside this program");
+    }
+    std::string problem;
+    return SimulateMachine(*file, problem) == ORVEL_SIMULATION_IN_PLACE ? ExitDone : Fail(ExitWrongInput, problem);
 }
 
 int Run(const Options& options)
@@ -128,10 +126,8 @@ int Run(const Options& options)
         return ListMachines(options);
     }
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // the host's duty: the library leaves COM alone
-    if (options.Machine) {
-        if (const auto problem = TakeMachine(*options.Machine)) {
-            return Fail(problem->Status, problem->Text);
-        }
+    if (const int status = options.Machine ? TakeMachine(*options.Machine) : ExitDone; status != ExitDone) {
+        return status;
     }
     const TextStyle style{options.Brief, !options.Output && IsTerminal()};
     return options.Show == Mode::Doctor ? RunDoctor(options, style) : RunEnumeration(options, style);

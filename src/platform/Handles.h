@@ -1,9 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <type_traits>
 
 #include <windows.h>
+
+#include <oleauto.h>
 
 namespace orvel::shared::enumeration {
 
@@ -19,6 +22,8 @@ struct CloseWith {
 
 using ModuleHandle = std::unique_ptr<std::remove_pointer_t<HMODULE>, CloseWith<&::FreeLibrary>>;
 using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseWith<&::RegCloseKey>>;
+using BasicString = std::unique_ptr<OLECHAR, CloseWith<&::SysFreeString>>;
+using ClearedVariant = std::unique_ptr<VARIANT, CloseWith<&::VariantClear>>; ///< clears a VARIANT that lives elsewhere
 
 /// The module that holds the code or object at an address, which stays loaded as long as the handle.
 inline ModuleHandle ModuleOf(const void* address)
@@ -26,6 +31,14 @@ inline ModuleHandle ModuleOf(const void* address)
     HMODULE module = nullptr;
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<LPCWSTR>(address), &module);
     return ModuleHandle(module);
+}
+
+/// The full path of a loaded module's file; this program's for null.
+inline std::wstring PathOf(HMODULE module)
+{
+    std::wstring path(32768, L'\0');
+    path.resize(::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
+    return path;
 }
 
 /// The function `name` of a loaded module as the given pointer type; null when the module does not export it.

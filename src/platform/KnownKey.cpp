@@ -1,6 +1,7 @@
 #include "platform/KnownKey.h"
 
 #include "formulas/RegistryText.h"
+#include "platform/Registry.h"
 #include "platform/TextEncoding.h"
 
 namespace orvel::shared::enumeration {
@@ -12,9 +13,9 @@ constexpr DWORD nameCharacters = 256; // the longest name of a key, and its NUL
 
 KnownKey Open(HKEY parent, const wchar_t* path)
 {
-    HKEY key = nullptr;
-    const bool isOpen = ::RegOpenKeyExW(parent, path, 0, KEY_READ, &key) == ERROR_SUCCESS;
-    return KnownKey(RegistryKey(isOpen ? key : nullptr));
+    RegistryKey key;
+    OpenKey(parent, path, key);
+    return KnownKey(std::move(key));
 }
 
 std::string ReadText(HKEY key, const wchar_t* name)

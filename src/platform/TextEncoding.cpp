@@ -4,7 +4,7 @@
 
 namespace orvel::shared::enumeration {
 
-std::string ToUtf8(const std::wstring& text)
+std::string ToUtf8(std::wstring_view text)
 {
     const int units = static_cast<int>(text.size());
     const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);

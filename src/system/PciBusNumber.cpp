@@ -5,8 +5,8 @@
 
 #include "formulas/LocationText.h"
 #include "formulas/NumberText.h"
-#include "platform/Handles.h"
 #include "platform/Log.h"
+#include "platform/Registry.h"
 
 namespace orvel::shared::enumeration {
 
@@ -15,12 +15,9 @@ namespace {
 constexpr char pciRoot[] = "SYSTEM\\CurrentControlSet\\Enum\\PCI\\";
 constexpr DWORD nameCharacters = 255;
 
-/// Opens a key below HKEY_LOCAL_MACHINE; null, and the reason in `status`, when that fails.
-RegistryKey OpenKey(const std::string& path, LSTATUS& status)
+LSTATUS OpenMachineKey(const std::string& path, RegistryKey& key)
 {
-    HKEY key = nullptr;
-    status = ::RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key);
-    return RegistryKey(status == ERROR_SUCCESS ? key : nullptr);
+    return OpenKey(HKEY_LOCAL_MACHINE, path.c_str(), key);
 }
 
 std::optional<std::string> SubkeyName(HKEY key, DWORD index)
@@ -39,8 +36,8 @@ const std::vector<std::string>* DeviceKeys(AdapterRegistry& registry, LSTATUS& s
     if (registry.PciDevices) {
         return &*registry.PciDevices;
     }
-    const RegistryKey root = OpenKey(pciRoot, status);
-    if (!root) {
+    RegistryKey root;
+    if (status = OpenMachineKey(pciRoot, root); !root) {
         return nullptr;
     }
     auto& names = registry.PciDevices.emplace();
@@ -69,16 +66,16 @@ std::optional<std::string> ReadLocation(HKEY instance)
 /// Location of a device's first instance. Intended: further instances are never looked at.
 std::optional<std::string> LocationOfDevice(const std::string& deviceKey)
 {
-    LSTATUS status = ERROR_SUCCESS;
-    const RegistryKey device = OpenKey(pciRoot + deviceKey, status);
-    if (!device) {
+    RegistryKey device;
+    if (OpenMachineKey(pciRoot + deviceKey, device) != ERROR_SUCCESS) {
         return std::nullopt;
     }
     const auto instanceName = SubkeyName(device.get(), 0);
     if (!instanceName) {
         return std::nullopt;
     }
-    const RegistryKey instance = OpenKey(pciRoot + deviceKey + "\\" + *instanceName, status);
+    RegistryKey instance;
+    OpenMachineKey(pciRoot + deviceKey + "\\" + *instanceName, instance);
     return instance ? ReadLocation(instance.get()) : std::nullopt;
 }
 

@@ -4,19 +4,16 @@
 #include <cstdint>
 #include <vector>
 
-#include <dxgi.h>
 #include <wrl/client.h>
 
 #include "formulas/NumberText.h"
+#include "platform/Dxgi.h"
 
 namespace orvel::shared::enumeration {
 
 namespace {
 
 using Microsoft::WRL::ComPtr;
-
-// Spelled out here because the import libraries of the compilers do not all carry it.
-constexpr GUID idxgiFactoryId = {0x7B7166EC, 0x21C7, 0x44AE, {0xB2, 0x1A, 0xC9, 0xAE, 0x32, 0x1A, 0xE3, 0x69}};
 
 /// What a call has handed out; null when it has failed, whatever it has written.
 template <typename Interface, typename Call>

@@ -12,6 +12,7 @@
 
 #include <windows.h>
 
+#include "platform/LoadedModule.h"
 #include "support/ReplacedImport.h"
 
 using orvel::tests::ReplacedImport;
@@ -37,19 +38,6 @@ UINT WINAPI TellFolderOfDriver(LPWSTR buffer, UINT size)
     }
     std::wcscpy(buffer, folder.c_str());
     return static_cast<UINT>(folder.size());
-}
-
-template <typename Structure>
-Structure* At(HMODULE module, DWORD offset)
-{
-    return reinterpret_cast<Structure*>(reinterpret_cast<char*>(module) + offset);
-}
-
-const IMAGE_DATA_DIRECTORY& Directory(HMODULE module, int entry)
-{
-    const auto* const start = At<IMAGE_DOS_HEADER>(module, 0);
-    const auto* const headers = At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(start->e_lfanew));
-    return headers->OptionalHeader.DataDirectory[entry];
 }
 
 /// The fallback, freshly loaded on a computer whose driver's nvml.dll is in this folder of the tests.
@@ -138,8 +126,9 @@ TEST_CASE("The fallback exports what the library imports, and nothing else")
     for (const std::string& name : names) {
         CHECK_MESSAGE(nvml.Find<void*>(name.c_str()) != nullptr, name);
     }
-    const auto& exports = Directory(nvml.Module(), IMAGE_DIRECTORY_ENTRY_EXPORT);
-    CHECK(At<IMAGE_EXPORT_DIRECTORY>(nvml.Module(), exports.VirtualAddress)->NumberOfNames == 13);
+    const auto* const exports =
+        orvel::shared::enumeration::DirectoryOf<IMAGE_EXPORT_DIRECTORY>(nvml.Module(), IMAGE_DIRECTORY_ENTRY_EXPORT);
+    CHECK(exports->NumberOfNames == 13);
 }
 
 TEST_CASE("Without a driver NVML says so at its start, is not initialised for everything else, and writes nothing")

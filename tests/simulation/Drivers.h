@@ -1,7 +1,6 @@
 #pragma once
 
-#include <windows.h>
-
+#include "platform/Handles.h"
 #include "support/SimulatedRun.h"
 
 namespace orvel::tests {
@@ -10,13 +9,10 @@ namespace orvel::tests {
 class Driver {
 public:
     explicit Driver(const wchar_t* name) : module(::LoadLibraryW(name)) {}
-    Driver(const Driver&) = delete;
-    Driver& operator=(const Driver&) = delete;
-    ~Driver() { ::FreeLibrary(module); }
 
-    HMODULE Module() const { return module; }
+    HMODULE Module() const { return module.get(); }
 
-    void* Find(const char* function) const { return reinterpret_cast<void*>(::GetProcAddress(module, function)); }
+    void* Find(const char* function) const { return reinterpret_cast<void*>(::GetProcAddress(module.get(), function)); }
 
     /// Calls a function that returns a status.
     template <typename... Arguments>
@@ -26,7 +22,7 @@ public:
     }
 
 private:
-    HMODULE module;
+    shared::enumeration::ModuleHandle module;
 };
 
 /// Calls an object's function by its place in the object's table.

@@ -1,20 +1,18 @@
 #include "ReplacedImport.h"
 
+#include "platform/LoadedModule.h"
+
 namespace orvel::tests {
 
 namespace {
 
-template <typename Structure>
-Structure* At(HMODULE module, DWORD offset)
-{
-    return reinterpret_cast<Structure*>(reinterpret_cast<char*>(module) + offset);
-}
+using shared::enumeration::At;
+using shared::enumeration::DirectoryOf;
 
 void Replace(HMODULE module, void* from, void* to)
 {
-    const auto* const headers = At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew));
-    const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (auto* import = At<IMAGE_IMPORT_DESCRIPTOR>(module, imports); import->Name != 0; ++import) {
+    for (auto* import = DirectoryOf<IMAGE_IMPORT_DESCRIPTOR>(module, IMAGE_DIRECTORY_ENTRY_IMPORT); import->Name != 0;
+         ++import) {
         for (auto* slot = At<void*>(module, import->FirstThunk); *slot; ++slot) {
             DWORD protection = 0;
             if (*slot == from && ::VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {

@@ -5,26 +5,17 @@
 #include <stdexcept>
 #include <utility>
 
-#include <windows.h>
-
 #include <doctest/doctest.h>
 
-#include "OrvelSimulation.h"
+#include "LoadedSimulation.h"
 
 namespace orvel::tests {
 
 namespace {
 
-template <typename Function>
-Function Find(const char* name)
-{
-    const HMODULE simulation = ::GetModuleHandleW(L"orvel-simulation.dll");
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(simulation, name)));
-}
-
 Json SimulationReport()
 {
-    return Json::parse(Find<decltype(&OrvelSimulationReport)>("OrvelSimulationReport")());
+    return Json::parse(tools::SimulationReport());
 }
 
 /// How many violations of the machine in place have been taken.
@@ -72,9 +63,8 @@ Json& MemoryModule(Json& machine, size_t index)
 void Simulate(const Json& machine)
 {
     CheckNoViolations();
-    const char* problem = "";
-    const auto simulate = Find<decltype(&OrvelSimulateMachineText)>("OrvelSimulateMachineText");
-    const int result = simulate(machine.dump().c_str(), "test machine", &problem);
+    std::string problem;
+    const int result = tools::SimulateMachineText(machine.dump(), "test machine", problem);
     if (result != ORVEL_SIMULATION_WRONG_MACHINE) { // which changes nothing
         violationsTaken = 0;
         notes.clear();

@@ -6,20 +6,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 
 #include <windows.h>
 
 #include <objbase.h>
 
-#include "OrvelSimulation.h"
+#include "LoadedSimulation.h"
+#include "MachineFiles.h"
+#include "platform/Handles.h"
 
 namespace {
-
-template <typename Function>
-Function Find(HMODULE module, const char* name)
-{
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
-}
 
 int Fail(const char* what)
 {
@@ -35,27 +32,22 @@ int main(int argc, char** argv)
         return Fail("no tests named");
     }
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    const auto folder = std::filesystem::path(program).parent_path();
-    const HMODULE simulation = ::LoadLibraryW((folder / "simulation" / "orvel-simulation.dll").c_str());
-    if (!simulation) {
+    if (orvel::tools::LoadSimulation() != ERROR_SUCCESS) {
         return Fail("orvel-simulation.dll cannot be loaded");
     }
-    const char* problem = "";
-    if (Find<decltype(&OrvelSimulateMachineText)>(simulation, "OrvelSimulateMachineText")("{}", "empty machine", &problem) !=
-        0) {
-        return Fail(problem);
+    std::string problem;
+    if (orvel::tools::SimulateMachineText("{}", "empty machine", problem) != ORVEL_SIMULATION_IN_PLACE) {
+        return Fail(problem.c_str());
     }
     const char* const first = std::getenv("ORVEL_TEST_FIRST_DLL"); // below the program's folder; in place of one of its name
-    if (first && !::LoadLibraryW((folder / first).c_str())) {
+    if (first && !::LoadLibraryW((orvel::tools::ProgramFolder() / first).c_str())) {
         return Fail("the DLL that the tests want first cannot be loaded");
     }
     const HMODULE tests = ::LoadLibraryA(argv[1]);
     if (!tests) {
         return Fail("the tests cannot be loaded");
     }
-    const int status = Find<int (*)(int, char**)>(tests, "RunTests")(argc - 1, argv + 1);
+    const int status = orvel::shared::enumeration::FindFunction<int (*)(int, char**)>(tests, "RunTests")(argc - 1, argv + 1);
     std::fflush(stdout);
     // Nothing is unloaded: what the tests leave behind must not run against DLLs that are gone.
     ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(status));

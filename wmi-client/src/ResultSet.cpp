@@ -1,14 +1,10 @@
 #include "ResultSet.h"
 
+#include "platform/Wmi.h"
+
 namespace orvel::shared::wmi {
 
 using Microsoft::WRL::ComPtr;
-
-namespace {
-
-constexpr LONG longestWaitMilliseconds = 120'000; // as long as ConnectServer waits at most
-
-} // namespace
 
 ResultSet::ResultSet(HRESULT sent, ComPtr<IEnumWbemClassObject> source) : status(sent), source(std::move(source)) {}
 
@@ -39,16 +35,10 @@ bool ResultSet::HasFailed() const
 void ResultSet::Fetch()
 {
     ComPtr<IWbemClassObject> row;
-    ULONG returned = 0;
-    status = source->Next(longestWaitMilliseconds, 1, row.GetAddressOf(), &returned);
-    if (status != WBEM_S_NO_ERROR) {
-        return;
+    status = enumeration::FetchRow(*source.Get(), row);
+    if (row) {
+        rows.push_back(std::move(row));
     }
-    if (returned == 0 || !row) {
-        status = WBEM_S_FALSE;
-        return;
-    }
-    rows.push_back(std::move(row));
 }
 
 } // namespace orvel::shared::wmi

@@ -6,28 +6,11 @@
 #include "Connection.h"
 #include "ResultSet.h"
 #include "SessionMemory.h"
+#include "platform/Wmi.h"
 
 namespace orvel::shared::wmi {
 
 using Microsoft::WRL::ComPtr;
-
-namespace {
-
-std::string ToUtf8(const wchar_t* text, int units)
-{
-    const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text, units, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<size_t>(bytes), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text, units, utf8.data(), bytes, nullptr, nullptr);
-    return utf8;
-}
-
-/// WMI hands an unsigned number out in a signed variant; only its CIM type tells that the sign bit is none.
-bool IsUnsignedInSignedVariant(CIMTYPE type, const VARIANT& value)
-{
-    return value.vt == VT_I4 && (type == CIM_UINT8 || type == CIM_UINT16 || type == CIM_UINT32);
-}
-
-} // namespace
 
 struct WMIClient::State {
     std::wstring Path;
@@ -115,23 +98,7 @@ long WMIClient::GetVariantValue(const wchar_t* name, VARIANT* value)
 template <>
 long WMIClient::GetValue<std::string>(const wchar_t* name, std::string& out)
 {
-    if (!state->Row) {
-        return WBEM_E_NOT_FOUND;
-    }
-    detail::ScopedVariant value;
-    CIMTYPE type = CIM_EMPTY;
-    HRESULT status = state->Row->Get(name, 0, &value.value, &type, nullptr);
-    if (status != WBEM_S_NO_ERROR) {
-        return status;
-    }
-    if (IsUnsignedInSignedVariant(type, value.value)) {
-        value.value.vt = VT_UI4; // the same 32 bits
-    }
-    if (status = ::VariantChangeType(&value.value, &value.value, 0, VT_BSTR); FAILED(status)) {
-        return status;
-    }
-    out = ToUtf8(value.value.bstrVal, static_cast<int>(::SysStringLen(value.value.bstrVal)));
-    return 0;
+    return state->Row ? enumeration::ReadAsText(*state->Row.Get(), name, out) : static_cast<long>(WBEM_E_NOT_FOUND);
 }
 
 } // namespace orvel::shared::wmi
