@@ -5,6 +5,7 @@ set(pure_sources
     formulas/NumberText.cpp
     formulas/PnpDeviceId.cpp
     formulas/RegistryText.cpp
+    formulas/RunFailure.cpp
     formulas/StatusNames.cpp
     formulas/VideoControllerQuery.cpp
     vendors/intel/IntelFillRate.cpp

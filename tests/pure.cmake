@@ -5,6 +5,7 @@ set(pure_tests
     formulas/NumberTextTest.cpp
     formulas/PnpDeviceIdTest.cpp
     formulas/RegistryTextTest.cpp
+    formulas/RunFailureTest.cpp
     formulas/StatusNamesTest.cpp
     formulas/VideoControllerQueryTest.cpp
     support/Main.cpp

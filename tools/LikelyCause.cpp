@@ -1,10 +1,10 @@
 #include "LikelyCause.h"
 
 #include <optional>
-#include <stdexcept>
 
 #include "SystemChecks.h"
 #include "formulas/MemoryBandwidth.h"
+#include "formulas/RunFailure.h"
 #include "formulas/StatusNames.h"
 #include "platform/OpenCLWrapper.h"
 
@@ -57,37 +57,32 @@ std::string NvmlCause()
 }
 
 /// The cause that can be looked for here; "" where there is none.
-std::string SeenCause(const std::string& message)
+std::string SeenCause(RunFailure failure)
 {
-    const auto begins = [&message](const char* text) { return message.starts_with(text); };
-    if (begins("Argument out of range")) {
+    switch (failure) {
+    case RunFailure::NoTransferFactor:
         return MemoryCause(HasTransferFactor, "transfer factor");
-    }
-    if (begins("invalid unordered_map")) {
+    case RunFailure::UnnamedCode:
         return MemoryCause(HasMemoryName, "name");
-    }
-    if (begins("invalid stod") || begins("invalid stof")) {
+    case RunFailure::InvalidStod:
+    case RunFailure::InvalidStof:
         return OpenClCause();
-    }
-    if (begins("Failed to load opencl.dll")) {
+    case RunFailure::NoOpenCl:
         return DllCause("opencl.dll");
-    }
-    if (begins("Failed to initialize NVAPI")) {
+    case RunFailure::NoNvapi:
         return NvapiCause();
+    case RunFailure::NoNvml:
+        return NvmlCause();
+    default:
+        return {};
     }
-    return begins("Failed to initialize NVML") ? NvmlCause() : "";
 }
 
 } // namespace
 
 bool HasTransferFactor(uint32_t memoryType)
 {
-    try {
-        TransferFactor(memoryType);
-        return true;
-    } catch (const std::runtime_error&) {
-        return false;
-    }
+    return TransferFactorOrZero(memoryType) != 0;
 }
 
 bool HasMemoryName(uint32_t memoryType)
@@ -112,8 +107,11 @@ std::string IntelAdaptersWithoutOpenCl()
 
 std::string LikelyCause(const std::string& message, const std::string& lastWarning)
 {
-    // A warning tells what this run could not read; what is seen now may have been so all along.
-    return lastWarning.empty() ? SeenCause(message) : "the last warning before it is " + Quoted(lastWarning);
+    if (!lastWarning.empty()) { // it says what this run could not read; what is seen now may have been so all along
+        return "the last warning before it is " + Quoted(lastWarning);
+    }
+    const auto reported = FindRunFailure(message);
+    return reported ? SeenCause(reported->Failure) : "";
 }
 
 } // namespace orvel::tools

@@ -1,60 +1,73 @@
 #include "Messages.h"
 
 #include <cstdio>
+#include <optional>
+
+#include "formulas/RunFailure.h"
 
 namespace orvel::tools {
 
 namespace {
 
+using shared::enumeration::RunFailure;
+
 struct Explanation {
-    const char* Begins; ///< how the message begins
+    RunFailure Failure;
+    std::optional<int> Status; ///< the only one that it explains, if any
     const char* Meaning;
 };
 
+// Before the explanation of any status there may be one of a single status.
 constexpr Explanation explanations[] = {
-    {"invalid unordered_map<K, T> key", "Windows or the driver reported a code that has no name: an adapter whose "
-                                        "availability WMI does not tell (a disabled or half-installed device, or one of "
-                                        "NVIDIA's that WMI does not list), or a memory type newer than the table, such as "
-                                        "DDR5."},
-    {"Argument out of range",
+    {RunFailure::UnnamedCode,
+     {},
+     "Windows or the driver reported a code that has no name: an adapter whose "
+     "availability WMI does not tell (a disabled or half-installed device, or one of "
+     "NVIDIA's that WMI does not list), or a memory type newer than the table, such as "
+     "DDR5."},
+    {RunFailure::NoTransferFactor,
+     {},
      "The machine's memory has a type for which no transfer rate is known. The usual cause is DDR5 or LPDDR5 memory."},
-    {"invalid stod argument",
+    {RunFailure::InvalidStod,
+     {},
      "OpenCL did not tell the clock of the card: no OpenCL driver is installed, or it calls the card by another name than "
      "Windows does."},
-    {"invalid stof argument", "OpenCL stopped telling the clock of the card on the way; the OpenCL driver is broken."},
-    {"invalid stoi argument",
+    {RunFailure::InvalidStof, {}, "OpenCL stopped telling the clock of the card on the way; the OpenCL driver is broken."},
+    {RunFailure::InvalidStoi,
+     {},
      "A number is missing: WMI does not tell the adapter's memory (AdapterRAM) or identifiers (PNPDeviceID), DXGI cannot be "
      "asked (no display, or a remote session without one), the registry's location text has no bus number, or OpenCL does "
      "not "
      "tell a count."},
-    {"invalid stoul argument", "The adapter's subsystem identifier is no hexadecimal number."},
-    {"invalid stoll argument", "WMI tells the adapter's memory (AdapterRAM) as a text that is no number."},
-    {"stoi argument out of range", "A number in the registry, in WMI or from OpenCL is too large to be true."},
-    {"stoul argument out of range", "The adapter's subsystem identifier has too many digits."},
-    {"stoll argument out of range", "WMI tells more memory for the adapter than there can be."},
-    {"stof argument out of range", "OpenCL tells a clock that is too large to be true."},
-    {"stod argument out of range", "OpenCL tells a clock that is too large to be true."},
-    {"invalid string position", "The adapter's Plug and Play identifier is shorter than a PCI device's always is."},
-    {"Failed to load opencl.dll",
+    {RunFailure::InvalidStoul, {}, "The adapter's subsystem identifier is no hexadecimal number."},
+    {RunFailure::InvalidStoll, {}, "WMI tells the adapter's memory (AdapterRAM) as a text that is no number."},
+    {RunFailure::StoiOutOfRange, {}, "A number in the registry, in WMI or from OpenCL is too large to be true."},
+    {RunFailure::StoulOutOfRange, {}, "The adapter's subsystem identifier has too many digits."},
+    {RunFailure::StollOutOfRange, {}, "WMI tells more memory for the adapter than there can be."},
+    {RunFailure::StofOutOfRange, {}, "OpenCL tells a clock that is too large to be true."},
+    {RunFailure::StodOutOfRange, {}, "OpenCL tells a clock that is too large to be true."},
+    {RunFailure::TextTooShort, {}, "The adapter's Plug and Play identifier is shorter than a PCI device's always is."},
+    {RunFailure::NoOpenCl,
+     {},
      "The OpenCL loader is missing. Every vendor's display driver brings it; without it no vendor's cards are enumerated."},
-    {"Failed to initialize NVAPI. Status code: -2",
+    {RunFailure::NoNvapi, -2,
      "There is no NVIDIA driver on this machine (nvapi64.dll is missing). That is as it should be without an NVIDIA card."},
-    {"Failed to initialize NVAPI", "NVIDIA's driver is installed but does not start; it may be broken or being updated."},
-    {"Failed to enumerate physical GPUs",
-     "NVIDIA's driver finds no card that it can drive, such as one that is switched off."},
-    {"Failed to initialize NVML. Status code: 9",
-     "NVIDIA's management library says that no driver is loaded. It may be the substitute nvml.dll."},
-    {"Failed to initialize NVML", "NVIDIA's management library is there but does not start."},
-    {"Failed to shutdown NVML", "NVIDIA's management library could not count its devices and then did not end."},
-    {"bad allocation", "Memory is exhausted."},
+    {RunFailure::NoNvapi, {}, "NVIDIA's driver is installed but does not start; it may be broken or being updated."},
+    {RunFailure::NoPhysicalGpus, {}, "NVIDIA's driver finds no card that it can drive, such as one that is switched off."},
+    {RunFailure::NoNvml, 9, "NVIDIA's management library says that no driver is loaded. It may be the substitute nvml.dll."},
+    {RunFailure::NoNvml, {}, "NVIDIA's management library is there but does not start."},
+    {RunFailure::NvmlStaysOpen, {}, "NVIDIA's management library could not count its devices and then did not end."},
+    {RunFailure::NoMemory, {}, "Memory is exhausted."},
 };
 
 } // namespace
 
 std::string ExplainMessage(const std::string& message)
 {
+    const auto reported = shared::enumeration::FindRunFailure(message);
     for (const Explanation& explanation : explanations) {
-        if (message.starts_with(explanation.Begins)) {
+        if (reported && explanation.Failure == reported->Failure &&
+            (!explanation.Status || explanation.Status == reported->Status)) {
             return explanation.Meaning;
         }
     }

@@ -128,7 +128,7 @@ const char* KeptText(const char* text) noexcept
         const std::lock_guard lock(mutex);
         return texts.emplace(text).first->c_str();
     } catch (...) {
-        return badAllocationText;
+        return MessageOf(RunFailure::NoMemory);
     }
 }
 
@@ -182,7 +182,7 @@ void MsvcException::Throw() const
         ThrowStatus(Status);
         return;
     case Kind::BadAlloc:
-        ThrowStandard(badAllocDescription, badAllocationText);
+        ThrowStandard(badAllocDescription, MessageOf(RunFailure::NoMemory));
         return;
     case Kind::Exception:
         ThrowStandard(exceptionDescription, KeptText(Text));

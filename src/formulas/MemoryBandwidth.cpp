@@ -2,9 +2,11 @@
 
 #include <stdexcept>
 
+#include "formulas/RunFailure.h"
+
 namespace orvel::shared::enumeration {
 
-int32_t TransferFactor(uint32_t memoryType)
+int32_t TransferFactorOrZero(uint32_t memoryType)
 {
     const auto isBetween = [memoryType](uint32_t first, uint32_t last) { return memoryType >= first && memoryType <= last; };
     if (isBetween(1, 11) || isBetween(13, 15) || isBetween(17, 20) || isBetween(24, 25)) {
@@ -13,7 +15,15 @@ int32_t TransferFactor(uint32_t memoryType)
     if (isBetween(26, 31)) {
         return 2;
     }
-    throw std::runtime_error("Argument out of range");
+    return 0;
+}
+
+int32_t TransferFactor(uint32_t memoryType)
+{
+    if (const int32_t factor = TransferFactorOrZero(memoryType); factor != 0) {
+        return factor;
+    }
+    throw std::runtime_error(MessageOf(RunFailure::NoTransferFactor));
 }
 
 float MemoryBandwidth(float clockMegahertz, uint32_t widthBits, int32_t factor)

@@ -4,8 +4,11 @@
 
 namespace orvel::shared::enumeration {
 
-/// Transfers per clock that are figured for an SMBIOS memory type: 1 for codes 1 to 11, 13 to 15, 17 to 20, 24 and 25; 2 for
-/// 26 to 31. Throws std::runtime_error ("Argument out of range") for any other code.
+/// Transfers per clock that an SMBIOS memory type counts for: 1 for codes 1 to 11, 13 to 15, 17 to 20, 24 and 25; 2 for 26
+/// to 31; 0 for any other code.
+int32_t TransferFactorOrZero(uint32_t memoryType);
+
+/// The same, but throws std::runtime_error ("Argument out of range") for a code without a factor.
 int32_t TransferFactor(uint32_t memoryType);
 
 /// Bandwidth figured from a memory clock in MHz, a width in bits and a transfer factor; 0 when clock or width is not known.

@@ -2,12 +2,14 @@
 
 #include <stdexcept>
 
+#include "formulas/RunFailure.h"
+
 namespace orvel::shared::enumeration {
 
 std::string Cut(const std::string& text, std::size_t position, std::size_t count)
 {
     if (position > text.size()) {
-        throw std::out_of_range("invalid string position");
+        throw std::out_of_range(MessageOf(RunFailure::TextTooShort));
     }
     return text.substr(position, count);
 }

@@ -3,15 +3,14 @@
 #include <exception>
 #include <new>
 
+#include "formulas/RunFailure.h"
+
 namespace orvel::shared::enumeration {
 
-/// What hosts read of exhausted memory; the standard libraries of the compilers word it differently.
-constexpr char badAllocationText[] = "bad allocation";
-
-/// The text of an exception, for the log.
+/// The text of an exception, for the log; the standard libraries of the compilers word exhausted memory differently.
 inline const char* TextOf(const std::exception& error) noexcept
 {
-    return dynamic_cast<const std::bad_alloc*>(&error) ? badAllocationText : error.what();
+    return dynamic_cast<const std::bad_alloc*>(&error) ? MessageOf(RunFailure::NoMemory) : error.what();
 }
 
 } // namespace orvel::shared::enumeration

@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "formulas/RunFailure.h"
 #include "platform/Counts.h"
 #include "platform/Log.h"
 
@@ -43,7 +44,7 @@ std::string FormatInfo(cl_device_info param, const char* data, size_t bytes)
 OpenCLWrapper::OpenCLWrapper() : module(::LoadLibraryW(L"opencl.dll"))
 {
     if (!module) {
-        throw std::runtime_error("Failed to load opencl.dll");
+        throw std::runtime_error(MessageOf(RunFailure::NoOpenCl));
     }
 }
 

@@ -40,12 +40,12 @@ NvapiClient::NvapiClient()
     if (const NvAPI_Status status = nvapi.NvAPI_Initialize(); status != NVAPI_OK) {
         PLOGE << "Failed to initialize NvAPI. Status code: " << status;
         // Intended: the log line writes NvAPI, the exception NVAPI.
-        throw std::runtime_error("Failed to initialize NVAPI. Status code: " + std::to_string(status));
+        throw std::runtime_error(MessageOf(RunFailure::NoNvapi, status));
     }
     if (const NvAPI_Status status = nvapi.NvAPI_EnumPhysicalGPUs(gpuHandles.data(), &gpuCount); status != NVAPI_OK) {
         PLOGE << "Failed to enumerate physical GPUs. Status code: " << status;
         nvapi.NvAPI_Unload(); // before anything that may throw: no destructor runs for a client that was not made
-        throw std::runtime_error("Failed to enumerate physical GPUs. Status code: " + std::to_string(status));
+        throw std::runtime_error(MessageOf(RunFailure::NoPhysicalGpus, status));
     }
     PLOGI << "NVAPI initialized successfully";
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "formulas/RunFailure.h"
 #include "platform/Counts.h"
 #include "platform/Log.h"
 #include "vendors/nvidia/NvidiaFormulas.h"
@@ -12,11 +13,6 @@ namespace orvel::shared::enumeration {
 namespace {
 
 char serialNumber[NVML_DEVICE_SERIAL_BUFFER_SIZE]; // where NVML writes it
-
-std::string WithStatus(const char* text, nvmlReturn_t status)
-{
-    return std::string(text) + " Status code: " + std::to_string(status);
-}
 
 /// The number of devices; a number that no computer has is a failure of an unknown kind.
 nvmlReturn_t CountDevices(unsigned int& count)
@@ -30,14 +26,14 @@ nvmlReturn_t CountDevices(unsigned int& count)
 NvmlClient::NvmlClient()
 {
     if (const nvmlReturn_t status = nvmlInit_v2(); status != NVML_SUCCESS) {
-        throw std::runtime_error(WithStatus("Failed to initialize NVML.", status));
+        throw std::runtime_error(MessageOf(RunFailure::NoNvml, status));
     }
     unsigned int count = 0;
     if (const nvmlReturn_t status = CountDevices(count); status != NVML_SUCCESS) {
         count = 0;
         PLOGE << "Failed to get device count: " << nvmlErrorString(status) << '\n';
         if (const nvmlReturn_t shutdown = nvmlShutdown(); shutdown != NVML_SUCCESS) {
-            throw std::runtime_error(WithStatus("Failed to shutdown NVML.", shutdown));
+            throw std::runtime_error(MessageOf(RunFailure::NvmlStaysOpen, shutdown));
         }
         PLOGI << "NVML shutdown successfully";
     }
