@@ -159,7 +159,7 @@ void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi
         row.Read(property);
     }
     ReadComposition();
-    GetBusIdFromRegistry("1002", gpu.DeviceId, registry);
+    GetBusIdFromRegistry({"1002", gpu.DeviceId, ""}, registry);
     ReadDevice(opencl, gpu.Name, amdVendor, CL_DEVICE_NAME);
     ReadMemorySpeed(wmi);
     ReadSharedMemory();
@@ -168,7 +168,7 @@ void ReadRow(const FloorRows& row, const Gpu& gpu, HMODULE opencl, FloorWmi& wmi
     ReadMemoryType(wmi);
     ReadTotalWidth(wmi);
     row.Read(L"DriverDate");
-    GetBiosString("1002", gpu.DeviceId, registry);
+    GetBiosString({"1002", gpu.DeviceId, ""}, registry);
     for (const wchar_t* property : {L"Name", L"AdapterRAM", L"Status"}) {
         row.Read(property);
     }

@@ -29,7 +29,7 @@ void ReadIdentity(const FloorRows& row, AdapterRegistry& registry, Adapter& adap
     for (int index = 0; index < 4; ++index) {
         adapter.DeviceId[index] = static_cast<char>(pnpDeviceId.Text()[17 + index]);
     }
-    GetBusIdFromRegistry("8086", adapter.DeviceId, registry);
+    GetBusIdFromRegistry({"8086", adapter.DeviceId, ""}, registry);
     Value name;
     row.Read(L"Name", name);
     ::WideCharToMultiByte(CP_UTF8, 0, name.Text(), -1, adapter.Name, sizeof(adapter.Name), nullptr, nullptr);
@@ -61,7 +61,7 @@ void ReadClocksAndMemory(const FloorRows& row, HMODULE opencl, FloorWmi& wmi, Ad
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_COMPUTE_UNITS);
     ReadDevice(opencl, adapter.Name, intelVendor, CL_DEVICE_MAX_COMPUTE_UNITS);
     row.Read(L"DriverDate");
-    GetBiosString("8086", adapter.DeviceId, registry);
+    GetBiosString({"8086", adapter.DeviceId, ""}, registry);
     ReadMemoryType(wmi);
     ReadTotalWidth(wmi);
 }

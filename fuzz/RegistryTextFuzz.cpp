@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "Promised.h"
+#include "formulas/PnpDeviceId.h"
 #include "formulas/RegistryText.h"
 
 using namespace orvel::fuzz;
@@ -33,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     const std::string device = Text(data + 4, 4);
     const std::string id = Text(data + 8, size - 8);
     const bool expected = id.size() >= 21 && id.substr(8, 4) == vendor && id.substr(17, 4) == device;
-    Require(IsMatchingDevice(id, vendor, device) == expected, "both identifiers at their places");
-    Require(!IsMatchingDevice(id, "", device), "an empty identifier names nothing");
+    Require(IsMatchingDevice(id, {vendor, device, ""}) == expected, "both identifiers at their places");
+    Require(!IsMatchingDevice(id, {"", device, ""}), "an empty identifier names nothing");
     return 0;
 }

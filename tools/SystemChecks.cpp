@@ -9,6 +9,7 @@
 #include <objbase.h>
 #include <winver.h>
 
+#include "formulas/VideoControllerQuery.h"
 #include "platform/Dxgi.h"
 #include "platform/Registry.h"
 #include "platform/TextEncoding.h"
@@ -64,11 +65,6 @@ HRESULT ReadColumn(const std::string& wql, const wchar_t* property, std::vector<
     return status;
 }
 
-std::string AdaptersOf(const std::string& vendorId)
-{
-    return "SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_" + vendorId + "%'";
-}
-
 } // namespace
 
 Finding FindDll(const std::string& name)
@@ -99,7 +95,7 @@ Finding FindWmiClass(const std::string& name)
 std::vector<std::string> NamesOfAdapters(const std::string& vendorId)
 {
     std::vector<std::string> names;
-    ReadColumn(AdaptersOf(vendorId), L"Name", names);
+    ReadColumn(AdapterQuery(vendorId), L"Name", names);
     return names;
 }
 

@@ -26,4 +26,10 @@ std::string SubsystemOf(const std::string& text)
     return Cut(text, 29, 4) + "-" + vendor;
 }
 
+bool IsMatchingDevice(const std::string& matchingDeviceId, const PnpDeviceId& adapter)
+{
+    return matchingDeviceId.size() >= 21 && matchingDeviceId.compare(8, 4, adapter.Vendor) == 0 &&
+           matchingDeviceId.compare(17, 4, adapter.Device) == 0;
+}
+
 } // namespace orvel::shared::enumeration

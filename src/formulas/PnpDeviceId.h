@@ -21,4 +21,8 @@ PnpDeviceId ParsePnpDeviceId(const std::string& text);
 /// The subsystem piece alone, for a text that is only known to reach it.
 std::string SubsystemOf(const std::string& text);
 
+/// Whether a driver's "MatchingDeviceId" of the form pci\ven_vvvv&dev_dddd… names the adapter of this vendor and device,
+/// upper and lower case apart.
+bool IsMatchingDevice(const std::string& matchingDeviceId, const PnpDeviceId& adapter);
+
 } // namespace orvel::shared::enumeration

@@ -15,10 +15,4 @@ std::u16string RegistryText(const unsigned char* data, std::size_t bytes)
     return text;
 }
 
-bool IsMatchingDevice(const std::string& matchingDeviceId, const std::string& vendorId, const std::string& deviceId)
-{
-    return matchingDeviceId.size() >= 21 && matchingDeviceId.compare(8, 4, vendorId) == 0 &&
-           matchingDeviceId.compare(17, 4, deviceId) == 0;
-}
-
 } // namespace orvel::shared::enumeration

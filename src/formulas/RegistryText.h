@@ -9,8 +9,4 @@ namespace orvel::shared::enumeration {
 /// neither end in a NUL nor hold whole units, and an odd last byte is none.
 std::u16string RegistryText(const unsigned char* data, std::size_t bytes);
 
-/// Whether a "MatchingDeviceId" of the form pci\ven_vvvv&dev_dddd… names the adapter of these identifiers, upper and lower
-/// case apart.
-bool IsMatchingDevice(const std::string& matchingDeviceId, const std::string& vendorId, const std::string& deviceId);
-
 } // namespace orvel::shared::enumeration

@@ -6,6 +6,12 @@ namespace orvel::shared::enumeration {
 
 // The texts, in UTF-8, that ask WMI for the rows of a vendor's adapter.
 
+/// The rows of all adapters of a PCI vendor, such as "8086".
+std::string AdapterQuery(const std::string& vendorId);
+
+/// The rows of Intel's adapters.
+std::string IntelAdapterQuery();
+
 /// The rows of NVIDIA's adapters of a device id of four hexadecimal digits; of all of them for an empty one.
 std::string NvidiaAdapterQuery(const std::string& deviceId);
 

@@ -1,7 +1,5 @@
 #include "system/DisplayRegistry.h"
 
-#include "formulas/RegistryText.h"
-
 namespace orvel::shared::enumeration {
 
 namespace {
@@ -14,13 +12,12 @@ constexpr size_t mostKeys = 16384;
 /// One search for the driver of an adapter.
 class DriverSearch {
 public:
-    DriverSearch(const std::string& vendorId, const std::string& deviceId) : vendorId(vendorId), deviceId(deviceId) {}
+    explicit DriverSearch(const PnpDeviceId& adapter) : adapter(adapter) {}
 
     std::string BiosStringBelow(KnownKey& key, size_t level = 1);
 
 private:
-    const std::string& vendorId;
-    const std::string& deviceId;
+    const PnpDeviceId& adapter;
     size_t keysLeft = mostKeys;
 };
 
@@ -32,7 +29,7 @@ std::string DriverSearch::BiosStringBelow(KnownKey& key, size_t level)
         if (!subkey) {
             break;
         }
-        if (IsMatchingDevice(subkey->Text(L"MatchingDeviceId"), vendorId, deviceId)) {
+        if (IsMatchingDevice(subkey->Text(L"MatchingDeviceId"), adapter)) {
             return subkey->Text(L"HardwareInformation.BiosString");
         }
         if (std::string found = BiosStringBelow(*subkey, level + 1); !found.empty()) {
@@ -44,18 +41,12 @@ std::string DriverSearch::BiosStringBelow(KnownKey& key, size_t level)
 
 } // namespace
 
-std::string GetBiosString(const std::string& vendorId, const std::string& deviceId, AdapterRegistry& registry)
+std::string GetBiosString(const PnpDeviceId& adapter, AdapterRegistry& registry)
 {
     if (!registry.Video) {
         registry.Video = KnownKey::OfMachine(L"SYSTEM\\CurrentControlSet\\Control\\Video");
     }
-    return DriverSearch(vendorId, deviceId).BiosStringBelow(*registry.Video);
-}
-
-std::string GetBiosString(const std::string& vendorId, const std::string& deviceId)
-{
-    AdapterRegistry registry;
-    return GetBiosString(vendorId, deviceId, registry);
+    return DriverSearch(adapter).BiosStringBelow(*registry.Video);
 }
 
 } // namespace orvel::shared::enumeration

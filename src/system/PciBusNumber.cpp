@@ -81,7 +81,7 @@ std::optional<std::string> LocationOfDevice(const std::string& deviceKey)
 
 } // namespace
 
-int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId, AdapterRegistry& registry)
+int32_t GetBusIdFromRegistry(const PnpDeviceId& adapter, AdapterRegistry& registry)
 {
     LSTATUS status = ERROR_SUCCESS;
     const auto* const devices = DeviceKeys(registry, status);
@@ -90,7 +90,7 @@ int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& dev
         return 0;
     }
     for (const std::string& device : *devices) {
-        if (device.find(vendorId) == std::string::npos || device.find(deviceId) == std::string::npos) {
+        if (device.find(adapter.Vendor) == std::string::npos || device.find(adapter.Device) == std::string::npos) {
             continue;
         }
         if (const auto location = LocationOfDevice(device)) {
@@ -103,7 +103,7 @@ int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& dev
 int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId)
 {
     AdapterRegistry registry;
-    return GetBusIdFromRegistry(vendorId, deviceId, registry);
+    return GetBusIdFromRegistry({vendorId, deviceId, ""}, registry);
 }
 
 } // namespace orvel::shared::enumeration

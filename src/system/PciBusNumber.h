@@ -3,18 +3,19 @@
 #include <cstdint>
 #include <string>
 
+#include "formulas/PnpDeviceId.h"
 #include "system/AdapterRegistry.h"
 
 namespace orvel::shared::enumeration {
 
-/// PCI bus number of an adapter, from the registry's Plug and Play keys; 0 when the adapter is not found there. The
-/// identifiers are texts of 4 hexadecimal digits, upper case as the registry has them.
+/// PCI bus number of an adapter, from the registry's Plug and Play keys; 0 when the adapter is not found there. Vendor
+/// and device have to be in upper case, as the registry has them.
 ///
 /// The first device key whose first instance has a "LocationInformation" decides, so two equal adapters get the same number.
 /// Throws std::invalid_argument ("invalid stoi argument") when that text holds no location, and std::out_of_range ("stoi
 /// argument out of range") when its bus is too large a number.
 /// What the search reads of the device keys' names is kept in `registry`.
-int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId, AdapterRegistry& registry);
+int32_t GetBusIdFromRegistry(const PnpDeviceId& adapter, AdapterRegistry& registry);
 
 /// The same with a registry that is read for this search alone.
 int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId);

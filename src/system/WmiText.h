@@ -7,9 +7,9 @@
 namespace orvel::shared::enumeration {
 
 /// Reads a text property of the current row; false, and an empty text whatever the failed read has written, when that fails.
-inline bool ReadText(wmi::WMIClient& row, const wchar_t* property, std::string& text)
+inline bool ReadText(wmi::WMIClient& client, const wchar_t* property, std::string& text)
 {
-    if (row.GetValue(property, text) == 0) {
+    if (client.GetValue(property, text) == 0) {
         return true;
     }
     text.clear();

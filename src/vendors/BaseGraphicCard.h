@@ -22,31 +22,31 @@ public:
 
 protected:
     /// "Availability"; 0 on failure, a code without a name.
-    uint32_t GetAvailabilityCode(wmi::WMIClient& row) const;
+    uint32_t GetAvailabilityCode(wmi::WMIClient& client) const;
     /// "ConfigManagerErrorCode"; 0 on failure.
-    uint32_t GetConfigError(wmi::WMIClient& row) const;
+    uint32_t GetConfigError(wmi::WMIClient& client) const;
     /// "ConfigManagerUserConfig"; false on failure.
-    bool GetUserConfig(wmi::WMIClient& row) const;
+    bool GetUserConfig(wmi::WMIClient& client) const;
     /// "CurrentHorizontalResolution" and "CurrentVerticalResolution" in pixels, joined by "x"; "" when either fails.
-    std::string GetCurrentResolution(wmi::WMIClient& row) const;
+    std::string GetCurrentResolution(wmi::WMIClient& client) const;
     /// "CurrentRefreshRate" in hertz; 0 on failure.
-    uint32_t GetCurrentRefreshRate(wmi::WMIClient& row) const;
+    uint32_t GetCurrentRefreshRate(wmi::WMIClient& client) const;
     /// "DriverVersion"; "" on failure.
-    std::string GetDriverVersion(wmi::WMIClient& row) const;
+    std::string GetDriverVersion(wmi::WMIClient& client) const;
     /// "DriverDate" as WMI writes it; "" on failure.
-    std::string GetDriverReleaseDate(wmi::WMIClient& row) const;
+    std::string GetDriverReleaseDate(wmi::WMIClient& client) const;
     /// "Name"; "" on failure.
-    std::string GetAdapterName(wmi::WMIClient& row) const;
+    std::string GetAdapterName(wmi::WMIClient& client) const;
     /// "AdapterRAM" in whole MiB; 0 on failure.
-    uint32_t GetAdapterRam(wmi::WMIClient& row) const;
+    uint32_t GetAdapterRam(wmi::WMIClient& client) const;
     /// "Status"; "" on failure.
-    std::string GetAdapterStatus(wmi::WMIClient& row) const;
+    std::string GetAdapterStatus(wmi::WMIClient& client) const;
     /// Whether desktop composition is on; false when Windows does not say, and before Windows Vista. Logs nothing.
     bool IsAeroEnabled() const;
 
     /// Reads what concerns the driver and the display, last the names of the codes that stand in `card` already. Throws
     /// std::out_of_range ("invalid unordered_map<K, T> key") for a code without a name.
-    void ReadDriverAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
+    void ReadDriverAndDisplay(wmi::WMIClient& client, GraphicCardProperties& card) const;
 };
 
 } // namespace orvel::shared::enumeration

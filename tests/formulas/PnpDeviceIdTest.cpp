@@ -32,3 +32,13 @@ TEST_CASE("A cut begins at the end of the text at the latest")
     CHECK(Cut("abcdef", 6, 1) == "");
     CHECK_THROWS_WITH_AS(Cut("abcdef", 7, 1), "invalid string position", std::out_of_range);
 }
+
+TEST_CASE("A matching device id names vendor and device at their places, in their case")
+{
+    CHECK(IsMatchingDevice("pci\\ven_8086&dev_4680", {"8086", "4680", ""}));
+    CHECK(IsMatchingDevice("PCI\\VEN_1002&DEV_73BF&SUBSYS_438E1DA2", {"1002", "73BF", ""}));
+    CHECK_FALSE(IsMatchingDevice("pci\\ven_1002&dev_73bf", {"1002", "73BF", ""}));
+    CHECK_FALSE(IsMatchingDevice("pci\\ven_8086&dev_4680", {"8086", "4681", ""}));
+    CHECK_FALSE(IsMatchingDevice("pci\\ven_8086&dev_468", {"8086", "468", ""}));
+    CHECK_FALSE(IsMatchingDevice("", {"", "", ""}));
+}

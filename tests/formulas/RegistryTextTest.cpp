@@ -29,13 +29,3 @@ TEST_CASE("An odd last byte is no unit of a registry text")
     CHECK(Gives("A\0B"s, u"A"));
     CHECK(Gives("A"s, u""));
 }
-
-TEST_CASE("A matching device id names vendor and device at their places, in their case")
-{
-    CHECK(IsMatchingDevice("pci\\ven_8086&dev_4680", "8086", "4680"));
-    CHECK(IsMatchingDevice("PCI\\VEN_1002&DEV_73BF&SUBSYS_438E1DA2", "1002", "73BF"));
-    CHECK_FALSE(IsMatchingDevice("pci\\ven_1002&dev_73bf", "1002", "73BF"));
-    CHECK_FALSE(IsMatchingDevice("pci\\ven_8086&dev_4680", "8086", "4681"));
-    CHECK_FALSE(IsMatchingDevice("pci\\ven_8086&dev_468", "8086", "468"));
-    CHECK_FALSE(IsMatchingDevice("", "", ""));
-}

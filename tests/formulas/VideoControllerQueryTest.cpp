@@ -4,6 +4,11 @@
 
 using namespace orvel::shared::enumeration;
 
+TEST_CASE("Intel's rows are asked for by vendor")
+{
+    CHECK(IntelAdapterQuery() == "SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'");
+}
+
 TEST_CASE("NVIDIA's rows are asked for by device id; an empty one asks for all")
 {
     CHECK(NvidiaAdapterQuery("2504") ==

@@ -9,6 +9,13 @@ using namespace orvel::tests;
 
 namespace {
 
+/// One search, with a registry of its own.
+std::string GetBiosString(const std::string& vendor, const std::string& device)
+{
+    AdapterRegistry registry;
+    return orvel::shared::enumeration::GetBiosString({vendor, device, ""}, registry);
+}
+
 const std::string video = "SYSTEM\\CurrentControlSet\\Control\\Video\\";
 constexpr char bios[] = "HardwareInformation.BiosString";
 

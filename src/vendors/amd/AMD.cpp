@@ -6,14 +6,13 @@
 #include <cstdlib>
 
 #include "formulas/NumberText.h"
-#include "formulas/PnpDeviceId.h"
 #include "formulas/StatusNames.h"
 #include "formulas/VideoControllerQuery.h"
 #include "platform/Log.h"
 #include "platform/TextEncoding.h"
 #include "system/DisplayRegistry.h"
 #include "system/PciBusNumber.h"
-#include "system/SharedMemory.h"
+#include "system/SharedSystemMemory.h"
 #include "system/SystemMemory.h"
 #include "system/WmiNamespace.h"
 #include "system/WmiText.h"
@@ -117,10 +116,10 @@ AMD::Gpu AMD::ReadGpu(IADLXGPU& gpu, AdlxPtr<IADLXPerformanceMonitoringServices>
     GraphicCardProperties& card = result.Card;
     card.Manufacturer = "AMD";
     card.GraphicsCardSn = sources.SerialNumber;
-    result.VendorId = TextOf(gpu, &IADLXGPU::VendorId);
+    result.Id.Vendor = TextOf(gpu, &IADLXGPU::VendorId);
     card.CardName = TextOf(gpu, &IADLXGPU::Name);
-    card.SubsystemId = SubsystemOf(TextOf(gpu, &IADLXGPU::PNPString));
-    card.DeviceId = TextOf(gpu, &IADLXGPU::DeviceId);
+    card.SubsystemId = result.Id.Subsystem = SubsystemOf(TextOf(gpu, &IADLXGPU::PNPString));
+    card.DeviceId = result.Id.Device = TextOf(gpu, &IADLXGPU::DeviceId);
     card.MemorySize = NumberOf<uint32_t>([&](uint32_t* mebibytes) { return gpu.TotalVRAM(mebibytes); });
     IADLMapping* mapping = Adlx().GetAdlMapping();
     const auto adapter = NumberOf<int32_t>(
@@ -149,47 +148,47 @@ void AMD::ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& car
 
 AMD::Walk AMD::ReadRows(const Gpu& gpu, Sources& sources, GraphicCardList& list) const
 {
-    wmi::WMIClient& row = sources.Client;
-    if (row.Query(ToUtf16(AmdAdapterQuery(gpu.Card.CardName)).c_str()) != 0) {
+    wmi::WMIClient& client = sources.Client;
+    if (client.Query(ToUtf16(AmdAdapterQuery(gpu.Card.CardName)).c_str()) != 0) {
         ORVEL_LOG_AS(plog::error, queryInfo) << "Failed to get Win32_VideoController fields from WMI";
         return Walk::QueryFailed;
     }
-    while (row.GetNext()) {
+    while (client.GetNext()) {
         GraphicCardProperties card = gpu.Card;
-        ReadStatusAndDisplay(row, card);
+        ReadStatusAndDisplay(client, card);
         ReadMachine(gpu, sources, card);
-        if (!ReadText(row, L"DriverDate", card.DriverReleaseDate)) {
+        if (!ReadText(client, L"DriverDate", card.DriverReleaseDate)) {
             ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
         }
-        card.BiosVersion = GetBiosString(gpu.VendorId, card.DeviceId, sources.Registry);
-        card.AdapterName = GetAdapterName(row);
-        card.AdapterRam = GetAdapterRam(row);
-        card.AdapterStatus = GetAdapterStatus(row);
+        card.BiosVersion = GetBiosString(gpu.Id, sources.Registry);
+        card.AdapterName = GetAdapterName(client);
+        card.AdapterRam = GetAdapterRam(client);
+        card.AdapterStatus = GetAdapterStatus(client);
         list.Append(MakeRecord(card));
     }
     return Walk::Finished;
 }
 
-void AMD::ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const
+void AMD::ReadStatusAndDisplay(wmi::WMIClient& client, GraphicCardProperties& card) const
 {
-    card.AvailabilityCode = GetAvailabilityCode(row);
+    card.AvailabilityCode = GetAvailabilityCode(client);
     card.AvailabilityStatus = AvailabilityName(card.AvailabilityCode);
-    card.ConfigError = GetConfigError(row);
+    card.ConfigError = GetConfigError(client);
     card.ConfigErrorStatus = ConfigErrorName(static_cast<int32_t>(card.ConfigError));
-    card.UserConfig = GetUserConfig(row);
-    card.CurrentResolution = GetCurrentResolution(row);
-    card.CurrentRefreshRate = GetCurrentRefreshRate(row);
-    card.DriverVersion = GetDriverVersion(row);
+    card.UserConfig = GetUserConfig(client);
+    card.CurrentResolution = GetCurrentResolution(client);
+    card.CurrentRefreshRate = GetCurrentRefreshRate(client);
+    card.DriverVersion = GetDriverVersion(client);
     card.IsAeroEnabled = IsAeroEnabled();
 }
 
 // Intended: memory clock, type and bandwidth are those of the machine's memory.
 void AMD::ReadMachine(const Gpu& gpu, Sources& sources, GraphicCardProperties& card) const
 {
-    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(gpu.VendorId, card.DeviceId, sources.Registry));
-    card.ChipName = sources.OpenCl.GetDeviceInfoByName(card.CardName, CL_DEVICE_NAME, gpu.VendorId);
+    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(gpu.Id, sources.Registry));
+    card.ChipName = sources.OpenCl.GetDeviceInfoByName(card.CardName, CL_DEVICE_NAME, gpu.Id.Vendor);
     card.MemoryClockMax = GetMemorySpeed();
-    card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedMemorySize(gpu.VendorId, card.DeviceId, card.SubsystemId)));
+    card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedSystemMemory(gpu.Id)));
     card.MemoryType = MemoryTypeNameOrEmpty(GetMemoryType());
     card.MemoryBandwidth = GetMemoryBandwidth();
 }

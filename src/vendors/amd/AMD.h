@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "formulas/PnpDeviceId.h"
 #include "platform/OpenCLWrapper.h"
 #include "record/GraphicCardProperties.h"
 #include "system/AdapterRegistry.h"
@@ -32,7 +33,7 @@ private:
 
     /// One GPU as ADLX tells it, with what ADL adds.
     struct Gpu {
-        std::string VendorId;
+        PnpDeviceId Id;
         GraphicCardProperties Card;
     };
 
@@ -43,7 +44,7 @@ private:
     Gpu ReadGpu(IADLXGPU& gpu, AdlxPtr<IADLXPerformanceMonitoringServices>& services, const Sources& sources) const;
     void ReadAdl(const ADLWrapper& adl, int adapter, GraphicCardProperties& card) const;
     Walk ReadRows(const Gpu& gpu, Sources& sources, GraphicCardList& list) const;
-    void ReadStatusAndDisplay(wmi::WMIClient& row, GraphicCardProperties& card) const;
+    void ReadStatusAndDisplay(wmi::WMIClient& client, GraphicCardProperties& card) const;
     void ReadMachine(const Gpu& gpu, Sources& sources, GraphicCardProperties& card) const;
 };
 

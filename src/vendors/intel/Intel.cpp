@@ -2,12 +2,13 @@
 
 #include "formulas/MemoryBandwidth.h"
 #include "formulas/NumberText.h"
-#include "formulas/PnpDeviceId.h"
 #include "formulas/StatusNames.h"
+#include "formulas/VideoControllerQuery.h"
 #include "platform/Log.h"
+#include "platform/TextEncoding.h"
 #include "system/DisplayRegistry.h"
 #include "system/PciBusNumber.h"
-#include "system/SharedMemory.h"
+#include "system/SharedSystemMemory.h"
 #include "system/SystemMemory.h"
 #include "system/WmiNamespace.h"
 #include "system/WmiText.h"
@@ -34,7 +35,7 @@ void Intel::QueryInfo(GraphicCardList& list)
     client.GetNext();
     ReadText(client, L"SerialNumber", sources.SerialNumber);
 
-    if (client.Query(L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_8086%'") != 0) {
+    if (client.Query(ToUtf16(IntelAdapterQuery()).c_str()) != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
         return;
     }
@@ -44,35 +45,35 @@ void Intel::QueryInfo(GraphicCardList& list)
 }
 
 // The sources are asked in a fixed order, which is the order of the log lines too.
-GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& row, Sources& sources) const
+GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& client, Sources& sources) const
 {
     GraphicCardProperties card;
     card.Manufacturer = "Intel";
     card.GraphicsCardSn = sources.SerialNumber;
-    std::string vendorId;
-    ReadIdentity(row, sources, card, vendorId);
-    ReadFillRates(sources.OpenCl, vendorId, card);
-    ReadClocksAndMemory(row, sources, vendorId, card);
-    ReadCommonProperties(row, card);
+    const PnpDeviceId id = ReadIdentity(client, sources, card);
+    ReadFillRates(sources.OpenCl, id.Vendor, card);
+    ReadClocksAndMemory(client, sources, id, card);
+    ReadCommonProperties(client, card);
     return card;
 }
 
-void Intel::ReadIdentity(wmi::WMIClient& row, Sources& sources, GraphicCardProperties& card, std::string& vendorId) const
+PnpDeviceId Intel::ReadIdentity(wmi::WMIClient& client, Sources& sources, GraphicCardProperties& card) const
 {
+    PnpDeviceId id;
     std::string pnpDeviceId;
-    if (!ReadText(row, L"PNPDeviceID", pnpDeviceId) || pnpDeviceId.empty()) {
+    if (!ReadText(client, L"PNPDeviceID", pnpDeviceId) || pnpDeviceId.empty()) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get PNPDeviceID from WMI";
     } else {
-        const PnpDeviceId id = ParsePnpDeviceId(pnpDeviceId);
-        vendorId = id.Vendor;
-        card.DeviceId = id.Device;
-        card.SubsystemId = id.Subsystem;
+        id = ParsePnpDeviceId(pnpDeviceId);
     }
-    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(vendorId, card.DeviceId, sources.Registry));
-    if (!ReadText(row, L"Name", card.CardName)) {
+    card.DeviceId = id.Device;
+    card.SubsystemId = id.Subsystem;
+    card.BusId = static_cast<uint32_t>(GetBusIdFromRegistry(id, sources.Registry));
+    if (!ReadText(client, L"Name", card.CardName)) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Card Name from WMI";
     }
     card.ChipName = IntelChipName(card.CardName);
+    return id;
 }
 
 void Intel::ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendorId, GraphicCardProperties& card) const
@@ -89,46 +90,46 @@ void Intel::ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendor
     card.TextureFillRate = IntelFillRate(textureClock, GetTotalWidth(), textureArguments, factor);
 }
 
-void Intel::ReadClocksAndMemory(wmi::WMIClient& row, Sources& sources, const std::string& vendorId,
+void Intel::ReadClocksAndMemory(wmi::WMIClient& client, Sources& sources, const PnpDeviceId& id,
                                 GraphicCardProperties& card) const
 {
     const auto ask = [&](cl_device_info param) {
-        return sources.OpenCl.GetDeviceInfoByName(card.CardName, param, vendorId);
+        return sources.OpenCl.GetDeviceInfoByName(card.CardName, param, id.Vendor);
     };
 
     std::string adapterDacType;
-    ReadText(row, L"AdapterDACType", adapterDacType);
+    ReadText(client, L"AdapterDACType", adapterDacType);
     card.GpuType = IntelGpuType(adapterDacType);
     card.GpuClockMax = ToFloat(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY));
     card.MemoryClockMax = GetMemorySpeed();
     card.MemoryBoostClock = ToFloat(ask(CL_DEVICE_MAX_CLOCK_FREQUENCY)); // Intended: repeats the GPU's clock.
 
     std::string adapterRam;
-    const bool hasAdapterRam = ReadText(row, L"AdapterRAM", adapterRam);
+    const bool hasAdapterRam = ReadText(client, L"AdapterRAM", adapterRam);
     card.MemorySize = static_cast<uint32_t>(ToInt(hasAdapterRam ? IntelMemorySize(adapterRam) : std::string()));
-    card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedMemorySize(vendorId, card.DeviceId, card.SubsystemId)));
+    card.MemorySharedSize = static_cast<uint32_t>(ToInt(GetSharedSystemMemory(id)));
 
     const float speed = GetMemorySpeed();
     const uint32_t width = GetTotalWidth();
     card.MemoryBandwidth = MemoryBandwidth(speed, width, TransferFactor(GetMemoryType()));
     card.Cores = static_cast<uint32_t>(ToInt(ask(CL_DEVICE_MAX_COMPUTE_UNITS)));
     card.Shaders = static_cast<uint32_t>(ToInt(ask(CL_DEVICE_MAX_COMPUTE_UNITS)));
-    if (!ReadText(row, L"DriverDate", card.DriverReleaseDate)) {
+    if (!ReadText(client, L"DriverDate", card.DriverReleaseDate)) {
         ORVEL_LOG_AS(plog::warning, queryInfo) << "Failed to get Driver Date from WMI";
     }
-    card.BiosVersion = GetBiosString(vendorId, card.DeviceId, sources.Registry);
+    card.BiosVersion = GetBiosString(id, sources.Registry);
     card.MemoryType = MemoryTypeName(GetMemoryType());
     card.MemoryBusWidth = GetTotalWidth();
 }
 
-void Intel::ReadCommonProperties(wmi::WMIClient& row, GraphicCardProperties& card) const
+void Intel::ReadCommonProperties(wmi::WMIClient& client, GraphicCardProperties& card) const
 {
-    card.AvailabilityCode = GetAvailabilityCode(row);
-    card.ConfigError = GetConfigError(row);
-    card.AdapterStatus = GetAdapterStatus(row);
-    card.AdapterRam = GetAdapterRam(row);
-    card.AdapterName = GetAdapterName(row);
-    ReadDriverAndDisplay(row, card);
+    card.AvailabilityCode = GetAvailabilityCode(client);
+    card.ConfigError = GetConfigError(client);
+    card.AdapterStatus = GetAdapterStatus(client);
+    card.AdapterRam = GetAdapterRam(client);
+    card.AdapterName = GetAdapterName(client);
+    ReadDriverAndDisplay(client, card);
 }
 
 } // namespace orvel::shared::enumeration

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "formulas/PnpDeviceId.h"
 #include "platform/OpenCLWrapper.h"
 #include "record/GraphicCardProperties.h"
 #include "system/AdapterRegistry.h"
@@ -27,12 +28,12 @@ private:
         std::string SerialNumber;
     };
 
-    GraphicCardProperties ReadAdapter(wmi::WMIClient& row, Sources& sources) const;
-    void ReadIdentity(wmi::WMIClient& row, Sources& sources, GraphicCardProperties& card, std::string& vendorId) const;
+    GraphicCardProperties ReadAdapter(wmi::WMIClient& client, Sources& sources) const;
+    PnpDeviceId ReadIdentity(wmi::WMIClient& client, Sources& sources, GraphicCardProperties& card) const;
     void ReadFillRates(const OpenCLWrapper& opencl, const std::string& vendorId, GraphicCardProperties& card) const;
-    void ReadClocksAndMemory(wmi::WMIClient& row, Sources& sources, const std::string& vendorId,
+    void ReadClocksAndMemory(wmi::WMIClient& client, Sources& sources, const PnpDeviceId& id,
                              GraphicCardProperties& card) const;
-    void ReadCommonProperties(wmi::WMIClient& row, GraphicCardProperties& card) const;
+    void ReadCommonProperties(wmi::WMIClient& client, GraphicCardProperties& card) const;
 };
 
 } // namespace orvel::shared::enumeration

@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "formulas/NameOf.h"
+#include "formulas/RunFailure.h"
 #include "platform/Log.h"
 #include "vendors/nvidia/NvidiaFormulas.h"
 

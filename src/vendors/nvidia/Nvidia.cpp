@@ -12,7 +12,7 @@ namespace orvel::shared::enumeration {
 
 void Nvidia::QueryInfo(GraphicCardList& list)
 {
-    wmi::WMIClient row(wmiNamespace);
+    wmi::WMIClient client(wmiNamespace);
     const NvapiClient nvapi;
     const NvmlClient nvml;
     const OpenCLWrapper opencl; // Intended: asked nothing, but a machine without it has no NVIDIA record.
@@ -22,42 +22,42 @@ void Nvidia::QueryInfo(GraphicCardList& list)
     // Intended: the first GPU only, matched by its place in NVAPI and NVML and by its device id in WMI.
     const Gpu gpu{nvapi, nvml, nvapi.GetGpuHandle(0), nvml.GetGpuHandle(0)};
     const std::string deviceId = nvapi.GetDeviceId(gpu.Handle);
-    if (row.Query(ToUtf16(NvidiaAdapterQuery(deviceId)).c_str()) != 0) {
+    if (client.Query(ToUtf16(NvidiaAdapterQuery(deviceId)).c_str()) != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
         return;
     }
-    row.GetNext(); // without a row the readers take their defaults
-    list.Append(MakeRecord(ReadGpu(gpu, row, deviceId)));
+    client.GetNext(); // without a row the readers take their defaults
+    list.Append(MakeRecord(ReadGpu(gpu, client, deviceId)));
 }
 
 // The sources are asked in a fixed order, which is the order of the log lines too.
-GraphicCardProperties Nvidia::ReadGpu(const Gpu& gpu, wmi::WMIClient& row, const std::string& deviceId) const
+GraphicCardProperties Nvidia::ReadGpu(const Gpu& gpu, wmi::WMIClient& client, const std::string& deviceId) const
 {
     GraphicCardProperties card;
     card.Manufacturer = "Nvidia";
     card.DeviceId = deviceId;
-    card.AvailabilityCode = GetAvailabilityCode(row);
-    card.ConfigError = GetConfigError(row);
+    card.AvailabilityCode = GetAvailabilityCode(client);
+    card.ConfigError = GetConfigError(client);
     card.CardName = gpu.Nvapi.GetCardName(gpu.Handle);
     card.BusId = gpu.Nvapi.GetBusId(gpu.Handle);
-    card.AdapterStatus = GetAdapterStatus(row);
-    card.AdapterRam = GetAdapterRam(row);
-    card.AdapterName = GetAdapterName(row);
-    ReadEccAndCores(gpu, row, card);
+    card.AdapterStatus = GetAdapterStatus(client);
+    card.AdapterRam = GetAdapterRam(client);
+    card.AdapterName = GetAdapterName(client);
+    ReadEccAndCores(gpu, client, card);
     ReadMemoryAndClocks(gpu, card);
     ReadLimitsAndLink(gpu, card);
-    ReadDriverAndDisplay(row, card);
+    ReadDriverAndDisplay(client, card);
     return card;
 }
 
-void Nvidia::ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& row, GraphicCardProperties& card) const
+void Nvidia::ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& client, GraphicCardProperties& card) const
 {
     card.EccDoubleBitErrors = gpu.Nvapi.GetEccDoubleBitErrors(gpu.Handle);
     card.EccSingleBitErrors = gpu.Nvapi.GetEccSingleBitErrors(gpu.Handle);
     card.EccStatus = gpu.Nvapi.GetEccStatus(gpu.Handle);
     card.NvidiaSli = gpu.Nvapi.GetNvidiaSli();
     card.BiosVersion = gpu.Nvapi.GetBiosVersion(gpu.Handle);
-    card.DriverReleaseDate = GetDriverReleaseDate(row);
+    card.DriverReleaseDate = GetDriverReleaseDate(client);
     card.Shaders = gpu.Nvapi.GetShaders(gpu.Handle);
     card.Cores = gpu.Nvapi.GetCores(gpu.Handle);
 }

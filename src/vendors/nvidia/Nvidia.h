@@ -25,8 +25,8 @@ private:
         nvmlDevice_t Device;
     };
 
-    GraphicCardProperties ReadGpu(const Gpu& gpu, wmi::WMIClient& row, const std::string& deviceId) const;
-    void ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& row, GraphicCardProperties& card) const;
+    GraphicCardProperties ReadGpu(const Gpu& gpu, wmi::WMIClient& client, const std::string& deviceId) const;
+    void ReadEccAndCores(const Gpu& gpu, wmi::WMIClient& client, GraphicCardProperties& card) const;
     void ReadMemoryAndClocks(const Gpu& gpu, GraphicCardProperties& card) const;
     void ReadLimitsAndLink(const Gpu& gpu, GraphicCardProperties& card) const;
 };

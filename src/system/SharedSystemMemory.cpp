@@ -1,4 +1,4 @@
-#include "system/SharedMemory.h"
+#include "system/SharedSystemMemory.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,11 +50,11 @@ std::string WithoutHyphens(std::string text)
 
 } // namespace
 
-std::string GetSharedMemorySize(const std::string& vendorId, const std::string& deviceId, const std::string& subsystemId)
+std::string GetSharedSystemMemory(const PnpDeviceId& adapter)
 {
-    const auto vendor = static_cast<UINT>(ToInt(vendorId, 16));
-    const auto device = static_cast<UINT>(ToInt(deviceId, 16));
-    const UINT subsystem = ToUnsignedLong(WithoutHyphens(subsystemId), 16);
+    const auto vendor = static_cast<UINT>(ToInt(adapter.Vendor, 16));
+    const auto device = static_cast<UINT>(ToInt(adapter.Device, 16));
+    const UINT subsystem = ToUnsignedLong(WithoutHyphens(adapter.Subsystem), 16);
 
     const auto factory = Received<IDXGIFactory>(
         [](IDXGIFactory** received) { return ::CreateDXGIFactory(idxgiFactoryId, reinterpret_cast<void**>(received)); });
@@ -62,11 +62,11 @@ std::string GetSharedMemorySize(const std::string& vendorId, const std::string& 
         return {};
     }
     const auto descriptions = AdapterDescriptions(*factory.Get());
-    const auto isThisAdapter = [&](const DXGI_ADAPTER_DESC& adapter) {
-        return adapter.VendorId == vendor && adapter.DeviceId == device && adapter.SubSysId == subsystem;
+    const auto isThisAdapter = [&](const DXGI_ADAPTER_DESC& listed) {
+        return listed.VendorId == vendor && listed.DeviceId == device && listed.SubSysId == subsystem;
     };
-    const auto adapter = std::find_if(descriptions.begin(), descriptions.end(), isThisAdapter);
-    const uint64_t bytes = adapter == descriptions.end() ? 0 : adapter->SharedSystemMemory;
+    const auto described = std::find_if(descriptions.begin(), descriptions.end(), isThisAdapter);
+    const uint64_t bytes = described == descriptions.end() ? 0 : described->SharedSystemMemory;
     return std::to_string(static_cast<int64_t>(bytes >> 30));
 }
 

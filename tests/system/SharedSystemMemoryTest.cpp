@@ -1,4 +1,4 @@
-#include "system/SharedMemory.h"
+#include "system/SharedSystemMemory.h"
 
 #include <doctest/doctest.h>
 
@@ -26,7 +26,7 @@ Json Adapters(const std::vector<Json>& adapters)
 TEST_CASE("Shared memory counts whole gibibytes, rounded down")
 {
     Simulate(Adapters({Adapter(0x5917, 0x225D17AA, (3 * 1024 + 1023) * mebibyte)}));
-    CHECK(GetSharedMemorySize("8086", "5917", "225D-17AA") == "3");
+    CHECK(GetSharedSystemMemory({"8086", "5917", "225D-17AA"}) == "3");
     CHECK(Live()["dxgi"] == 0);
 }
 
@@ -34,31 +34,32 @@ TEST_CASE("An adapter is the one whose three identifiers all agree")
 {
     Simulate(Adapters({Adapter(0x5917, 1, 2048 * mebibyte), Adapter(0x5918, 0x225D17AA, 3072 * mebibyte),
                        Adapter(0x5917, 0x225D17AA, 4096 * mebibyte), Adapter(0x5917, 0x225D17AA, 5120 * mebibyte)}));
-    CHECK(GetSharedMemorySize("8086", "5917", "225D-17AA") == "4");
-    CHECK(GetSharedMemorySize("1002", "5917", "225D-17AA") == "0");
+    CHECK(GetSharedSystemMemory({"8086", "5917", "225D-17AA"}) == "4");
+    CHECK(GetSharedSystemMemory({"1002", "5917", "225D-17AA"}) == "0");
 }
 
 TEST_CASE("A subsystem identifier without a hyphen is converted unchanged, and every hyphen is dropped")
 {
     Simulate(Adapters({Adapter(0x5917, 0x225D17AA, 2048 * mebibyte)}));
-    CHECK(GetSharedMemorySize("8086", "5917", "225D17AA") == "2");
-    CHECK(GetSharedMemorySize("8086", "5917", "-22-5D17-AA-") == "2");
+    CHECK(GetSharedSystemMemory({"8086", "5917", "225D17AA"}) == "2");
+    CHECK(GetSharedSystemMemory({"8086", "5917", "-22-5D17-AA-"}) == "2");
 }
 
 TEST_CASE("Where DXGI cannot be asked the text is empty")
 {
     Simulate(Json::object());
-    CHECK(GetSharedMemorySize("8086", "5917", "225D-17AA") == "");
+    CHECK(GetSharedSystemMemory({"8086", "5917", "225D-17AA"}) == "");
 }
 
 TEST_CASE("Identifiers that are no hexadecimal numbers throw before DXGI is asked")
 {
     Simulate(Adapters(Json::array()));
-    CHECK_THROWS_WITH_AS(GetSharedMemorySize("", "", ""), "invalid stoi argument", std::invalid_argument);
-    CHECK_THROWS_WITH_AS(GetSharedMemorySize("8086", "xyz", "1-2"), "invalid stoi argument", std::invalid_argument);
-    CHECK_THROWS_WITH_AS(GetSharedMemorySize("8086", "5917", "-"), "invalid stoul argument", std::invalid_argument);
-    CHECK_THROWS_WITH_AS(GetSharedMemorySize("FFFFFFFF", "5917", "1-2"), "stoi argument out of range", std::out_of_range);
-    CHECK_THROWS_WITH_AS(GetSharedMemorySize("8086", "5917", "225D-17AA0"), "stoul argument out of range",
+    CHECK_THROWS_WITH_AS(GetSharedSystemMemory({"", "", ""}), "invalid stoi argument", std::invalid_argument);
+    CHECK_THROWS_WITH_AS(GetSharedSystemMemory({"8086", "xyz", "1-2"}), "invalid stoi argument", std::invalid_argument);
+    CHECK_THROWS_WITH_AS(GetSharedSystemMemory({"8086", "5917", "-"}), "invalid stoul argument", std::invalid_argument);
+    CHECK_THROWS_WITH_AS(GetSharedSystemMemory({"FFFFFFFF", "5917", "1-2"}), "stoi argument out of range",
+                         std::out_of_range);
+    CHECK_THROWS_WITH_AS(GetSharedSystemMemory({"8086", "5917", "225D-17AA0"}), "stoul argument out of range",
                          std::out_of_range);
     CHECK(Trace().empty());
 }
