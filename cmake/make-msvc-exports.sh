@@ -16,7 +16,7 @@ operations() {
 }
 
 cat <<'END'
-; Made by cmake/make-msvc-exports.sh from the public headers; a test compares it with them.
+; Made from the public headers by ./dev generate.
 EXPORTS
 END
 for class in GraphicCardEnumeration GraphicCardInfo; do

@@ -6,7 +6,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// One graphics adapter: a flat, read-only record of 49 properties.
+/// One graphics adapter: a flat, read-only record.
 ///
 /// `GraphicCardEnumeration` builds and owns the records; a host only reads them. Every text is NUL-terminated, belongs to
 /// the record and is valid as long as it; it is never null. Texts are UTF-8; those of NVAPI, NVML, ADLX and OpenCL are
@@ -17,6 +17,8 @@ class ORVEL_GRAPHIC_CARDS_API GraphicCardInfo {
 public:
     /// Takes one value per property, in the order of the getters, and copies every text.
     /// No text may be null ("" stands for "no value"). Throws std::bad_alloc when memory is exhausted.
+    // Made from properties/properties.toml by ./dev generate.
+    // clang-format off
     GraphicCardInfo(unsigned int availabilityCode, const char* availabilityStatus, unsigned int configError,
                     const char* configErrorStatus, bool userConfig, const char* currentResolution,
                     unsigned int currentRefreshRate, const char* driverVersion, bool isAeroEnabled,
@@ -31,6 +33,7 @@ public:
                     const char* biosVersion, bool nvidiaSli, bool amdCrossfire, unsigned int eccStatus,
                     unsigned int eccSingleBitErrors, unsigned int eccDoubleBitErrors, const char* adapterName,
                     unsigned int adapterRam, const char* adapterStatus);
+    // clang-format on
 
     /// Releases the record's texts.
     ~GraphicCardInfo();
@@ -41,6 +44,8 @@ public:
 
     GraphicCardInfo(const GraphicCardInfo&) = delete;
 
+    // Made from properties/properties.toml by ./dev generate.
+    // clang-format off
     /// State of the device as the code of WMI's `Availability` (1 to 21; 3: running at full power).
     unsigned int GetAvailabilityCode() const;
     /// Name of GetAvailabilityCode, such as "RunningFullPower".
@@ -60,8 +65,8 @@ public:
     const char* GetDriverVersion() const;
     /// Whether desktop composition is on.
     bool GetIsAeroEnabled() const;
-    /// Serial number. Intel and AMD: the machine's, from its BIOS, the same for every card ("": not readable).
-    /// NVIDIA: the card's own ("Unknown": the card does not tell it, as most GeForce cards).
+    /// Serial number. Intel and AMD: the machine's, from its BIOS, the same for every card ("": not readable). NVIDIA: the
+    /// card's own ("Unknown": the card does not report it, as most GeForce cards).
     const char* GetGraphicsCardSn() const;
     /// PCI bus number; 0: bus 0, or not found. Two equal Intel or AMD cards report the same bus.
     unsigned int GetBusId() const;
@@ -76,11 +81,11 @@ public:
     const char* GetChipName() const;
     /// "Intel", "Nvidia" or "AMD".
     const char* GetManufacturer() const;
-    /// "PCI", "AGP", "PCI Express" or "FPCI"; only NVIDIA tells it, "" otherwise.
+    /// "PCI", "AGP", "PCI Express" or "FPCI"; only NVIDIA reports it, "" otherwise.
     const char* GetBusInterface() const;
-    /// Generation of the PCI Express link at this moment (an idle card may lower it); only NVIDIA tells it, 0 otherwise.
+    /// Generation of the PCI Express link at this moment (an idle card may lower it); only NVIDIA reports it, 0 otherwise.
     float GetPcieGeneration() const;
-    /// Highest transfer rate of the PCI Express link in MB/s; only NVIDIA tells it, 0 otherwise.
+    /// Highest transfer rate of the PCI Express link in MB/s; only NVIDIA reports it, 0 otherwise.
     float GetPciTransferRate() const;
     /// Lanes of the PCI Express link. NVIDIA: at this moment; Intel: always 0. AMD: the maximum, taken from a call that ADL
     /// reports as failed, and 0 when it reports success.
@@ -91,23 +96,23 @@ public:
     float GetTextureFillRate() const;
     /// CUDA compute capability, major.minor as a number, such as 8.6; only NVIDIA has it, 0 otherwise.
     float GetCudaCapability() const;
-    /// Maximum operating temperature in degrees Celsius; only NVIDIA tells it, 0 otherwise.
+    /// Maximum operating temperature in degrees Celsius; only NVIDIA reports it, 0 otherwise.
     unsigned int GetMaxTemperature() const;
-    /// Temperature in degrees Celsius at which the card slows down; only NVIDIA tells it, 0 otherwise.
+    /// Temperature in degrees Celsius at which the card slows down; only NVIDIA reports it, 0 otherwise.
     unsigned int GetTemperateSlowdown() const;
-    /// Temperature in degrees Celsius at which the card shuts down; only NVIDIA tells it, 0 otherwise.
+    /// Temperature in degrees Celsius at which the card shuts down; only NVIDIA reports it, 0 otherwise.
     unsigned int GetTemperatureShutdown() const;
     /// NVIDIA: "Integrated", "Discrete", "Unknown", or "UNKNOWN" when it cannot be read. Intel: the kind of the adapter's
-    /// converter, such as "Internal" ("": not told). AMD: always "".
+    /// converter, such as "Internal" ("": not reported). AMD: always "".
     const char* GetGpuType() const;
-    /// Whether cards are linked for rendering together; only NVIDIA tells it, false otherwise.
+    /// Whether cards are linked for rendering together; only NVIDIA reports it, false otherwise.
     bool GetMultiGpuSupport() const;
     /// Clock of the GPU in MHz; Intel: the highest; NVIDIA: as the driver reports it; AMD: always 0.
     float GetGpuClockMax() const;
     /// Boost clock of the GPU in MHz; NVIDIA: the same as GetGpuClockMax; Intel and AMD: always 0.
     float GetGpuBoostClock() const;
-    /// Clock of the memory in MHz. NVIDIA: the card's; Intel and AMD: the machine's, half of its fastest module's rate;
-    /// 0: not readable.
+    /// Clock of the memory in MHz. NVIDIA: the card's; Intel and AMD: the machine's, half of its fastest module's rate; 0:
+    /// not readable.
     float GetMemoryClockMax() const;
     /// NVIDIA: the same as GetMemoryClockMax. Intel: repeats the GPU's clock, in MHz. AMD: always 0.
     float GetMemoryBoostClock() const;
@@ -147,10 +152,11 @@ public:
     unsigned int GetEccDoubleBitErrors() const;
     /// Name of the video controller in WMI; "": not readable.
     const char* GetAdapterName() const;
-    /// Memory of the video controller in WMI, in whole MiB; WMI ends at 4095; 0: not readable.
+    /// Memory of the video controller in WMI, in whole MiB; WMI saturates at 4095; 0: not readable.
     unsigned int GetAdapterRam() const;
     /// Status of the video controller in WMI, such as "OK"; "": not readable.
     const char* GetAdapterStatus() const;
+    // clang-format on
 
 #ifndef _MSC_VER
     /// Fills the first `size` bytes of the object with zeros. Called by code that MSVC generates before a constructor.
@@ -158,6 +164,8 @@ public:
 #endif
 
 private:
+    // Made from properties/properties.toml by ./dev generate.
+    // clang-format off
     unsigned int AvailabilityCode;
     const char* AvailabilityStatus;
     unsigned int ConfigError;
@@ -207,6 +215,7 @@ private:
     const char* AdapterName;
     unsigned int AdapterRam;
     const char* AdapterStatus;
+    // clang-format on
 };
 
 } // namespace orvel::shared::enumeration

@@ -1,89 +1,83 @@
 #include "CardFields.h"
 
 #include <charconv>
-#include <string_view>
 
 namespace orvel::tools {
 
 using shared::enumeration::GraphicCardInfo;
 
-#define CARD_FIELD(name, group, label, unit, nvidiaUnit)                                                                    \
-    CardField                                                                                                               \
-    {                                                                                                                       \
-#name, FieldGroup::group, label, unit, nvidiaUnit,                                                                  \
-            [](const GraphicCardInfo& card) { return FieldValue(card.Get##name()); }                                        \
-    }
-
-// clang-format off: one property a line.
-const std::array<CardField, 49> cardFields = {
-    CARD_FIELD(AvailabilityCode, DriverAndStatus, "Availability code", "", ""),
-    CARD_FIELD(AvailabilityStatus, DriverAndStatus, "Availability", "", ""),
-    CARD_FIELD(ConfigError, DriverAndStatus, "Configuration error", "", ""),
-    CARD_FIELD(ConfigErrorStatus, DriverAndStatus, "Configuration", "", ""),
-    CARD_FIELD(UserConfig, DriverAndStatus, "User configuration", "", ""),
-    CARD_FIELD(CurrentResolution, Display, "Resolution", "", ""),
-    CARD_FIELD(CurrentRefreshRate, Display, "Refresh rate", "Hz", "Hz"),
-    CARD_FIELD(DriverVersion, DriverAndStatus, "Driver version", "", ""),
-    CARD_FIELD(IsAeroEnabled, Display, "Desktop composition", "", ""),
-    CARD_FIELD(GraphicsCardSn, Identity, "Serial number", "", ""),
-    CARD_FIELD(BusId, Bus, "PCI bus", "", ""),
-    CARD_FIELD(DeviceId, Identity, "Device id", "", ""),
-    CARD_FIELD(SubsystemId, Identity, "Subsystem id", "", ""),
-    CARD_FIELD(CardName, Identity, "Card name", "", ""),
-    CARD_FIELD(ChipName, Identity, "Chip name", "", ""),
-    CARD_FIELD(Manufacturer, Identity, "Manufacturer", "", ""),
-    CARD_FIELD(BusInterface, Bus, "Bus interface", "", ""),
-    CARD_FIELD(PcieGeneration, Bus, "PCIe generation", "", ""),
-    CARD_FIELD(PciTransferRate, Bus, "PCIe transfer rate", "MB/s", "MB/s"),
-    CARD_FIELD(PciLanes, Bus, "PCIe lanes", "", ""),
-    CARD_FIELD(PixelFillRate, ClocksAndRates, "Pixel fill rate", "Gpixel/s", "Gpixel/s"),
-    CARD_FIELD(TextureFillRate, ClocksAndRates, "Texture fill rate", "Gtexel/s", "Gtexel/s"),
-    CARD_FIELD(CudaCapability, Processing, "CUDA capability", "", ""),
-    CARD_FIELD(MaxTemperature, ThermalLimits, "Maximum", "°C", "°C"),
-    CARD_FIELD(TemperateSlowdown, ThermalLimits, "Slowdown", "°C", "°C"),
-    CARD_FIELD(TemperatureShutdown, ThermalLimits, "Shutdown", "°C", "°C"),
-    CARD_FIELD(GpuType, Identity, "GPU type", "", ""),
-    CARD_FIELD(MultiGpuSupport, EccAndMultiGpu, "Multi-GPU", "", ""),
-    CARD_FIELD(GpuClockMax, ClocksAndRates, "GPU clock", "MHz", "MHz"),
-    CARD_FIELD(GpuBoostClock, ClocksAndRates, "GPU boost clock", "MHz", "MHz"),
-    CARD_FIELD(MemoryClockMax, ClocksAndRates, "Memory clock", "MHz", "MHz"),
-    CARD_FIELD(MemoryBoostClock, ClocksAndRates, "Memory boost clock", "MHz", "MHz"),
-    CARD_FIELD(MemorySize, Memory, "Memory size", "MiB", "bytes (low 32 bits)"),
-    CARD_FIELD(MemorySharedSize, Memory, "Shared memory", "GiB", "bytes (low 32 bits)"),
-    CARD_FIELD(MemoryType, Memory, "Memory type", "", ""),
-    CARD_FIELD(MemoryBandwidth, Memory, "Memory bandwidth", "", "GB/s"),
-    CARD_FIELD(MemoryBusWidth, Memory, "Memory bus width", "bit", "bit"),
-    CARD_FIELD(Cores, Processing, "Cores", "", ""),
-    CARD_FIELD(Shaders, Processing, "Shaders", "", ""),
-    CARD_FIELD(DriverReleaseDate, DriverAndStatus, "Driver date", "", ""),
-    CARD_FIELD(BiosVersion, Identity, "BIOS version", "", ""),
-    CARD_FIELD(NvidiaSli, EccAndMultiGpu, "NVIDIA SLI", "", ""),
-    CARD_FIELD(AmdCrossfire, EccAndMultiGpu, "AMD CrossFire", "", ""),
-    CARD_FIELD(EccStatus, EccAndMultiGpu, "ECC status", "", ""),
-    CARD_FIELD(EccSingleBitErrors, EccAndMultiGpu, "Single-bit errors", "", ""),
-    CARD_FIELD(EccDoubleBitErrors, EccAndMultiGpu, "Double-bit errors", "", ""),
-    CARD_FIELD(AdapterName, Identity, "Adapter name", "", ""),
-    CARD_FIELD(AdapterRam, Memory, "Adapter memory", "MiB", "MiB"),
-    CARD_FIELD(AdapterStatus, DriverAndStatus, "Adapter status", "", ""),
-};
-// clang-format on
-
 namespace {
 
-/// Properties in which 0 or "no" is an answer like any other.
-constexpr std::string_view zeroIsTold[] = {"AvailabilityCode", "ConfigError", "UserConfig", "IsAeroEnabled", "BusId"};
+template <auto Getter>
+FieldValue Read(const GraphicCardInfo& card)
+{
+    return (card.*Getter)();
+}
 
 } // namespace
+
+const std::array<CardField, propertyCount> cardFields = {{
+    // Made from properties/properties.toml by ./dev generate.
+    // clang-format off
+    {"AvailabilityCode", FieldGroup::DriverAndStatus, "Availability code", "", "", true, Read<&GraphicCardInfo::GetAvailabilityCode>},
+    {"AvailabilityStatus", FieldGroup::DriverAndStatus, "Availability", "", "", false, Read<&GraphicCardInfo::GetAvailabilityStatus>},
+    {"ConfigError", FieldGroup::DriverAndStatus, "Configuration error", "", "", true, Read<&GraphicCardInfo::GetConfigError>},
+    {"ConfigErrorStatus", FieldGroup::DriverAndStatus, "Configuration", "", "", false, Read<&GraphicCardInfo::GetConfigErrorStatus>},
+    {"UserConfig", FieldGroup::DriverAndStatus, "User configuration", "", "", true, Read<&GraphicCardInfo::GetUserConfig>},
+    {"CurrentResolution", FieldGroup::Display, "Resolution", "", "", false, Read<&GraphicCardInfo::GetCurrentResolution>},
+    {"CurrentRefreshRate", FieldGroup::Display, "Refresh rate", "Hz", "Hz", false, Read<&GraphicCardInfo::GetCurrentRefreshRate>},
+    {"DriverVersion", FieldGroup::DriverAndStatus, "Driver version", "", "", false, Read<&GraphicCardInfo::GetDriverVersion>},
+    {"IsAeroEnabled", FieldGroup::Display, "Desktop composition", "", "", true, Read<&GraphicCardInfo::GetIsAeroEnabled>},
+    {"GraphicsCardSn", FieldGroup::Identity, "Serial number", "", "", false, Read<&GraphicCardInfo::GetGraphicsCardSn>},
+    {"BusId", FieldGroup::Bus, "PCI bus", "", "", true, Read<&GraphicCardInfo::GetBusId>},
+    {"DeviceId", FieldGroup::Identity, "Device id", "", "", false, Read<&GraphicCardInfo::GetDeviceId>},
+    {"SubsystemId", FieldGroup::Identity, "Subsystem id", "", "", false, Read<&GraphicCardInfo::GetSubsystemId>},
+    {"CardName", FieldGroup::Identity, "Card name", "", "", false, Read<&GraphicCardInfo::GetCardName>},
+    {"ChipName", FieldGroup::Identity, "Chip name", "", "", false, Read<&GraphicCardInfo::GetChipName>},
+    {"Manufacturer", FieldGroup::Identity, "Manufacturer", "", "", false, Read<&GraphicCardInfo::GetManufacturer>},
+    {"BusInterface", FieldGroup::Bus, "Bus interface", "", "", false, Read<&GraphicCardInfo::GetBusInterface>},
+    {"PcieGeneration", FieldGroup::Bus, "PCIe generation", "", "", false, Read<&GraphicCardInfo::GetPcieGeneration>},
+    {"PciTransferRate", FieldGroup::Bus, "PCIe transfer rate", "MB/s", "MB/s", false, Read<&GraphicCardInfo::GetPciTransferRate>},
+    {"PciLanes", FieldGroup::Bus, "PCIe lanes", "", "", false, Read<&GraphicCardInfo::GetPciLanes>},
+    {"PixelFillRate", FieldGroup::ClocksAndRates, "Pixel fill rate", "Gpixel/s", "Gpixel/s", false, Read<&GraphicCardInfo::GetPixelFillRate>},
+    {"TextureFillRate", FieldGroup::ClocksAndRates, "Texture fill rate", "Gtexel/s", "Gtexel/s", false, Read<&GraphicCardInfo::GetTextureFillRate>},
+    {"CudaCapability", FieldGroup::Processing, "CUDA capability", "", "", false, Read<&GraphicCardInfo::GetCudaCapability>},
+    {"MaxTemperature", FieldGroup::ThermalLimits, "Maximum", "°C", "°C", false, Read<&GraphicCardInfo::GetMaxTemperature>},
+    {"TemperateSlowdown", FieldGroup::ThermalLimits, "Slowdown", "°C", "°C", false, Read<&GraphicCardInfo::GetTemperateSlowdown>},
+    {"TemperatureShutdown", FieldGroup::ThermalLimits, "Shutdown", "°C", "°C", false, Read<&GraphicCardInfo::GetTemperatureShutdown>},
+    {"GpuType", FieldGroup::Identity, "GPU type", "", "", false, Read<&GraphicCardInfo::GetGpuType>},
+    {"MultiGpuSupport", FieldGroup::EccAndMultiGpu, "Multi-GPU", "", "", false, Read<&GraphicCardInfo::GetMultiGpuSupport>},
+    {"GpuClockMax", FieldGroup::ClocksAndRates, "GPU clock", "MHz", "MHz", false, Read<&GraphicCardInfo::GetGpuClockMax>},
+    {"GpuBoostClock", FieldGroup::ClocksAndRates, "GPU boost clock", "MHz", "MHz", false, Read<&GraphicCardInfo::GetGpuBoostClock>},
+    {"MemoryClockMax", FieldGroup::ClocksAndRates, "Memory clock", "MHz", "MHz", false, Read<&GraphicCardInfo::GetMemoryClockMax>},
+    {"MemoryBoostClock", FieldGroup::ClocksAndRates, "Memory boost clock", "MHz", "MHz", false, Read<&GraphicCardInfo::GetMemoryBoostClock>},
+    {"MemorySize", FieldGroup::Memory, "Memory size", "MiB", "bytes (low 32 bits)", false, Read<&GraphicCardInfo::GetMemorySize>},
+    {"MemorySharedSize", FieldGroup::Memory, "Shared memory", "GiB", "bytes (low 32 bits)", false, Read<&GraphicCardInfo::GetMemorySharedSize>},
+    {"MemoryType", FieldGroup::Memory, "Memory type", "", "", false, Read<&GraphicCardInfo::GetMemoryType>},
+    {"MemoryBandwidth", FieldGroup::Memory, "Memory bandwidth", "", "GB/s", false, Read<&GraphicCardInfo::GetMemoryBandwidth>},
+    {"MemoryBusWidth", FieldGroup::Memory, "Memory bus width", "bit", "bit", false, Read<&GraphicCardInfo::GetMemoryBusWidth>},
+    {"Cores", FieldGroup::Processing, "Cores", "", "", false, Read<&GraphicCardInfo::GetCores>},
+    {"Shaders", FieldGroup::Processing, "Shaders", "", "", false, Read<&GraphicCardInfo::GetShaders>},
+    {"DriverReleaseDate", FieldGroup::DriverAndStatus, "Driver date", "", "", false, Read<&GraphicCardInfo::GetDriverReleaseDate>},
+    {"BiosVersion", FieldGroup::Identity, "BIOS version", "", "", false, Read<&GraphicCardInfo::GetBiosVersion>},
+    {"NvidiaSli", FieldGroup::EccAndMultiGpu, "NVIDIA SLI", "", "", false, Read<&GraphicCardInfo::GetNvidiaSli>},
+    {"AmdCrossfire", FieldGroup::EccAndMultiGpu, "AMD CrossFire", "", "", false, Read<&GraphicCardInfo::GetAmdCrossfire>},
+    {"EccStatus", FieldGroup::EccAndMultiGpu, "ECC status", "", "", false, Read<&GraphicCardInfo::GetEccStatus>},
+    {"EccSingleBitErrors", FieldGroup::EccAndMultiGpu, "Single-bit errors", "", "", false, Read<&GraphicCardInfo::GetEccSingleBitErrors>},
+    {"EccDoubleBitErrors", FieldGroup::EccAndMultiGpu, "Double-bit errors", "", "", false, Read<&GraphicCardInfo::GetEccDoubleBitErrors>},
+    {"AdapterName", FieldGroup::Identity, "Adapter name", "", "", false, Read<&GraphicCardInfo::GetAdapterName>},
+    {"AdapterRam", FieldGroup::Memory, "Adapter memory", "MiB", "MiB", false, Read<&GraphicCardInfo::GetAdapterRam>},
+    {"AdapterStatus", FieldGroup::DriverAndStatus, "Adapter status", "", "", false, Read<&GraphicCardInfo::GetAdapterStatus>},
+    // clang-format on
+}};
 
 bool IsNotTold(const CardField& field, const FieldValue& value)
 {
     if (const auto* text = std::get_if<std::string>(&value)) {
         return text->empty() || *text == "Unknown" || *text == "UNKNOWN";
     }
-    for (const std::string_view name : zeroIsTold) {
-        if (name == field.Name) {
-            return false;
-        }
+    if (field.IsZeroAnAnswer) {
+        return false;
     }
     const auto isZero = [](const auto& number) {
         using Number = std::decay_t<decltype(number)>;

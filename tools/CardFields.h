@@ -30,6 +30,7 @@ struct CardField {
     const char* Label;      ///< for people
     const char* Unit;       ///< "" for none
     const char* NvidiaUnit; ///< where NVIDIA's record counts in another one
+    bool IsZeroAnAnswer;    ///< 0 or false does not mean that the value is missing
     FieldValue (*Read)(const shared::enumeration::GraphicCardInfo& card);
 };
 
@@ -40,7 +41,13 @@ bool IsNotTold(const CardField& field, const FieldValue& value);
 /// A value as people read it: flags as yes and no, numbers with the digits that they need.
 std::string ToDisplayText(const FieldValue& value);
 
+/// The properties of a record.
+// Made from properties/properties.toml by ./dev generate.
+// clang-format off
+inline constexpr std::size_t propertyCount = 49;
+// clang-format on
+
 /// Every property, in record order.
-extern const std::array<CardField, 49> cardFields;
+extern const std::array<CardField, propertyCount> cardFields;
 
 } // namespace orvel::tools

@@ -10,7 +10,8 @@ struct FieldSource {
     const char* Reader; ///< the operation whose log lines tell of its failures; "" for none
 };
 
-/// The source of a property (by its name in the record) for a manufacturer as the record names it.
+/// The source of a property (by its name in the record) for a manufacturer as the record names it; empty texts for an
+/// unknown one.
 FieldSource SourceOf(const std::string& field, const std::string& manufacturer);
 
 /// Whether the vendor has no source for the property.

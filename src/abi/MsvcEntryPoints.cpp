@@ -25,6 +25,8 @@ void GraphicCardEnumeration_MsvcQueryGraphicCards(GraphicCardEnumeration* enumer
     CallForMsvc([&] { enumeration->QueryGraphicCards(); });
 }
 
+// Made from properties/properties.toml by ./dev generate.
+// clang-format off
 void* GraphicCardInfo_MsvcConstructor(
     void* storage, unsigned int availabilityCode, const char* availabilityStatus, unsigned int configError,
     const char* configErrorStatus, bool userConfig, const char* currentResolution, unsigned int currentRefreshRate,
@@ -51,6 +53,7 @@ void* GraphicCardInfo_MsvcConstructor(
     });
     return storage;
 }
+// clang-format on
 
 // What code that MSVC has generated calls before a constructor, under both classes' names and both compilers'.
 void ZeroFillObject(void* object, size_t size)

@@ -22,6 +22,11 @@ void ReleaseText(const char*& text)
 
 } // namespace
 
+// Intended: the texts are shared, not copied, and the target's own are abandoned.
+GraphicCardInfo& GraphicCardInfo::operator=(const GraphicCardInfo& other) = default;
+
+// Made from properties/properties.toml by ./dev generate.
+// clang-format off
 GraphicCardInfo::GraphicCardInfo(
     unsigned int availabilityCode, const char* availabilityStatus, unsigned int configError, const char* configErrorStatus,
     bool userConfig, const char* currentResolution, unsigned int currentRefreshRate, const char* driverVersion,
@@ -106,9 +111,6 @@ GraphicCardInfo::~GraphicCardInfo()
     ReleaseText(AdapterName);
     ReleaseText(AdapterStatus);
 }
-
-// Intended: the texts are shared, not copied, and the target's own are abandoned.
-GraphicCardInfo& GraphicCardInfo::operator=(const GraphicCardInfo& other) = default;
 
 unsigned int GraphicCardInfo::GetAvailabilityCode() const
 {
@@ -354,5 +356,6 @@ const char* GraphicCardInfo::GetAdapterStatus() const
 {
     return AdapterStatus;
 }
+// clang-format on
 
 } // namespace orvel::shared::enumeration

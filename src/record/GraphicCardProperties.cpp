@@ -5,6 +5,8 @@ namespace orvel::shared::enumeration {
 std::unique_ptr<GraphicCardInfo> MakeRecord(const GraphicCardProperties& properties)
 {
     const GraphicCardProperties& p = properties;
+    // Made from properties/properties.toml by ./dev generate.
+    // clang-format off
     return std::make_unique<GraphicCardInfo>(
         p.AvailabilityCode, p.AvailabilityStatus.c_str(), p.ConfigError, p.ConfigErrorStatus.c_str(), p.UserConfig,
         p.CurrentResolution.c_str(), p.CurrentRefreshRate, p.DriverVersion.c_str(), p.IsAeroEnabled,
@@ -15,6 +17,7 @@ std::unique_ptr<GraphicCardInfo> MakeRecord(const GraphicCardProperties& propert
         p.MemorySharedSize, p.MemoryType.c_str(), p.MemoryBandwidth, p.MemoryBusWidth, p.Cores, p.Shaders,
         p.DriverReleaseDate.c_str(), p.BiosVersion.c_str(), p.NvidiaSli, p.AmdCrossfire, p.EccStatus, p.EccSingleBitErrors,
         p.EccDoubleBitErrors, p.AdapterName.c_str(), p.AdapterRam, p.AdapterStatus.c_str());
+    // clang-format on
 }
 
 } // namespace orvel::shared::enumeration

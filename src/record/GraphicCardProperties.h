@@ -11,6 +11,8 @@ namespace orvel::shared::enumeration {
 /// The properties of a record while its enumerator gathers them; each starts at its neutral value. See GraphicCardInfo for
 /// what they mean.
 struct GraphicCardProperties {
+    // Made from properties/properties.toml by ./dev generate.
+    // clang-format off
     uint32_t AvailabilityCode = 0;
     std::string AvailabilityStatus;
     uint32_t ConfigError = 0;
@@ -60,6 +62,7 @@ struct GraphicCardProperties {
     std::string AdapterName;
     uint32_t AdapterRam = 0;
     std::string AdapterStatus;
+    // clang-format on
 };
 
 /// The finished record.

@@ -92,64 +92,6 @@ for document in "${documents[@]}"; do
     )
 done
 
-# --- properties ---------------------------------------------------------------------------------------------------------------
-
-header=include/GraphicCardInfo.h
-# Each getter as "property|type|comment".
-awk '/^    \/\/\/ / { comment = comment " " substr($0, 9); next }
-    match($0, /Get[A-Za-z]+\(\) const;/) {
-        name = substr($0, RSTART + 3, RLENGTH - 12)
-        type = substr($0, 5, RSTART - 5)
-        sub(/ $/, "", type)
-        print name "|" type "|" comment
-    }
-    { comment = "" }' $header >"$work/getters"
-# Each row of the first table, without the spaces around its cells.
-awk '/^## / { exit } /^\| `/ { gsub(/ *\| */, "|"); print }' docs/properties.md >"$work/rows"
-
-is_49() { [ "$(wc -l <"$1")" -eq 49 ] || { wc -l "$1"; return 1; }; }
-check "the header has 49 getters" is_49 "$work/getters"
-check "docs/properties.md has 49 rows" is_49 "$work/rows"
-check "the properties are in the record's order, with the getters' types" same \
-    <(cut -d'|' -f1,2 "$work/getters") <(sed 's/`//g' "$work/rows" | cut -d'|' -f2,3)
-check "the record's members have the same order and types" same <(cut -d'|' -f1,2 "$work/getters") \
-    <(sed -nE 's/^    (unsigned int|const char\*|bool|float) ([A-Z][A-Za-z]*);$/\2|\1/p' $header)
-
-# The sources that the command-line tool reports, as "property|Intel|NVIDIA|AMD".
-tr '\n' ' ' <tools/FieldSources.cpp | grep -oP '\{"[A-Za-z]+",(?= *\{\{)|\{"[^"]*", *"[^"]*"\}' |
-    sed -E 's/^\{"([A-Za-z]+)",$/\1/; s/^\{"([^"]*)", *"[^"]*"\}$/= \1/' |
-    awk '/^= / { line = line "|" substr($0, 3); next } { if (line) print line; line = $0 } END { print line }' >"$work/sources"
-
-has_units() { # CELL COMMENT: each unit of a cell such as "MiB; NVIDIA: bytes"
-    local unit
-    [ "$1" = - ] && return
-    while IFS= read -r unit; do [[ $2 == *"$unit"* ]] || { echo "no \"$unit\" in: $2"; return 1; }; done < <(
-        tr ';' '\n' <<<"$1" | sed 's/^ *//; s/^[A-Za-z, ]*: *//'
-    )
-}
-names_source() { # CELL SOURCE: the document has every interface name that the program reports; "always" only for constants
-    local word
-    if [ "$2" = "not told by this vendor" ] || [ "$2" = constant ]; then
-        [[ $1 == always* ]] || { echo "the program says: $2"; return 1; }
-        return
-    fi
-    [[ $1 != always* ]] || { echo "the program says: $2"; return 1; }
-    while IFS= read -r word; do [[ $1 == *"$word"* ]] || { echo "the program says: $2"; return 1; }; done < <(
-        grep -oE '[A-Za-z0-9_]*(_|::|\.|nvmlDevice|DwmIs)[A-Za-z0-9_]+' <<<"$2"
-    )
-}
-while IFS='|' read -r _ property _ unit neutral intel nvidia amd _; do
-    name=${property//\`/}
-    comment=$(grep "^$name|" "$work/getters" | cut -d'|' -f3)
-    check "$name: the header names the unit" has_units "$unit" "$comment"
-    check "$name: has a neutral value" test -n "$neutral"
-    check "$name: has a comment" test -n "$comment"
-    IFS='|' read -r _ of_intel of_nvidia of_amd < <(grep "^$name|" "$work/sources")
-    check "$name: Intel's source" names_source "$intel" "${of_intel:-missing}"
-    check "$name: NVIDIA's source" names_source "$nvidia" "${of_nvidia:-missing}"
-    check "$name: AMD's source" names_source "$amd" "${of_amd:-missing}"
-done <"$work/rows"
-
 # --- messages and machines ----------------------------------------------------------------------------------------------------
 
 sed -nE 's/^    \{RunFailure::[A-Za-z]+, "([^"]*)"\},$/\1/p' src/formulas/RunFailure.cpp >"$work/messages"

@@ -1,110 +1,169 @@
 #include "GraphicCardInfo.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <set>
+#include <string>
+#include <tuple>
 
 #include <windows.h>
 
 #include <doctest/doctest.h>
 
+#include "CardFields.h"
+#include "support/HeldResources.h"
+
 using orvel::shared::enumeration::GraphicCardInfo;
+using orvel::tools::CardField;
+using orvel::tools::cardFields;
+using orvel::tools::FieldValue;
+using orvel::tools::propertyCount;
 
 namespace {
 
-/// Builds a record in which every property has a value of its own.
-template <typename Build>
-auto WithDistinctValues(Build build)
+/// What hosts rely on: the constructor's parameters and the members in memory have this order and these types. A property is
+/// added at the end, and none is ever moved.
+constexpr const char* contract[] = {
+    "unsigned int AvailabilityCode",
+    "const char* AvailabilityStatus",
+    "unsigned int ConfigError",
+    "const char* ConfigErrorStatus",
+    "bool UserConfig",
+    "const char* CurrentResolution",
+    "unsigned int CurrentRefreshRate",
+    "const char* DriverVersion",
+    "bool IsAeroEnabled",
+    "const char* GraphicsCardSn",
+    "unsigned int BusId",
+    "const char* DeviceId",
+    "const char* SubsystemId",
+    "const char* CardName",
+    "const char* ChipName",
+    "const char* Manufacturer",
+    "const char* BusInterface",
+    "float PcieGeneration",
+    "float PciTransferRate",
+    "unsigned int PciLanes",
+    "float PixelFillRate",
+    "float TextureFillRate",
+    "float CudaCapability",
+    "unsigned int MaxTemperature",
+    "unsigned int TemperateSlowdown",
+    "unsigned int TemperatureShutdown",
+    "const char* GpuType",
+    "bool MultiGpuSupport",
+    "float GpuClockMax",
+    "float GpuBoostClock",
+    "float MemoryClockMax",
+    "float MemoryBoostClock",
+    "unsigned int MemorySize",
+    "unsigned int MemorySharedSize",
+    "const char* MemoryType",
+    "float MemoryBandwidth",
+    "unsigned int MemoryBusWidth",
+    "unsigned int Cores",
+    "unsigned int Shaders",
+    "const char* DriverReleaseDate",
+    "const char* BiosVersion",
+    "bool NvidiaSli",
+    "bool AmdCrossfire",
+    "unsigned int EccStatus",
+    "unsigned int EccSingleBitErrors",
+    "unsigned int EccDoubleBitErrors",
+    "const char* AdapterName",
+    "unsigned int AdapterRam",
+    "const char* AdapterStatus",
+};
+
+/// A value for any of the constructor's parameters.
+struct Argument {
+    unsigned int Number;
+    const char* Text;
+
+    operator unsigned int() const { return Number; }
+    operator float() const { return static_cast<float>(Number) / 2; }
+    operator bool() const { return Number % 2 != 0; }
+    operator const char*() const { return Text; }
+};
+
+using Arguments = std::array<Argument, propertyCount>;
+
+/// Constructs a record in `storage`.
+GraphicCardInfo* Make(void* storage, const Arguments& arguments)
 {
-    return build(1U, "t2", 3U, "t4", true, "t6", 7U, "t8", true, "t10", 11U, "t12", "t13", "t14", "t15", "t16", "t17", 18.5F,
-                 19.5F, 20U, 21.5F, 22.5F, 23.5F, 24U, 25U, 26U, "t27", true, 29.5F, 30.5F, 31.5F, 32.5F, 33U, 34U, "t35",
-                 36.5F, 37U, 38U, 39U, "t40", "t41", true, false, 44U, 45U, 46U, "t47", 48U, "t49");
+    return std::apply([storage](auto... values) { return new (storage) GraphicCardInfo(values...); }, arguments);
 }
 
-std::unique_ptr<GraphicCardInfo> MakeDistinct()
+std::unique_ptr<GraphicCardInfo> Make(const Arguments& arguments)
 {
-    return WithDistinctValues([](auto... values) { return std::make_unique<GraphicCardInfo>(values...); });
+    return std::apply([](auto... values) { return std::make_unique<GraphicCardInfo>(values...); }, arguments);
 }
 
-std::unique_ptr<GraphicCardInfo> MakeNamed(const char* name)
+Arguments Same(unsigned int number, const char* text)
 {
-    return std::make_unique<GraphicCardInfo>(0U, "", 0U, "", false, "", 0U, "", false, "", 0U, "", "", name, "", "", "",
-                                             0.0F, 0.0F, 0U, 0.0F, 0.0F, 0.0F, 0U, 0U, 0U, "", false, 0.0F, 0.0F, 0.0F, 0.0F,
-                                             0U, 0U, "", 0.0F, 0U, 0U, 0U, "", "", false, false, 0U, 0U, 0U, "", 0U, "");
+    Arguments arguments;
+    arguments.fill({number, text});
+    return arguments;
+}
+
+const char* const typeNames[std::variant_size_v<FieldValue>] = {"unsigned int", "float", "bool", "const char*"};
+
+bool IsText(const FieldValue& value)
+{
+    return std::holds_alternative<std::string>(value);
 }
 
 } // namespace
 
+TEST_CASE("The properties have the places and types that hosts know")
+{
+    const auto card = Make(Same(0, ""));
+    REQUIRE_MESSAGE(std::size(contract) == propertyCount,
+                    "the list of tests/record/GraphicCardInfoTest.cpp has another number of properties than the record");
+    for (size_t i = 0; i < propertyCount; ++i) {
+        const CardField& field = cardFields[i];
+        CHECK(std::string(typeNames[field.Read(*card).index()]) + " " + field.Name == contract[i]);
+    }
+}
+
 TEST_CASE("Each getter gives the constructor's argument of its place")
 {
-    const auto card = MakeDistinct();
-    CHECK(card->GetAvailabilityCode() == 1);
-    CHECK(std::string(card->GetAvailabilityStatus()) == "t2");
-    CHECK(card->GetConfigError() == 3);
-    CHECK(std::string(card->GetConfigErrorStatus()) == "t4");
-    CHECK(card->GetUserConfig());
-    CHECK(std::string(card->GetCurrentResolution()) == "t6");
-    CHECK(card->GetCurrentRefreshRate() == 7);
-    CHECK(std::string(card->GetDriverVersion()) == "t8");
-    CHECK(card->GetIsAeroEnabled());
-    CHECK(std::string(card->GetGraphicsCardSn()) == "t10");
-    CHECK(card->GetBusId() == 11);
-    CHECK(std::string(card->GetDeviceId()) == "t12");
-    CHECK(std::string(card->GetSubsystemId()) == "t13");
-    CHECK(std::string(card->GetCardName()) == "t14");
-    CHECK(std::string(card->GetChipName()) == "t15");
-    CHECK(std::string(card->GetManufacturer()) == "t16");
-    CHECK(std::string(card->GetBusInterface()) == "t17");
-    CHECK(card->GetPcieGeneration() == 18.5F);
-    CHECK(card->GetPciTransferRate() == 19.5F);
-    CHECK(card->GetPciLanes() == 20);
-    CHECK(card->GetPixelFillRate() == 21.5F);
-    CHECK(card->GetTextureFillRate() == 22.5F);
-    CHECK(card->GetCudaCapability() == 23.5F);
-    CHECK(card->GetMaxTemperature() == 24);
-    CHECK(card->GetTemperateSlowdown() == 25);
-    CHECK(card->GetTemperatureShutdown() == 26);
-    CHECK(std::string(card->GetGpuType()) == "t27");
-    CHECK(card->GetMultiGpuSupport());
-    CHECK(card->GetGpuClockMax() == 29.5F);
-    CHECK(card->GetGpuBoostClock() == 30.5F);
-    CHECK(card->GetMemoryClockMax() == 31.5F);
-    CHECK(card->GetMemoryBoostClock() == 32.5F);
-    CHECK(card->GetMemorySize() == 33);
-    CHECK(card->GetMemorySharedSize() == 34);
-    CHECK(std::string(card->GetMemoryType()) == "t35");
-    CHECK(card->GetMemoryBandwidth() == 36.5F);
-    CHECK(card->GetMemoryBusWidth() == 37);
-    CHECK(card->GetCores() == 38);
-    CHECK(card->GetShaders() == 39);
-    CHECK(std::string(card->GetDriverReleaseDate()) == "t40");
-    CHECK(std::string(card->GetBiosVersion()) == "t41");
-    CHECK(card->GetNvidiaSli());
-    CHECK_FALSE(card->GetAmdCrossfire());
-    CHECK(card->GetEccStatus() == 44);
-    CHECK(card->GetEccSingleBitErrors() == 45);
-    CHECK(card->GetEccDoubleBitErrors() == 46);
-    CHECK(std::string(card->GetAdapterName()) == "t47");
-    CHECK(card->GetAdapterRam() == 48);
-    CHECK(std::string(card->GetAdapterStatus()) == "t49");
+    std::array<std::string, propertyCount> texts;
+    Arguments arguments;
+    for (unsigned int i = 0; i < propertyCount; ++i) {
+        texts[i] = "t" + std::to_string(i);
+        arguments[i] = {i, texts[i].c_str()};
+    }
+    const auto card = Make(arguments);
+    for (size_t i = 0; i < propertyCount; ++i) {
+        const Argument& argument = arguments[i];
+        const FieldValue values[] = {argument.Number, static_cast<float>(argument), static_cast<bool>(argument), texts[i]};
+        const FieldValue value = cardFields[i].Read(*card);
+        CHECK_MESSAGE((value == values[value.index()]), cardFields[i].Name);
+    }
 }
 
 TEST_CASE("A record copies its texts, byte by byte up to the NUL")
 {
-    char name[] = "\x01\x7F\x80\xFF card\0hidden";
-    const auto card = MakeNamed(name);
-    name[0] = 'x';
-    CHECK(std::strcmp(card->GetCardName(), "\x01\x7F\x80\xFF card") == 0);
-    CHECK(std::strcmp(card->GetChipName(), "") == 0);
+    char text[] = "\x01\x7F\x80\xFF card\0hidden";
+    const auto card = Make(Same(0, text));
+    text[0] = 'x';
+    for (const CardField& field : cardFields) {
+        const FieldValue value = field.Read(*card);
+        CHECK_MESSAGE((!IsText(value) || std::get<std::string>(value) == "\x01\x7F\x80\xFF card"), field.Name);
+    }
 }
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations" // hosts are warned of it
 TEST_CASE("An assigned record intentionally shares the source's texts")
 {
-    const auto source = MakeNamed("source");
-    auto target = MakeNamed("target");
+    const auto source = Make(Same(0, "source"));
+    auto target = Make(Same(0, "target"));
     CHECK(&(*target = *source) == target.get());
     CHECK(target->GetCardName() == source->GetCardName());
     (void)target.release(); // only one of the two may be destroyed
@@ -113,18 +172,25 @@ TEST_CASE("An assigned record intentionally shares the source's texts")
 
 TEST_CASE("A destroyed record's texts are null, and destroying it again releases nothing")
 {
-    alignas(GraphicCardInfo) unsigned char storage[sizeof(GraphicCardInfo)];
-    auto* card = WithDistinctValues([&](auto... values) { return new (storage) GraphicCardInfo(values...); });
-    const char* const name = card->GetCardName();
+    // Zeros but for the texts' addresses, which are looked at as bytes: the object has ended.
+    alignas(GraphicCardInfo) unsigned char storage[sizeof(GraphicCardInfo)] = {};
+    auto* card = Make(storage, Same(0, "text"));
+    CHECK(std::count(std::begin(storage), std::end(storage), 0) < std::ssize(storage));
     card->~GraphicCardInfo();
-    // The bytes themselves: a getter of an object that has ended may be anything to the compiler.
-    for (size_t place = 0; place + sizeof(name) <= sizeof(storage); place += sizeof(name)) {
-        const char* word = nullptr;
-        std::memcpy(&word, storage + place, sizeof(word));
-        CAPTURE(place);
-        CHECK(word != name);
+    CHECK(std::count(std::begin(storage), std::end(storage), 0) == std::ssize(storage));
+    card->~GraphicCardInfo();
+}
+
+TEST_CASE("A destroyed record has released every text")
+{
+    const std::string longText(100'000, 'x');
+    for (size_t i = 0; i < propertyCount; ++i) {
+        Arguments arguments = Same(0, "");
+        arguments[i].Text = longText.c_str();
+        const size_t before = orvel::tests::HeldNow().HeapBytes;
+        Make(arguments).reset();
+        CHECK_MESSAGE(orvel::tests::HeldNow().HeapBytes < before + longText.size(), cardFields[i].Name);
     }
-    card->~GraphicCardInfo();
 }
 
 TEST_CASE("One body zero-fills under the names of both classes and both compilers")

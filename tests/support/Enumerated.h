@@ -6,7 +6,7 @@ namespace orvel::tests {
 
 /// What one enumeration on a simulated machine told, as the command-line tool's JSON has it.
 struct Enumerated {
-    Json Cards; ///< array of objects with the 49 fields
+    Json Cards; ///< array of objects with a record's properties
     LogLines Log;
     Json Thrown;
     std::vector<std::string> Trace;
