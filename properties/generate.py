@@ -69,8 +69,21 @@ def mistakes_of(item, units):
     mistakes += [f"unit \"{unit}\" is not in [units]" for unit in used if unit not in units]
     mistakes += [f"about does not say \"{unit}\"" for unit in used if unit not in item["about"]]
     for vendor, cell in item["cells"].items():
-        mistakes += [f"{vendor}: {mistake}" for mistake in mistakes_of_cell(cell)]
+        mistakes += [f"{vendor}: {mistake}" for mistake in mistakes_of_cell(cell) or mistakes_of_setting(item, vendor, cell)]
     return mistakes
+
+
+def mistakes_of_setting(item, vendor, cell):
+    """Whether the vendor's sources, or those of all vendors, set the property where it has a source, and only there."""
+    own = f"src/vendors/{vendor.lower()}"
+    own_sets, base_sets = (sets_property(folder, item["name"]) for folder in (own, "src/vendors"))
+    if cell.get("source") == "none":
+        return [f"{own}/ sets it, but its source is \"none\""] if own_sets else []
+    return [] if own_sets or base_sets else [f"no source in {own}/ sets it"]
+
+
+def sets_property(folder, name):
+    return any(re.search(rf"\.{name}\b", path.read_text(encoding="utf-8")) for path in (root / folder).glob("*.cpp"))
 
 
 def mistakes_of_cell(cell):
@@ -178,15 +191,12 @@ def field_count(properties, **_):
     return [f"inline constexpr std::size_t propertyCount = {len(properties)};"]
 
 
-def fields(properties, units, **_):
+def fields(properties, **_):
     made = []
     for item in properties:
-        unit = item.get("unit")
-        of_nvidia = item["cells"]["NVIDIA"].get("unit", unit)
-        shown = [literal(units.get(name, "")) for name in (unit, of_nvidia)]
         zero = "true" if item.get("zero_is_an_answer") else "false"
-        made.append(f"    {{{literal(item['name'])}, FieldGroup::{item['group']}, {literal(item['label'])}, {', '.join(shown)}, "
-                    f"{zero}, Read<&GraphicCardInfo::Get{item['name']}>}},")
+        made.append(f"    {{{literal(item['name'])}, FieldGroup::{item['group']}, {literal(item['label'])}, {zero}, "
+                    f"Read<&GraphicCardInfo::Get{item['name']}>}},")
     return made
 
 
@@ -196,7 +206,7 @@ def source_columns(vendors, properties, **_):
     return [f"constexpr std::array<std::string_view, {len(vendors)}> manufacturers = {{{', '.join(names)}}};"]
 
 
-def sources(vendors, properties, **_):
+def sources(vendors, units, properties, **_):
     made = []
     for item in properties:
         made.append(f"    {{{literal(item['name'])}, {{{{")
@@ -204,7 +214,8 @@ def sources(vendors, properties, **_):
             cell = item["cells"][vendor]
             source = "constant" if "always" in cell else cell["source"]
             source = "not told by this vendor" if source == "none" else source
-            made.append(f"        {{{literal(source)}, {literal(cell.get('reader', ''))}}},")
+            unit = units.get(cell.get("unit", item.get("unit")), "")
+            made.append(f"        {{{literal(source)}, {literal(cell.get('reader', ''))}, {literal(unit)}}},")
         made.append("    }}},")
     return made
 

@@ -27,10 +27,8 @@ using FieldValue = std::variant<unsigned int, float, bool, std::string>;
 struct CardField {
     const char* Name; ///< as in the record
     FieldGroup Group;
-    const char* Label;      ///< for people
-    const char* Unit;       ///< "" for none
-    const char* NvidiaUnit; ///< where NVIDIA's record counts in another one
-    bool IsZeroAnAnswer;    ///< 0 or false does not mean that the value is missing
+    const char* Label;   ///< for people
+    bool IsZeroAnAnswer; ///< 0 or false does not mean that the value is missing
     FieldValue (*Read)(const shared::enumeration::GraphicCardInfo& card);
 };
 

@@ -1,7 +1,9 @@
 #include "Doctor.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -9,8 +11,12 @@
 #include "SystemChecks.h"
 #include "TextLayout.h"
 #include "VendorStates.h"
+#include "vendors/Vendors.h"
 
 namespace orvel::tools {
+
+using shared::enumeration::Vendor;
+using shared::enumeration::vendors;
 
 namespace {
 
@@ -44,10 +50,36 @@ const char* KeyOf(CheckStatus status)
     return "";
 }
 
-Check Make(const char* name, const Finding& finding, CheckStatus whenMissing, const char* cost, const char* brings)
+Check Make(const std::string& name, const Finding& finding, CheckStatus whenMissing, const std::string& cost,
+           const std::string& brings)
 {
     return {name,  finding.IsFound ? CheckStatus::Found : whenMissing, finding.Path, finding.Version, finding.Detail, cost,
             brings};
+}
+
+/// What is lost without a thing that some vendors need: "Intel's and AMD's cards are not enumerated".
+struct Loss {
+    CheckStatus Status;
+    std::string Cost;
+};
+
+template <typename Predicate>
+Loss LossOf(Predicate needs)
+{
+    std::vector<std::string> names;
+    for (const Vendor& vendor : vendors) {
+        if (needs(vendor)) {
+            names.push_back(std::string(vendor.Name) + "'s");
+        }
+    }
+    if (names.size() == std::size(vendors)) {
+        return {CheckStatus::Stops, "no vendor's cards are enumerated"};
+    }
+    std::string listed;
+    for (size_t i = 0; i < names.size(); ++i) {
+        listed += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + names[i];
+    }
+    return {CheckStatus::Limits, listed + " cards are not enumerated"};
 }
 
 void AddWmi(std::vector<Check>& checks)
@@ -56,34 +88,31 @@ void AddWmi(std::vector<Check>& checks)
     checks.push_back(Make("com", FindCom(), CheckStatus::Stops, "WMI cannot be reached", "the host initialises it"));
     checks.push_back(
         Make("wmi-namespace", FindWmiNamespace(), CheckStatus::Stops, "no vendor's cards are enumerated", windows));
-    checks.push_back(Make("wmi-bios", FindWmiClass("Win32_Bios"), CheckStatus::Limits,
-                          "Intel's and AMD's cards are not enumerated", windows));
+    const Loss noBios = LossOf([](const Vendor& vendor) { return vendor.NeedsBios; });
+    checks.push_back(Make("wmi-bios", FindWmiClass("Win32_Bios"), noBios.Status, noBios.Cost, windows));
     checks.push_back(Make("wmi-video-controller", FindWmiClass("Win32_VideoController"), CheckStatus::Stops,
                           "no vendor's cards are enumerated", windows));
     checks.push_back(Make("wmi-physical-memory", FindWmiClass("Win32_PhysicalMemory"), CheckStatus::Stops,
                           "the enumeration ends with a status at the first card", windows));
     const uint32_t memoryType = MemoryType();
     const bool hasName = HasMemoryName(memoryType);
-    checks.push_back(
-        Make("memory-type", {hasName && HasTransferFactor(memoryType), "SMBIOS type " + std::to_string(memoryType)},
-             CheckStatus::Limits,
-             hasName ? "Intel's cards are not enumerated, and the MemoryBandwidth of AMD's is infinite"
-                     : "Intel's and NVIDIA's cards are not enumerated, and the MemoryBandwidth of AMD's is infinite",
-             hasName ? "nothing on this computer; the library knows no transfer factor for this type"
-                     : "nothing on this computer; its memory is newer than the library's table, such as DDR5"));
+    checks.push_back(Make("memory-type",
+                          {hasName && HasTransferFactor(memoryType), "SMBIOS type " + std::to_string(memoryType)},
+                          CheckStatus::Limits,
+                          LossOf([hasName](const Vendor& vendor) {
+                              return vendor.KnownMemory == Vendor::Memory::WithTransferFactor ||
+                                     (vendor.KnownMemory == Vendor::Memory::Named && !hasName);
+                          }).Cost +
+                              ", and the MemoryBandwidth of AMD's is infinite",
+                          hasName ? "nothing on this computer; the library knows no transfer factor for this type"
+                                  : "nothing on this computer; its memory is newer than the library's table, such as DDR5"));
 }
 
 void AddLibraries(std::vector<Check>& checks, const LibraryLoad& load)
 {
-    const auto missingFor = [](const char* vendorId) {
-        return NamesOfAdapters(vendorId).empty() ? CheckStatus::NotNeeded : CheckStatus::Limits;
-    };
-    const CheckStatus nvidia = missingFor("10DE");
-    const CheckStatus amd = missingFor("1002");
-    const char* nvidiaDriver = "NVIDIA's display driver";
-    const char* amdDriver = "AMD's display driver";
-    checks.push_back(Make("opencl.dll", FindDll("opencl.dll"), CheckStatus::Stops, "no vendor's cards are enumerated",
-                          "any vendor's display driver"));
+    const Loss noOpenCl = LossOf([](const Vendor& vendor) { return vendor.NeedsOpenCl; });
+    checks.push_back(
+        Make("opencl.dll", FindDll("opencl.dll"), noOpenCl.Status, noOpenCl.Cost, "any vendor's display driver"));
     const std::string withoutOpenCl = IntelAdaptersWithoutOpenCl();
     checks.push_back(Make("opencl-intel", {withoutOpenCl.empty(), withoutOpenCl}, CheckStatus::Limits,
                           "Intel's cards are not enumerated: OpenCL has to list them under WMI's names",
@@ -94,15 +123,26 @@ void AddLibraries(std::vector<Check>& checks, const LibraryLoad& load)
     }
     checks.push_back(Make("nvml.dll", nvml, CheckStatus::Stops, "the library cannot be loaded",
                           "NVIDIA's display driver, or the substitute from the folder \"fallback\""));
-    checks.push_back(Make("nvapi64.dll", FindDll("nvapi64.dll"), nvidia, "NVIDIA's card is not enumerated", nvidiaDriver));
-    checks.push_back(Make("atiadlxx.dll", FindDll("atiadlxx.dll"), amd, "AMD's cards are not enumerated", amdDriver));
-    checks.push_back(Make("amdadlx64.dll", FindDll("amdadlx64.dll"), amd, "AMD's cards are not enumerated", amdDriver));
+    for (const Vendor& vendor : vendors) {
+        const std::string name(vendor.Name);
+        const CheckStatus missing =
+            NamesOfAdapters(std::string(vendor.PciId)).empty() ? CheckStatus::NotNeeded : CheckStatus::Limits;
+        for (const std::string_view dllName : vendor.DriverDlls) {
+            if (const std::string dll(dllName); !dll.empty()) {
+                checks.push_back(
+                    Make(dll, FindDll(dll), missing,
+                         name + (vendor.HasOneRecord ? "'s card is not enumerated" : "'s cards are not enumerated"),
+                         name + "'s display driver"));
+            }
+        }
+    }
 }
 
 void AddWindows(std::vector<Check>& checks)
 {
-    checks.push_back(Make("dxgi", FindDxgi(), CheckStatus::Limits, "Intel's and AMD's cards are not enumerated",
-                          "it belongs to Windows; a display has to be there"));
+    const Loss noDxgi = LossOf([](const Vendor& vendor) { return vendor.NeedsDxgi; });
+    checks.push_back(
+        Make("dxgi", FindDxgi(), noDxgi.Status, noDxgi.Cost, "it belongs to Windows; a display has to be there"));
     checks.push_back(Make("registry-pci", FindRegistryKey("SYSTEM\\CurrentControlSet\\Enum\\PCI\\"), CheckStatus::Limits,
                           "BusId of Intel's and AMD's cards is 0", "it belongs to Windows"));
     checks.push_back(Make("registry-video", FindRegistryKey("SYSTEM\\CurrentControlSet\\Control\\Video"),

@@ -10,40 +10,50 @@
 #include "LikelyCause.h"
 #include "Messages.h"
 #include "TextLayout.h"
+#include "vendors/Vendors.h"
 
 namespace orvel::tools {
+
+using shared::enumeration::Vendor;
+using shared::enumeration::VendorOf;
+using shared::enumeration::vendors;
 
 namespace {
 
 constexpr std::string_view nameSpace = "orvel::shared::enumeration::";
 constexpr std::string_view unexpected = "Unexpected error occurred: ";
 
-/// Whether the line is the first of NVIDIA's run.
-bool BeginsNvidia(const LogLine& line)
+/// The vendor whose run begins with the line; null for none.
+const Vendor* BegunBy(const LogLine& line)
 {
-    return line.Function.ends_with("NvapiClient::NvapiClient");
-}
-
-/// Whether the line is the first of AMD's run.
-bool BeginsAmd(const LogLine& line)
-{
-    return line.Function.ends_with("ADLWrapper::ADLWrapper");
+    const auto found = std::find_if(std::begin(vendors), std::end(vendors), [&line](const Vendor& vendor) {
+        return !vendor.BeginsRun.empty() && line.Function.ends_with(vendor.BeginsRun);
+    });
+    return found == std::end(vendors) ? nullptr : found;
 }
 
 /// The lines that were written while a card was read: those of its vendor's run, after the card before it.
 std::vector<LogLine> LinesOf(const Report& report, size_t card)
 {
-    const std::string manufacturer = ManufacturerOf(report.Cards[card]);
-    const auto begin = report.Log.begin();
-    const auto end = report.Log.end();
-    const auto nvidia = std::find_if(begin, end, BeginsNvidia);
-    const auto amd = std::find_if(begin, end, BeginsAmd);
-    const auto first = manufacturer == "Intel" ? begin : manufacturer == "Nvidia" ? nvidia : amd;
-    const auto last = manufacturer == "Intel"    ? std::min(nvidia, amd)
-                      : manufacturer == "Nvidia" ? std::max(nvidia, amd)
-                                                 : end;
+    const Vendor* const vendor = VendorOf(ManufacturerOf(report.Cards[card]));
+    if (!vendor) {
+        return {};
+    }
+    const Vendor* run = nullptr;
     std::vector<LogLine> lines;
-    std::copy_if(first, last, std::back_inserter(lines), [card](const LogLine& line) { return line.CardsBefore == card; });
+    for (const LogLine& line : report.Log) {
+        const Vendor* const begun = BegunBy(line);
+        if (begun && begun > vendor) { // they run in the order of the table
+            break;
+        }
+        if (begun && begun != run) {
+            run = begun;
+            lines.clear();
+        }
+        if (line.CardsBefore == card) {
+            lines.push_back(line);
+        }
+    }
     return lines;
 }
 
@@ -89,7 +99,7 @@ std::vector<Ended> WhatEnded(const Report& report)
     std::vector<Ended> ended;
     std::string lastWarning; // of the same vendor's run
     for (const LogLine& line : report.Log) {
-        if (BeginsNvidia(line) || BeginsAmd(line)) {
+        if (BegunBy(line)) {
             lastWarning.clear();
         } else if (SeverityName(line.Severity) == std::string_view("warning")) {
             lastWarning = line.Message.substr(0, line.Message.find('\n'));

@@ -8,6 +8,7 @@ namespace orvel::tools {
 struct FieldSource {
     const char* Source; ///< an interface and what is asked of it, a formula or a constant
     const char* Reader; ///< the operation whose log lines tell of its failures; "" for none
+    const char* Unit;   ///< "" for none
 };
 
 /// The source of a property (by its name in the record) for a manufacturer as the record names it; empty texts for an

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "FieldSources.h"
 #include "Report.h"
 #include "TextLayout.h"
 
@@ -26,18 +27,17 @@ constexpr Heading headings[] = {
 };
 
 /// A value with its unit, or that it is not told. A flag that is not set stays "no".
-std::string Describe(const CardField& field, const FieldValue& value, bool isNvidia)
+std::string Describe(const CardField& field, const FieldValue& value, const std::string& manufacturer)
 {
     if (IsNotTold(field, value) && !std::holds_alternative<bool>(value)) {
         return "not told";
     }
-    const std::string unit = isNvidia ? field.NvidiaUnit : field.Unit;
+    const std::string unit = SourceOf(field.Name, manufacturer).Unit;
     return ToDisplayText(value) + (unit.empty() ? "" : " ") + unit;
 }
 
 void WriteGroup(std::ostream& out, const Card& card, const Heading& heading, const TextStyle& style)
 {
-    const bool isNvidia = ManufacturerOf(card) == "Nvidia";
     bool hasHeading = false;
     for (size_t i = 0; i < cardFields.size(); ++i) {
         const CardField& field = cardFields[i];
@@ -48,7 +48,7 @@ void WriteGroup(std::ostream& out, const Card& card, const Heading& heading, con
             out << "  " << Bold(heading.Text, style.IsColoured) << '\n';
             hasHeading = true;
         }
-        WriteEntry(out, field.Label, Describe(field, card[i], isNvidia));
+        WriteEntry(out, field.Label, Describe(field, card[i], ManufacturerOf(card)));
     }
 }
 

@@ -5,8 +5,12 @@
 
 #include "LikelyCause.h"
 #include "SystemChecks.h"
+#include "vendors/Vendors.h"
 
 namespace orvel::tools {
+
+using shared::enumeration::Vendor;
+using shared::enumeration::vendors;
 
 namespace {
 
@@ -20,27 +24,6 @@ constexpr VendorState::Word noDriver = {"no-driver", "a DLL of the vendor's disp
 constexpr VendorState::Word unsupportedMemory = {"unsupported-memory-type",
                                                  "the library does not know the type of the computer's memory"};
 constexpr VendorState::Word noDxgi = {"no-dxgi", "DXGI has no factory"};
-
-/// What a vendor's run cannot do without, beyond what every vendor's run needs.
-struct Needs {
-    const char* Vendor;
-    const char* PciVendor;
-    bool Bios;
-    bool OpenClDevice;
-    std::vector<const char*> DriverDlls;
-    bool (*IsMemoryKnown)(uint32_t type); // null where any will do
-    bool Dxgi;
-};
-
-const std::vector<Needs>& Vendors()
-{
-    static const std::vector<Needs> vendors = {
-        {"Intel", "8086", true, true, {}, HasTransferFactor, true},
-        {"NVIDIA", "10DE", false, false, {"nvapi64.dll"}, HasMemoryName, false},
-        {"AMD", "1002", true, false, {"atiadlxx.dll", "amdadlx64.dll"}, nullptr, true},
-    };
-    return vendors;
-}
 
 class Found {
 public:
@@ -60,31 +43,45 @@ private:
     const std::vector<Check>& checks;
 };
 
-VendorState::Word StateOf(const Needs& needs, const Found& found)
+bool IsMemoryKnown(const Vendor& vendor)
+{
+    switch (vendor.KnownMemory) {
+    case Vendor::Memory::Named:
+        return HasMemoryName(MemoryType());
+    case Vendor::Memory::WithTransferFactor:
+        return HasTransferFactor(MemoryType());
+    case Vendor::Memory::Any:
+        break;
+    }
+    return true;
+}
+
+VendorState::Word StateOf(const Vendor& vendor, const Found& found)
 {
     if (!found.Has("library")) {
         return noLibrary;
     }
-    if (!found.All({"com", "wmi-namespace", "wmi-video-controller", "wmi-physical-memory"}) ||
-        (needs.Bios && !found.Has("wmi-bios"))) {
+    if (!found.All({"com", "wmi-namespace", "wmi-video-controller"}) ||
+        (vendor.NeedsModules && !found.Has("wmi-physical-memory")) || (vendor.NeedsBios && !found.Has("wmi-bios"))) {
         return noWmi;
     }
-    if (NamesOfAdapters(needs.PciVendor).empty()) {
+    if (NamesOfAdapters(std::string(vendor.PciId)).empty()) {
         return noCard;
     }
-    if (!found.Has("opencl.dll")) {
+    if (vendor.NeedsOpenCl && !found.Has("opencl.dll")) {
         return noOpenCl;
     }
-    if (needs.OpenClDevice && !found.Has("opencl-intel")) {
+    if (vendor.NeedsOpenClDevice && !found.Has("opencl-intel")) {
         return noOpenClDevice;
     }
-    if (!std::all_of(needs.DriverDlls.begin(), needs.DriverDlls.end(), [&](const char* dll) { return found.Has(dll); })) {
+    const auto isFound = [&found](std::string_view dll) { return dll.empty() || found.Has(std::string(dll)); };
+    if (!std::all_of(vendor.DriverDlls.begin(), vendor.DriverDlls.end(), isFound)) {
         return noDriver;
     }
-    if (needs.IsMemoryKnown && !needs.IsMemoryKnown(MemoryType())) {
+    if (!IsMemoryKnown(vendor)) {
         return unsupportedMemory;
     }
-    return needs.Dxgi && !found.Has("dxgi") ? noDxgi : ok;
+    return vendor.NeedsDxgi && !found.Has("dxgi") ? noDxgi : ok;
 }
 
 } // namespace
@@ -92,8 +89,8 @@ VendorState::Word StateOf(const Needs& needs, const Found& found)
 std::vector<VendorState> StatesOfVendors(const std::vector<Check>& checks)
 {
     std::vector<VendorState> states;
-    for (const Needs& needs : Vendors()) {
-        states.push_back({needs.Vendor, StateOf(needs, Found(checks))});
+    for (const Vendor& vendor : vendors) {
+        states.push_back({std::string(vendor.Name), StateOf(vendor, Found(checks))});
     }
     return states;
 }

@@ -1,7 +1,11 @@
 #include "GraphicCardEnumeration.h"
 
+#include <algorithm>
+#include <array>
 #include <exception>
+#include <iterator>
 #include <memory>
+#include <string_view>
 
 #include "WMISession.h"
 #include "platform/ErrorText.h"
@@ -9,11 +13,52 @@
 #include "platform/LastStore.h"
 #include "platform/Log.h"
 #include "record/GraphicCardList.h"
+#include "vendors/Vendors.h"
 #include "vendors/amd/AMD.h"
 #include "vendors/intel/Intel.h"
 #include "vendors/nvidia/Nvidia.h"
 
 namespace orvel::shared::enumeration {
+
+namespace {
+
+using Enumerator = std::unique_ptr<BaseGraphicCard>;
+
+struct Factory {
+    std::string_view Vendor; ///< its name in vendors/Vendors.h
+    Enumerator (*Create)();
+};
+
+template <typename Class>
+Enumerator Create()
+{
+    return std::make_unique<Class>();
+}
+
+// Intended: the order of creation is not the order of the run.
+constexpr Factory factories[] = {{"Intel", Create<Intel>}, {"AMD", Create<AMD>}, {"NVIDIA", Create<Nvidia>}};
+
+constexpr auto FactoryOf(const Vendor& vendor)
+{
+    return std::find_if(std::begin(factories), std::end(factories),
+                        [&](const Factory& factory) { return factory.Vendor == vendor.Name; });
+}
+
+static_assert(std::all_of(std::begin(vendors), std::end(vendors),
+                          [](const Vendor& vendor) { return FactoryOf(vendor) != std::end(factories); }) &&
+                  std::size(vendors) == std::size(factories),
+              "src/run/GraphicCardEnumeration.cpp has a factory for each vendor of src/vendors/Vendors.h");
+
+/// The enumerators in the order of their creation.
+auto CreateEnumerators()
+{
+    std::array<Enumerator, std::size(factories)> enumerators;
+    std::transform(std::begin(factories), std::end(factories), enumerators.begin(),
+                   [](const Factory& factory) { return factory.Create(); });
+    return enumerators;
+}
+
+} // namespace
 
 GraphicCardEnumeration::GraphicCardEnumeration() : list(new GraphicCardList) {}
 
@@ -28,14 +73,11 @@ GraphicCardEnumeration& GraphicCardEnumeration::operator=(const GraphicCardEnume
 void GraphicCardEnumeration::QueryGraphicCards()
 {
     const MaskedFloatingPoint masked;
-    // Intended: the order of creation is not the order of the run.
-    const std::shared_ptr<BaseGraphicCard> intel = std::make_shared<Intel>();
-    const std::shared_ptr<BaseGraphicCard> amd = std::make_shared<AMD>();
-    const std::shared_ptr<BaseGraphicCard> nvidia = std::make_shared<Nvidia>();
+    const auto enumerators = CreateEnumerators();
     const wmi::WMISession session; // what one vendor has asked, the next need not ask again
-    for (const auto& vendor : {intel, nvidia, amd}) {
+    for (const Vendor& vendor : vendors) {
         try {
-            vendor->QueryInfo(*list);
+            enumerators[static_cast<std::size_t>(FactoryOf(vendor) - std::begin(factories))]->QueryInfo(*list);
         } catch (const std::exception& error) {
             PLOGE << "Unexpected error occurred: " << TextOf(error);
         }

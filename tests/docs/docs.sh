@@ -100,7 +100,7 @@ while IFS= read -r message; do check "docs/messages.md explains \"$message\"" ho
 
 check "docs/messages.md lists the doctor's checks in their order" same \
     <(sed -n '/^## What `--doctor`/,/^## Why/s/^| `\([^`]*\)` .*/\1/p' docs/messages.md) \
-    <(tr '\n' ' ' <tools/Doctor.cpp | grep -oP 'Make\( *"\K[a-z0-9.-]+(?=")')
+    <("$wine" "$build/bin/orvel-graphic-cards.exe" --machine workstation --doctor --json </dev/null 2>/dev/null | jq -r '.checks[].name')
 
 check "docs/messages.md lists the doctor's words for vendors" same \
     <(sed -n '/^## Why a vendor/,$s/^| `\([^`]*\)` .*/\1/p' docs/messages.md | sort) \

@@ -42,6 +42,8 @@ notices "CurrentRefreshRate: about does not say \"hertz\"" $table 's/refresh rat
 notices "unit \"furlongs\" is not in [units]" $table 's/^unit = "hertz"/unit = "furlongs"/'
 notices "UserConfig: type \"boolean\" is none of" $table 's/^type = "bool"/type = "boolean"/'
 notices "in_docs does not name ADL_Overdrive5_CurrentActivity_Get" $table 's/`ADL_Overdrive5_CurrentActivity_Get`, //'
+notices "BusId: AMD: no source in src/vendors/amd/ sets it" src/vendors/amd/AMD.cpp 's/card\.BusId = /const int busId = /'
+notices "PixelFillRate: AMD: src/vendors/amd/ sets it" src/vendors/amd/AMD.cpp 's/( *)card\.BusId = .*/&\n\1card.PixelFillRate = 1;/'
 
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))

@@ -247,7 +247,8 @@ check "the verdict is in words" prints "Nothing can be enumerated."
 # vendor_words MACHINE WORDS: Intel's, NVIDIA's and AMD's.
 vendor_words() {
     run --machine "$1" --doctor --json
-    check "--doctor's words for the vendors of $1" json_is '[.vendors[].status] | join(" ")' "\"$2\""
+    check "--doctor's words for the vendors of $1" json_is \
+        '[(.vendors[] | select(.name == ("Intel", "NVIDIA", "AMD"))).status] | join(" ")' "\"$2\""
 }
 vendor_words workstation "ok ok ok"
 vendor_words intel-laptop "ok no-card no-card"
@@ -272,9 +273,9 @@ check "--doctor has the words in its text too" prints "unsupported-memory-type"
 for machine_file in "$source"/machines/*.json; do
     name=$(basename "$machine_file" .json)
     run --machine "$name" --doctor --json
-    check "--doctor's words agree with the records of $name" json_is '[.vendors[] | select(.status == "ok") | .name | ascii_downcase]' \
-        "$(jq -c '[.cards[].Manufacturer | ascii_downcase] as $found | [("intel", "nvidia", "amd") | select(IN($found[]))]' \
-            "$source/machines/expected/$name.json")"
+    check "--doctor's words agree with the records of $name" json_is \
+        '[.vendors[] | select(.status == "ok") | .name | ascii_downcase] | sort' \
+        "$(jq -c '[.cards[].Manufacturer | ascii_downcase] | unique' "$source/machines/expected/$name.json")"
 done
 
 mkdir "$work/bin"
