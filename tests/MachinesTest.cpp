@@ -1,9 +1,6 @@
 // Every machine file of the project against everything that its enumeration reports, derived by hand from the values of the
 // file: machines/expected holds it under the same name.
 
-#include <filesystem>
-#include <fstream>
-
 #include <doctest/doctest.h>
 
 #include "support/Enumerated.h"
@@ -11,24 +8,6 @@
 using namespace orvel::tests;
 
 namespace {
-
-std::vector<std::string> MachineNames()
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(u8"" ORVEL_MACHINES))) {
-        if (entry.path().extension() == ".json") {
-            names.push_back(entry.path().stem().string());
-        }
-    }
-    return names;
-}
-
-Json Expected(const std::string& name)
-{
-    std::ifstream file(std::filesystem::path(u8"" ORVEL_EXPECTED) / (name + ".json"));
-    REQUIRE_MESSAGE(file, "machines/expected/" << name << ".json is missing: derive it by hand, see CONTRIBUTING.md");
-    return Json::parse(file);
-}
 
 LogLines Lines(const Json& log)
 {
@@ -50,6 +29,7 @@ TEST_CASE("Every machine file gives its whole records and its whole log")
             const Json expected = Expected(name);
             INFO("machine " << name << "; for an intended change, review it and run ./dev accept");
             const Enumerated result = Enumerate(Machine(name));
+            INFO("machines/expected/" << name << ".json; after a reviewed change run ./dev accept");
             REQUIRE(result.Cards.size() == expected["cards"].size());
             for (size_t i = 0; i < result.Cards.size(); ++i) {
                 CHECK(Json::diff(AsFloats(expected["cards"][i]), AsFloats(result.Card(i))).dump() == "[]");

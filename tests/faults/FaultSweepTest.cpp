@@ -9,6 +9,7 @@
 
 #include "Faults.h"
 #include "support/Enumerated.h"
+#include "vendors/Vendors.h"
 
 using namespace orvel::tests;
 
@@ -62,6 +63,9 @@ void CheckCards(const Enumerated& healthy, const Enumerated& result, const Conse
     const auto after = ByManufacturer(result.Cards);
     CHECK(after.size() == result.Cards.size());
     for (const auto& [manufacturer, card] : before) {
+        if (IsGuest(manufacturer)) {
+            continue;
+        }
         INFO(manufacturer);
         const bool isGone = !after.contains(manufacturer);
         CHECK(isGone == expected.Gone.contains(manufacturer));
@@ -94,7 +98,7 @@ void CheckFault(const Enumerated& healthy, const Fault& fault)
 void Sweep(const std::vector<Fault>& faults)
 {
     const Enumerated healthy = Enumerate(HealthyWorkstation());
-    REQUIRE(healthy.Cards.size() == 3);
+    REQUIRE_MESSAGE(healthy.Cards.size() == std::size(orvel::shared::enumeration::vendors), "each vendor has a card");
     for (const Fault& fault : faults) {
         CheckFault(healthy, fault);
     }
@@ -168,8 +172,8 @@ void CheckPair(const Enumerated& healthy, const Fault& first, const Fault& secon
     const auto after = ByManufacturer(result.Cards);
     const bool isAnyoneTouched = MayHitAnyone(first) || MayHitAnyone(second);
     for (const auto& [manufacturer, card] : ByManufacturer(healthy.Cards)) {
-        const bool isTouched =
-            isAnyoneTouched || either.Gone.contains(manufacturer) || either.Changed.contains(manufacturer);
+        const bool isTouched = isAnyoneTouched || IsGuest(manufacturer) || either.Gone.contains(manufacturer) ||
+                               either.Changed.contains(manufacturer);
         CHECK_MESSAGE((isTouched || (after.contains(manufacturer) && after.at(manufacturer) == card)), manufacturer);
     }
     Enumerate(HealthyWorkstation()); // ends what was left open
@@ -226,7 +230,9 @@ TEST_CASE("Every call of a healthy enumeration fails in one of these sweeps")
             missing.insert(call);
         }
     }
-    CHECK(Joined({missing.begin(), missing.end()}) == "");
+    CHECK_MESSAGE(missing.empty(),
+                  "no fault for:" << Joined({missing.begin(), missing.end()})
+                                  << "; give machines/workstation.json what is asked for, and tests/faults/ its fault");
 }
 
 TEST_CASE("Two faults at once, in a sample of 200 pairs")

@@ -47,8 +47,15 @@ struct Fault {
 void Apply(const Fault& fault, Json& machine);
 
 /// The workstation of machines/workstation.json, completed so that every call of every interface succeeds and gives a value
-/// that differs from the default of a call that fails.
+/// that differs from the default of a call that fails. A vendor without a card there is a guest: the first machine file with
+/// one lends it.
 Json HealthyWorkstation();
+
+/// Whether the manufacturer is a guest. What a fault costs a guest is told nowhere; it must cost the others nothing.
+bool IsGuest(const std::string& manufacturer);
+
+/// The manufacturer whose PCI vendor ("VEN_8086") the text names.
+std::optional<std::string> VendorOfText(const std::string& text);
 
 // The single faults of the workstation, by interface. Those of WMI's queries are figured from what a healthy run has traced.
 std::vector<Fault> WmiQueryFaults(const std::vector<std::string>& healthyTrace);

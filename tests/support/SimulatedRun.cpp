@@ -1,5 +1,6 @@
 #include "SimulatedRun.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -18,6 +19,15 @@ Json SimulationReport()
     return Json::parse(tools::SimulationReport());
 }
 
+Json JsonFile(const std::filesystem::path& path, const char* advice)
+{
+    std::ifstream file(path);
+    if (!file) {
+        throw std::runtime_error("no " + path.filename().string() + " in " + path.parent_path().string() + ": " + advice);
+    }
+    return Json::parse(file);
+}
+
 /// How many violations of the machine in place have been taken.
 size_t violationsTaken = 0;
 
@@ -33,11 +43,24 @@ std::vector<NotedEvent> notes;
 
 Json Machine(const std::string& name)
 {
-    std::ifstream file(std::filesystem::path(u8"" ORVEL_MACHINES) / (name + ".json"));
-    if (!file) {
-        throw std::runtime_error("no such machine: " + name);
+    return JsonFile(std::filesystem::path(u8"" ORVEL_MACHINES) / (name + ".json"), "write it");
+}
+
+std::vector<std::string> MachineNames()
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(u8"" ORVEL_MACHINES))) {
+        if (entry.path().extension() == ".json") {
+            names.push_back(entry.path().stem().string());
+        }
     }
-    return Json::parse(file);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+Json Expected(const std::string& name)
+{
+    return JsonFile(std::filesystem::path(u8"" ORVEL_EXPECTED) / (name + ".json"), "run ./dev accept and review it");
 }
 
 Json HealthyLaptop()

@@ -16,6 +16,12 @@ using Json = nlohmann::json;
 /// A machine file of the project, by its name: Machine("intel-laptop").
 Json Machine(const std::string& name);
 
+/// The names of the project's machine files, in alphabetical order.
+std::vector<std::string> MachineNames();
+
+/// What the machine is expected to give, as machines/expected holds it: `cards`, `log`, `thrown`.
+Json Expected(const std::string& name);
+
 /// The laptop of machines/intel-laptop.json: one healthy Intel adapter. Tests change one thing about it.
 Json HealthyLaptop();
 

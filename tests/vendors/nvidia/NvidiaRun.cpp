@@ -19,21 +19,15 @@ Json FullDesktop()
 
 Json FullDesktopCard(const Json& otherFields)
 {
-    Json card = Json::parse(R"({
-        "AvailabilityCode": 3, "AvailabilityStatus": "RunningFullPower", "ConfigError": 0,
-        "ConfigErrorStatus": "DeviceWorkingProperly", "UserConfig": false, "CurrentResolution": "2560x1440",
-        "CurrentRefreshRate": 165, "DriverVersion": "30.0.15.1252", "IsAeroEnabled": true,
-        "GraphicsCardSn": "1324521012345", "BusId": 1, "DeviceId": "2504", "SubsystemId": "397d-1462",
-        "CardName": "NVIDIA GeForce RTX 3060", "ChipName": "NVIDIA GeForce RTX 3060", "Manufacturer": "Nvidia",
-        "BusInterface": "PCI Express", "PcieGeneration": 1.0, "PciTransferRate": 31504.0, "PciLanes": 16,
-        "PixelFillRate": 0.0, "TextureFillRate": 0.0, "CudaCapability": 8.6, "MaxTemperature": 93,
-        "TemperateSlowdown": 95, "TemperatureShutdown": 98, "GpuType": "Discrete", "MultiGpuSupport": true,
-        "GpuClockMax": 1777.0, "GpuBoostClock": 1777.0, "MemoryClockMax": 7501.0, "MemoryBoostClock": 7501.0,
-        "MemorySize": 3489660928, "MemorySharedSize": 4248829952, "MemoryType": "DDR4",
-        "MemoryBandwidth": 351.609375, "MemoryBusWidth": 192, "Cores": 3584, "Shaders": 3584,
-        "DriverReleaseDate": "20220428000000.000000-000", "BiosVersion": "94.06.14.00.5B", "NvidiaSli": true,
-        "AmdCrossfire": false, "EccStatus": 2, "EccSingleBitErrors": 3, "EccDoubleBitErrors": 5,
-        "AdapterName": "NVIDIA GeForce RTX 3060", "AdapterRam": 4095, "AdapterStatus": "OK"})");
+    Json card = Expected("nvidia-desktop")["cards"][0];
+    card.update({{"GraphicsCardSn", "1324521012345"},
+                 {"MultiGpuSupport", true},
+                 {"NvidiaSli", true},
+                 {"MemorySize", 3489660928},
+                 {"MemorySharedSize", 4248829952},
+                 {"EccStatus", 2},
+                 {"EccSingleBitErrors", 3},
+                 {"EccDoubleBitErrors", 5}});
     card.update(otherFields);
     return AsFloats(card);
 }
