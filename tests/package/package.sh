@@ -412,7 +412,7 @@ version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.
 check "the headers' version is the project's" holds "$package/include/GraphicCardApi.h" "VERSION \"$version\""
 check "the headers' version numbers are the project's" same <(echo "$version") \
     <(sed -n 's/^#define .*VERSION_\(MAJOR\|MINOR\|PATCH\) //p' "$package/include/GraphicCardApi.h" | paste -sd.)
-check "the change log's newest version is the project's" same <(echo "## $version") <(grep -m1 '^## ' "$package/CHANGELOG.md")
+check "the change log's newest version is the project's" same <(echo "## $version") <(grep -m1 '^## [0-9]' "$package/CHANGELOG.md")
 check "the vcpkg port's version is the project's" holds "$source/ports/orvel-graphic-cards-enumeration/vcpkg.json" "\"$version\""
 check "the pkg-config file's version is the project's" holds \
     "$package/lib/pkgconfig/orvel-graphic-cards-enumeration.pc" "Version: $version"

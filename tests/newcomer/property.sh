@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# A property is added as docs/adding-a-property.md says; then each of its edits is left out in turn. property.sh SOURCE BUILD WINE
+set -uo pipefail
+source "$1/tests/newcomer/newcomer.sh"
+
+new_copy
+append properties/properties.toml '
+[properties.VideoProcessor]
+type = "const char*"
+group = "Identity"
+label = "Video processor"
+about = '"'"'Name of the processor of the video controller in WMI; only Intel reports it, "" otherwise.'"'"'
+Intel.source = "WMI Win32_VideoController.VideoProcessor"
+"NVIDIA, AMD".source = "none"'
+insert src/vendors/intel/Intel.cpp after '^    card.AdapterStatus = ' '    ReadText(row, L"VideoProcessor", card.VideoProcessor);'
+insert tests/record/GraphicCardInfoTest.cpp after '^    "const char\* AdapterStatus",' '    "const char* VideoProcessor",'
+insert tests/vendors/intel/IntelTest.cpp after '^        "wmi get Status",' '        "wmi get VideoProcessor",'
+insert machines/workstation.json before '"AdapterDACType": "Internal",' '          "VideoProcessor": "Intel(R) UHD Graphics Family",'
+insert tests/faults/WmiFaults.cpp before '^    if \(property == "AdapterDACType"\)' \
+    '    if (property == "VideoProcessor") {
+        return vendor == intel ? Other(intel, {"VideoProcessor"}) : Nothing();
+    }'
+
+check "./dev generate" "$copy/dev" generate
+tests=(orvel-enumeration-tests orvel-faults-tests)
+check "it builds" build_targets "${tests[@]}" program
+check "./dev accept" "$copy/dev" accept
+has_value() { jq -e '.cards[] | select(.Manufacturer == "Intel") | .VideoProcessor == "Intel(R) UHD Graphics Family"' "$1"; }
+check "the record has the value" has_value "$copy/machines/expected/workstation.json"
+check "the tests of the table pass" bash "$copy/tests/properties/generate.sh" "$copy"
+check "the tests of the enumeration pass" run_tests enumeration
+check "the tests of the faults pass" run_tests faults --test-suite-exclude=soak
+
+build_and_run() { build_targets "orvel-$1-tests" && run_tests "$@"; }
+check_table() { "$copy/properties/generate.py" --check; }
+check "the table is missed" says_so properties/properties.toml check_table
+check "the enumerator is missed" says_so src/vendors/intel/Intel.cpp check_table
+check "the place in the record is missed" says_so tests/record/GraphicCardInfoTest.cpp build_and_run enumeration \
+    "--test-case=*places and types*"
+check "the order of calls is missed" says_so tests/vendors/intel/IntelTest.cpp build_and_run enumeration
+check "the machine's value is missed" says_so machines/workstation.json run_tests faults "--test-case=Every call of a healthy*"
+check "the fault's cost is missed" says_so tests/faults/WmiFaults.cpp build_and_run faults "--test-case=WMI without*"
+finish
