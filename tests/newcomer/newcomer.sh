@@ -50,7 +50,12 @@ append() {
     printf '%s\n' "$2" >>"$copy/$1"
 }
 
-build_targets() { (cd "$copy" && ./dev build "$@"); }
+# build_targets TARGET…
+build_targets() {
+    [ -f "$copy/build/build.ninja" ] ||
+        cmake -S "$copy" -B "$copy/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$copy/cmake/Toolchain-mingw64.cmake" || return 1
+    ninja -C "$copy/build" --quiet "$@"
+}
 
 # run_tests NAME ARGS…: the tests of orvel-NAME-tests.dll.
 run_tests() { (cd "$copy/build/bin" && "$wine" orvel-test-runner.exe "orvel-$1-tests.dll" "${@:2}" </dev/null); }

@@ -23,7 +23,7 @@ insert tests/faults/WmiFaults.cpp before '^    if \(property == "AdapterDACType"
 
 check "./dev generate" "$copy/dev" generate
 tests=(orvel-enumeration-tests orvel-faults-tests)
-check "it builds" build_targets "${tests[@]}" program
+check "it builds" build_targets "${tests[@]}" orvel-test-runner program
 check "./dev accept" "$copy/dev" accept
 has_value() { jq -e '.cards[] | select(.Manufacturer == "Intel") | .VideoProcessor == "Intel(R) UHD Graphics Family"' "$1"; }
 check "the record has the value" has_value "$copy/machines/expected/workstation.json"

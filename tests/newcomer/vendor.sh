@@ -47,7 +47,7 @@ END
 check "./dev generate" "$copy/dev" generate
 tests=(enumeration faults nvidia amd other-client)
 targets=("${tests[@]/#/orvel-}")
-check "it builds" build_targets program "${targets[@]/%/-tests}"
+check "it builds" build_targets program orvel-test-runner stand-in-nvml "${targets[@]/%/-tests}"
 check "./dev accept" "$copy/dev" accept
 leaves_others() { diff -r -x example-desktop.json "$source/machines/expected" "$copy/machines/expected"; }
 check "the machines of other vendors give what they gave" leaves_others
