@@ -42,4 +42,9 @@ std::string SimulationReport()
     return Find<decltype(OrvelSimulationReport)>("OrvelSimulationReport")();
 }
 
+int SimulationCalls(const char* start)
+{
+    return Find<decltype(OrvelSimulationCalls)>("OrvelSimulationCalls")(start);
+}
+
 } // namespace orvel::tools

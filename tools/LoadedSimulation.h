@@ -20,4 +20,7 @@ int SimulateMachineText(const std::string& json, const char* sourceName, std::st
 /// What the simulation reports since the last machine was put in place, as JSON.
 std::string SimulationReport();
 
+/// How many platform calls since then begin with `start`, in the words of the report's trace.
+int SimulationCalls(const char* start);
+
 } // namespace orvel::tools

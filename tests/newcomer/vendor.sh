@@ -53,7 +53,7 @@ leaves_others() { diff -r -x example-desktop.json "$source/machines/expected" "$
 check "the machines of other vendors give what they gave" leaves_others
 check "the tests of the table pass" bash "$copy/tests/properties/generate.sh" "$copy"
 for test in "${tests[@]}"; do check "the tests $test pass" run_tests "$test"; done
-check "the tests of the program pass" bash "$copy/tests/tools/host-program.sh" "$wine" "$copy/build/bin" "$copy"
+check "the tests of the program pass" bash "$copy/tests/tools/command-line-tool.sh" "$wine" "$copy/build/bin" "$copy"
 check "the documents are right" bash "$copy/tests/docs/docs.sh" "$copy" "$copy/build" "$wine"
 
 program() { (cd "$copy/build/bin" && "$wine" orvel-graphic-cards.exe --machine example-desktop "$@" --json </dev/null 2>/dev/null); }

@@ -104,7 +104,7 @@ std::vector<std::string> Trace()
 
 void Note(const std::string& event)
 {
-    notes.push_back({Find<decltype(&OrvelSimulationCalls)>("OrvelSimulationCalls")(""), event});
+    notes.push_back({tools::SimulationCalls(""), event});
 }
 
 std::vector<std::string> Events()
