@@ -213,7 +213,7 @@ def sources(vendors, units, properties, **_):
         for vendor in vendors:
             cell = item["cells"][vendor]
             source = "constant" if "always" in cell else cell["source"]
-            source = "not told by this vendor" if source == "none" else source
+            source = "not available from this vendor" if source == "none" else source
             unit = units.get(cell.get("unit", item.get("unit")), "")
             made.append(f"        {{{literal(source)}, {literal(cell.get('reader', ''))}, {literal(unit)}}},")
         made.append("    }}},")

@@ -71,7 +71,7 @@ const std::array<CardField, propertyCount> cardFields = {{
     // clang-format on
 }};
 
-bool IsNotTold(const CardField& field, const FieldValue& value)
+bool IsNeutral(const CardField& field, const FieldValue& value)
 {
     if (const auto* text = std::get_if<std::string>(&value)) {
         return text->empty() || *text == "Unknown" || *text == "UNKNOWN";

@@ -23,20 +23,20 @@ enum class FieldGroup {
 
 using FieldValue = std::variant<unsigned int, float, bool, std::string>;
 
-/// One property of a record: how it is named and read.
+/// A property of a record.
 struct CardField {
     const char* Name; ///< as in the record
     FieldGroup Group;
-    const char* Label;   ///< for people
+    const char* Label;   ///< in the text output
     bool IsZeroAnAnswer; ///< 0 or false does not mean that the value is missing
     FieldValue (*Read)(const shared::enumeration::GraphicCardInfo& card);
 };
 
-/// Whether a value is the one that stands for "not told": an empty text, "Unknown" in any case, and 0 or false in a property
-/// that has another value where it is told.
-bool IsNotTold(const CardField& field, const FieldValue& value);
+/// Whether a value is the neutral value of its property: an empty text, "Unknown" or "UNKNOWN", and 0 or false unless that
+/// is a regular value of the property.
+bool IsNeutral(const CardField& field, const FieldValue& value);
 
-/// A value as people read it: flags as yes and no, numbers with the digits that they need.
+/// A value as text: flags as yes and no, numbers with the fewest digits that identify them.
 std::string ToDisplayText(const FieldValue& value);
 
 /// The properties of a record.

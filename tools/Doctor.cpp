@@ -50,17 +50,18 @@ const char* KeyOf(CheckStatus status)
     return "";
 }
 
-Check Make(const std::string& name, const Finding& finding, CheckStatus whenMissing, const std::string& cost,
-           const std::string& brings)
+Check Make(const std::string& name, const Finding& finding, CheckStatus whenMissing, const std::string& impact,
+           const std::string& providedBy)
 {
-    return {name,  finding.IsFound ? CheckStatus::Found : whenMissing, finding.Path, finding.Version, finding.Detail, cost,
-            brings};
+    return {
+        name,      finding.IsFound ? CheckStatus::Found : whenMissing, finding.Path, finding.Version, finding.Detail, impact,
+        providedBy};
 }
 
-/// What is lost without a thing that some vendors need: "Intel's and AMD's cards are not enumerated".
+/// The effect of a missing dependency of some vendors: "Intel's and AMD's cards are not enumerated".
 struct Loss {
     CheckStatus Status;
-    std::string Cost;
+    std::string Impact;
 };
 
 template <typename Predicate>
@@ -84,16 +85,16 @@ Loss LossOf(Predicate needs)
 
 void AddWmi(std::vector<Check>& checks)
 {
-    const char* windows = "it belongs to Windows; the WMI service or its repository may be damaged";
-    checks.push_back(Make("com", FindCom(), CheckStatus::Stops, "WMI cannot be reached", "the host initialises it"));
+    const char* windows = "Windows; the WMI service or its repository may be damaged";
+    checks.push_back(Make("com", FindCom(), CheckStatus::Stops, "WMI is not available", "the host (CoInitializeEx)"));
     checks.push_back(
         Make("wmi-namespace", FindWmiNamespace(), CheckStatus::Stops, "no vendor's cards are enumerated", windows));
     const Loss noBios = LossOf([](const Vendor& vendor) { return vendor.NeedsBios; });
-    checks.push_back(Make("wmi-bios", FindWmiClass("Win32_Bios"), noBios.Status, noBios.Cost, windows));
+    checks.push_back(Make("wmi-bios", FindWmiClass("Win32_Bios"), noBios.Status, noBios.Impact, windows));
     checks.push_back(Make("wmi-video-controller", FindWmiClass("Win32_VideoController"), CheckStatus::Stops,
                           "no vendor's cards are enumerated", windows));
     checks.push_back(Make("wmi-physical-memory", FindWmiClass("Win32_PhysicalMemory"), CheckStatus::Stops,
-                          "the enumeration ends with a status at the first card", windows));
+                          "the enumeration throws at the first card", windows));
     const uint32_t memoryType = MemoryType();
     const bool hasName = HasMemoryName(memoryType);
     checks.push_back(Make("memory-type",
@@ -102,9 +103,9 @@ void AddWmi(std::vector<Check>& checks)
                           LossOf([hasName](const Vendor& vendor) {
                               return vendor.KnownMemory == Vendor::Memory::WithTransferFactor ||
                                      (vendor.KnownMemory == Vendor::Memory::Named && !hasName);
-                          }).Cost +
-                              ", and the MemoryBandwidth of AMD's is infinite",
-                          hasName ? "nothing on this computer; the library knows no transfer factor for this type"
+                          }).Impact +
+                              ", and MemoryBandwidth of AMD's cards is infinite",
+                          hasName ? "nothing on this computer; the library has no transfer factor for this type"
                                   : "nothing on this computer; its memory is newer than the library's table, such as DDR5"));
 }
 
@@ -112,10 +113,10 @@ void AddLibraries(std::vector<Check>& checks, const LibraryLoad& load)
 {
     const Loss noOpenCl = LossOf([](const Vendor& vendor) { return vendor.NeedsOpenCl; });
     checks.push_back(
-        Make("opencl.dll", FindDll("opencl.dll"), noOpenCl.Status, noOpenCl.Cost, "any vendor's display driver"));
+        Make("opencl.dll", FindDll("opencl.dll"), noOpenCl.Status, noOpenCl.Impact, "any vendor's display driver"));
     const std::string withoutOpenCl = IntelAdaptersWithoutOpenCl();
     checks.push_back(Make("opencl-intel", {withoutOpenCl.empty(), withoutOpenCl}, CheckStatus::Limits,
-                          "Intel's cards are not enumerated: OpenCL has to list them under WMI's names",
+                          "Intel's cards are not enumerated: OpenCL must list them under WMI's names",
                           "Intel's display driver"));
     Finding nvml = FindDll("nvml.dll");
     if (nvml.IsFound) {
@@ -141,12 +142,11 @@ void AddLibraries(std::vector<Check>& checks, const LibraryLoad& load)
 void AddWindows(std::vector<Check>& checks)
 {
     const Loss noDxgi = LossOf([](const Vendor& vendor) { return vendor.NeedsDxgi; });
-    checks.push_back(
-        Make("dxgi", FindDxgi(), noDxgi.Status, noDxgi.Cost, "it belongs to Windows; a display has to be there"));
+    checks.push_back(Make("dxgi", FindDxgi(), noDxgi.Status, noDxgi.Impact, "Windows; needs a display"));
     checks.push_back(Make("registry-pci", FindRegistryKey("SYSTEM\\CurrentControlSet\\Enum\\PCI\\"), CheckStatus::Limits,
-                          "BusId of Intel's and AMD's cards is 0", "it belongs to Windows"));
+                          "BusId of Intel's and AMD's cards is 0", "Windows"));
     checks.push_back(Make("registry-video", FindRegistryKey("SYSTEM\\CurrentControlSet\\Control\\Video"),
-                          CheckStatus::Limits, "BiosVersion of Intel's and AMD's cards is empty", "it belongs to Windows"));
+                          CheckStatus::Limits, "BiosVersion of Intel's and AMD's cards is empty", "Windows"));
 }
 
 } // namespace
@@ -158,8 +158,8 @@ Diagnosis Diagnose(const LibraryLoad& load)
     AddLibraries(checks, load);
     AddWindows(checks);
     const Finding library = load.Problem ? Finding{false, *load.Problem} : FindDll("orvel-graphic-cards-enumeration.dll");
-    checks.push_back(
-        Make("library", library, CheckStatus::Stops, "nothing can be enumerated", "it belongs beside this program"));
+    checks.push_back(Make("library", library, CheckStatus::Stops, "nothing can be enumerated",
+                          "the package's bin folder (must be beside this program)"));
     return {checks, StatesOfVendors(checks)};
 }
 
@@ -181,15 +181,16 @@ std::string DoctorAsText(const Diagnosis& diagnosis, const TextStyle& style)
             WriteWrapped(out, check.Path + (check.Version.empty() ? "" : ", version " + check.Version), 8);
         }
         if (check.Status != CheckStatus::Found) {
-            WriteWrapped(out, "without it: " + check.Cost, 8);
-            WriteWrapped(out, "what brings it: " + check.Brings, 8);
+            WriteWrapped(out, "impact: " + check.Impact, 8);
+            WriteWrapped(out, "provided by: " + check.ProvidedBy, 8);
         }
     }
     out << '\n';
     for (const VendorState& vendor : diagnosis.Vendors) {
         WriteEntry(out, vendor.Vendor, std::string(vendor.State.Name) + " (" + vendor.State.Meaning + ")");
     }
-    constexpr const char* verdicts[] = {"All is well.", "Something limits the records.", "Nothing can be enumerated."};
+    constexpr const char* verdicts[] = {"Nothing is missing.", "Something limits the records.",
+                                        "Nothing can be enumerated."};
     out << '\n' << Bold(verdicts[DoctorStatus(diagnosis.Checks)], style.IsColoured) << '\n';
     return out.str();
 }
@@ -206,8 +207,8 @@ std::string DoctorAsJson(const Diagnosis& diagnosis)
                                     {"path", check.Path},
                                     {"version", check.Version},
                                     {"detail", check.Detail},
-                                    {"cost", check.Cost},
-                                    {"brings", check.Brings}});
+                                    {"impact", check.Impact},
+                                    {"provided_by", check.ProvidedBy}});
     }
     for (const VendorState& vendor : diagnosis.Vendors) {
         object["vendors"].push_back(

@@ -9,29 +9,29 @@
 
 namespace orvel::tools {
 
-/// How a thing that the library leans on is.
+/// The state of a dependency of the library.
 enum class CheckStatus {
-    Found,     ///< as it should be
-    NotNeeded, ///< missing, but this computer has no card that would need it
-    Limits,    ///< not as it should be: some records, or some of their values, will be missing
-    Stops,     ///< not as it should be: nothing can be enumerated
+    Found,     ///< present and usable
+    NotNeeded, ///< missing, but no card of this computer needs it
+    Limits,    ///< missing or unusable: some records or values are missing
+    Stops,     ///< missing or unusable: nothing can be enumerated
 };
 
-/// One thing that the library leans on.
+/// A dependency of the library.
 struct Check {
     std::string Name; ///< stable, for scripts
     CheckStatus Status;
     std::string Path;    ///< "" where it has none
     std::string Version; ///< "" where it has none
-    std::string Detail;  ///< what was seen, such as an error code
-    std::string Cost;    ///< what its absence costs
-    std::string Brings;  ///< what brings it
+    std::string Detail;  ///< such as an error code
+    std::string Impact;  ///< if it is missing
+    std::string ProvidedBy;
 };
 
 /// Why a vendor has no records.
 struct VendorState {
     struct Word {
-        const char* Name;    ///< stable, for scripts; "ok" where nothing that was looked at keeps the records away
+        const char* Name;    ///< stable, for scripts; "ok" where no check found a reason for missing records
         const char* Meaning; ///< the same as a sentence
     };
     std::string Vendor;
@@ -43,16 +43,16 @@ struct Diagnosis {
     std::vector<VendorState> Vendors;
 };
 
-/// Looks at everything the library leans on. COM must be initialised; the library need not be loadable.
+/// Checks everything the library depends on. COM must be initialised; the library need not be loadable.
 Diagnosis Diagnose(const LibraryLoad& load);
 
-/// 0 all is well, 1 something limits the records, 2 nothing can be enumerated.
+/// 0 nothing is missing, 1 something limits the records, 2 nothing can be enumerated.
 int DoctorStatus(const std::vector<Check>& checks);
 
 std::string DoctorAsText(const Diagnosis& diagnosis, const TextStyle& style);
 
-/// One JSON object: `schema`, `status`, `checks` (objects with `name`, `status`, `path`, `version`, `detail`, `cost`,
-/// `brings`), `vendors` (objects with `name`, `status`, `meaning`).
+/// One JSON object: `schema`, `status`, `checks` (objects with `name`, `status`, `path`, `version`, `detail`, `impact`,
+/// `provided_by`), `vendors` (objects with `name`, `status`, `meaning`).
 std::string DoctorAsJson(const Diagnosis& diagnosis);
 
 } // namespace orvel::tools

@@ -8,7 +8,7 @@
 
 #include "FieldSources.h"
 #include "LikelyCause.h"
-#include "Messages.h"
+#include "RunEnds.h"
 #include "TextLayout.h"
 #include "vendors/Vendors.h"
 
@@ -16,23 +16,12 @@ namespace orvel::tools {
 
 using shared::enumeration::Vendor;
 using shared::enumeration::VendorOf;
-using shared::enumeration::vendors;
 
 namespace {
 
 constexpr std::string_view nameSpace = "orvel::shared::enumeration::";
-constexpr std::string_view unexpected = "Unexpected error occurred: ";
 
-/// The vendor whose run begins with the line; null for none.
-const Vendor* BegunBy(const LogLine& line)
-{
-    const auto found = std::find_if(std::begin(vendors), std::end(vendors), [&line](const Vendor& vendor) {
-        return !vendor.BeginsRun.empty() && line.Function.ends_with(vendor.BeginsRun);
-    });
-    return found == std::end(vendors) ? nullptr : found;
-}
-
-/// The lines that were written while a card was read: those of its vendor's run, after the card before it.
+/// The lines logged while a card was read: those of its vendor's run, after the previous card.
 std::vector<LogLine> LinesOf(const Report& report, size_t card)
 {
     const Vendor* const vendor = VendorOf(ManufacturerOf(report.Cards[card]));
@@ -57,7 +46,7 @@ std::vector<LogLine> LinesOf(const Report& report, size_t card)
     return lines;
 }
 
-/// The message of the first of the lines that an operation wrote; "" when it wrote none. A name that ends in "::" stands for
+/// The message of the first of the lines that an operation wrote; "" when it wrote none. A name that ends in "::" means
 /// all operations of a class.
 std::string LineOf(const std::vector<LogLine>& lines, std::string_view reader)
 {
@@ -74,47 +63,23 @@ std::string LineOf(const std::vector<LogLine>& lines, std::string_view reader)
     return {};
 }
 
-/// Why a property has its neutral value; "" where the value is told.
+/// Why a property has its neutral value; "" if it has another value.
 std::string ReasonOf(const std::vector<LogLine>& lines, const CardField& field, const FieldValue& value,
                      const FieldSource& source)
 {
-    if (!IsNotTold(field, value)) {
+    if (!IsNeutral(field, value)) {
         return {};
     }
-    if (IsToldByNobody(source)) {
+    if (HasNoSource(source)) {
         return "this vendor has no source for it";
     }
     const std::string line = LineOf(lines, source.Reader);
-    return line.empty() ? "the source told nothing, or exactly this value" : "log: " + line;
+    return line.empty() ? "the source returned no value, or exactly this one" : "log: " + line;
 }
 
-struct Ended {
-    std::string Message;
-    std::string Meaning;
-    std::string Cause;
-};
-
-std::vector<Ended> WhatEnded(const Report& report)
+std::string CauseOf(const RunEnd& end)
 {
-    std::vector<Ended> ended;
-    std::string lastWarning; // of the same vendor's run
-    for (const LogLine& line : report.Log) {
-        if (BegunBy(line)) {
-            lastWarning.clear();
-        } else if (SeverityName(line.Severity) == std::string_view("warning")) {
-            lastWarning = line.Message.substr(0, line.Message.find('\n'));
-        } else if (line.Message.starts_with(unexpected)) {
-            const std::string message = line.Message.substr(unexpected.size());
-            ended.push_back({message, ExplainMessage(message), LikelyCause(message, lastWarning)});
-            lastWarning.clear();
-        }
-    }
-    if (report.Error) {
-        const auto* status = std::get_if<long>(&*report.Error);
-        ended.push_back({Describe(*report.Error),
-                         status ? ExplainStatus(*status) : ExplainMessage(std::get<std::string>(*report.Error)), ""});
-    }
-    return ended;
+    return LikelyCause(end.Message, end.Warning);
 }
 
 void WriteField(std::ostream& out, const std::vector<LogLine>& lines, const CardField& field, const FieldValue& value,
@@ -124,9 +89,9 @@ void WriteField(std::ostream& out, const std::vector<LogLine>& lines, const Card
     const std::string reason = ReasonOf(lines, field, value, source);
     const std::string text = ToDisplayText(value);
     WriteEntry(out, field.Name, text.empty() ? "\"\"" : text);
-    WriteWrapped(out, std::string("from: ") + source.Source, 8);
+    WriteWrapped(out, std::string("source: ") + source.Source, 8);
     if (!reason.empty()) {
-        WriteWrapped(out, "why: " + reason, 8);
+        WriteWrapped(out, "reason: " + reason, 8);
     }
 }
 
@@ -144,15 +109,15 @@ std::string ExplainAsText(const Report& report, const TextStyle& style)
         }
         out << '\n';
     }
-    const auto ended = WhatEnded(report);
+    const auto ended = EndedRuns(report);
     if (!ended.empty()) {
-        out << Bold("What ended early", style.IsColoured) << '\n';
+        out << Bold("Runs that ended early", style.IsColoured) << '\n';
     }
-    for (const Ended& end : ended) {
-        WriteWrapped(out, end.Message, 2);
-        WriteWrapped(out, end.Meaning.empty() ? "no explanation is known" : end.Meaning, 6);
-        if (!end.Cause.empty()) {
-            WriteWrapped(out, "on this computer: " + end.Cause, 6);
+    for (const RunEnd& end : ended) {
+        WriteWrapped(out, end.Vendor + ": " + end.Message, 2);
+        WriteWrapped(out, end.Meaning.empty() ? "no explanation available" : end.Meaning, 6);
+        if (const std::string cause = CauseOf(end); !cause.empty()) {
+            WriteWrapped(out, "on this computer: " + cause, 6);
         }
     }
     out << SummaryOf(report) << '\n';
@@ -176,14 +141,15 @@ std::string ExplainAsJson(const Report& report)
             properties.push_back({{"field", field.Name},
                                   {"value", cards[i][field.Name]},
                                   {"source", source.Source},
-                                  {"told", !IsNotTold(field, value)},
+                                  {"available", !IsNeutral(field, value)},
                                   {"reason", reason.empty() ? Json() : Json(reason)}});
         }
         object["cards"].push_back(properties);
     }
     object["ended"] = Json::array();
-    for (const Ended& end : WhatEnded(report)) {
-        object["ended"].push_back({{"message", end.Message}, {"meaning", end.Meaning}, {"cause", end.Cause}});
+    for (const RunEnd& end : EndedRuns(report)) {
+        object["ended"].push_back(
+            {{"vendor", end.Vendor}, {"message", end.Message}, {"meaning", end.Meaning}, {"cause", CauseOf(end)}});
     }
     return object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -4,13 +4,13 @@
 
 namespace orvel::tools {
 
-/// For every card and property the value, where it comes from and, where it is not told, why; then in plain words what ended
-/// a vendor's run, and what on this computer probably did. The machine that is simulated has to be in place still.
+/// For every card and property the value, its source and, where it is not available, the reason; then what ended a vendor's
+/// run, and the likely cause on this computer. A simulated machine must still be active.
 std::string ExplainAsText(const Report& report, const TextStyle& style);
 
-/// The same as one JSON object: `schema`, `machine`, `cards` (arrays of objects with `field`, `value`, `source`, `told` and
-/// `reason`), `ended` (objects with `message`, `meaning` and `cause`, which is
-/// empty where nothing can be seen).
+/// The same as one JSON object: `schema`, `machine`, `cards` (arrays of objects with `field`, `value`, `source`,
+/// `available` and `reason`), `ended` (objects with `vendor`, `message`, `meaning` and `cause`, which is empty if no cause
+/// is found).
 std::string ExplainAsJson(const Report& report);
 
 } // namespace orvel::tools

@@ -76,9 +76,9 @@ constexpr Row rows[] = {
         {"DwmIsCompositionEnabled", "", ""},
     }}},
     {"GraphicsCardSn", {{
-        {"WMI Win32_Bios.SerialNumber (the machine's)", "", ""},
+        {"WMI Win32_Bios.SerialNumber (of the machine)", "", ""},
         {"NVML nvmlDeviceGetSerial", "NvmlClient::GetGraphicCardSerialNumber", ""},
-        {"WMI Win32_Bios.SerialNumber (the machine's)", "", ""},
+        {"WMI Win32_Bios.SerialNumber (of the machine)", "", ""},
     }}},
     {"BusId", {{
         {"registry Enum\\PCI: LocationInformation", "GetBusIdFromRegistry", ""},
@@ -101,7 +101,7 @@ constexpr Row rows[] = {
         {"ADLX IADLXGPU::Name", "", ""},
     }}},
     {"ChipName", {{
-        {"made from CardName", "", ""},
+        {"derived from CardName", "", ""},
         {"NVAPI NvAPI_GPU_GetFullName", "NvapiClient::GetChipName", ""},
         {"OpenCL CL_DEVICE_NAME of the device of the same name", "OpenCLWrapper::", ""},
     }}},
@@ -111,84 +111,84 @@ constexpr Row rows[] = {
         {"constant", "", ""},
     }}},
     {"BusInterface", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_GPU_GetBusType", "NvapiClient::GetBusInterface", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
     }}},
     {"PcieGeneration", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVML nvmlDeviceGetCurrPcieLinkGeneration", "NvmlClient::GetPcieGeneration", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
     }}},
     {"PciTransferRate", {{
-        {"not told by this vendor", "", "MB/s"},
+        {"not available from this vendor", "", "MB/s"},
         {"NVML nvmlDeviceGetMaxPcieLinkGeneration and nvmlDeviceGetMaxPcieLinkWidth", "NvmlClient::GetPcieTransferRate", "MB/s"},
-        {"not told by this vendor", "", "MB/s"},
+        {"not available from this vendor", "", "MB/s"},
     }}},
     {"PciLanes", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_GPU_GetCurrentPCIEDownstreamWidth", "NvapiClient::GetPciLanes", ""},
         {"ADL ADL_Overdrive5_CurrentActivity_Get", "", ""},
     }}},
     {"PixelFillRate", {{
         {"formula: OpenCL clock x (memory width / CL_DEVICE_MAX_CONSTANT_ARGS)", "", "Gpixel/s"},
-        {"not told by this vendor", "", "Gpixel/s"},
-        {"not told by this vendor", "", "Gpixel/s"},
+        {"not available from this vendor", "", "Gpixel/s"},
+        {"not available from this vendor", "", "Gpixel/s"},
     }}},
     {"TextureFillRate", {{
         {"formula: OpenCL clock x (memory width / CL_DEVICE_MAX_CONSTANT_ARGS) x transfer factor of the memory", "", "Gtexel/s"},
-        {"not told by this vendor", "", "Gtexel/s"},
-        {"not told by this vendor", "", "Gtexel/s"},
+        {"not available from this vendor", "", "Gtexel/s"},
+        {"not available from this vendor", "", "Gtexel/s"},
     }}},
     {"CudaCapability", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVML nvmlDeviceGetCudaComputeCapability", "NvmlClient::GetCudaCapability", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
     }}},
     {"MaxTemperature", {{
-        {"not told by this vendor", "", "°C"},
+        {"not available from this vendor", "", "°C"},
         {"NVML nvmlDeviceGetTemperatureThreshold", "NvmlClient::GetMaxTemperature", "°C"},
-        {"not told by this vendor", "", "°C"},
+        {"not available from this vendor", "", "°C"},
     }}},
     {"TemperateSlowdown", {{
-        {"not told by this vendor", "", "°C"},
+        {"not available from this vendor", "", "°C"},
         {"NVML nvmlDeviceGetTemperatureThreshold", "NvmlClient::GetTemperatureSlowdown", "°C"},
-        {"not told by this vendor", "", "°C"},
+        {"not available from this vendor", "", "°C"},
     }}},
     {"TemperatureShutdown", {{
-        {"not told by this vendor", "", "°C"},
+        {"not available from this vendor", "", "°C"},
         {"NVML nvmlDeviceGetTemperatureThreshold", "NvmlClient::GetTemperatureShutdown", "°C"},
-        {"not told by this vendor", "", "°C"},
+        {"not available from this vendor", "", "°C"},
     }}},
     {"GpuType", {{
         {"WMI Win32_VideoController.AdapterDACType", "", ""},
         {"NVAPI NvAPI_GPU_GetGPUType", "NvapiClient::GetGpuType", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
     }}},
     {"MultiGpuSupport", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_D3D11_MultiGPU_GetCaps", "NvapiClient::GetMultiGpuSupport", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
     }}},
     {"GpuClockMax", {{
         {"OpenCL CL_DEVICE_MAX_CLOCK_FREQUENCY", "", "MHz"},
         {"NVAPI NvAPI_GPU_GetAllClockFrequencies", "NvapiClient::GetGpuClockMax", "MHz"},
-        {"not told by this vendor", "", "MHz"},
+        {"not available from this vendor", "", "MHz"},
     }}},
     {"GpuBoostClock", {{
-        {"not told by this vendor", "", "MHz"},
+        {"not available from this vendor", "", "MHz"},
         {"NVAPI NvAPI_GPU_GetAllClockFrequencies", "NvapiClient::GetGpuBoostClock", "MHz"},
-        {"not told by this vendor", "", "MHz"},
+        {"not available from this vendor", "", "MHz"},
     }}},
     {"MemoryClockMax", {{
-        {"WMI Win32_PhysicalMemory.Speed, halved (the machine's)", "", "MHz"},
+        {"WMI Win32_PhysicalMemory.Speed, halved (of the machine)", "", "MHz"},
         {"NVAPI NvAPI_GPU_GetAllClockFrequencies", "NvapiClient::GetMemoryClockMax", "MHz"},
-        {"WMI Win32_PhysicalMemory.Speed, halved (the machine's)", "", "MHz"},
+        {"WMI Win32_PhysicalMemory.Speed, halved (of the machine)", "", "MHz"},
     }}},
     {"MemoryBoostClock", {{
         {"OpenCL CL_DEVICE_MAX_CLOCK_FREQUENCY (repeats the GPU's clock)", "", "MHz"},
         {"NVAPI NvAPI_GPU_GetAllClockFrequencies", "NvapiClient::GetMemoryBoostClock", "MHz"},
-        {"not told by this vendor", "", "MHz"},
+        {"not available from this vendor", "", "MHz"},
     }}},
     {"MemorySize", {{
         {"WMI Win32_VideoController.AdapterRAM", "", "MiB"},
@@ -201,19 +201,19 @@ constexpr Row rows[] = {
         {"DXGI DXGI_ADAPTER_DESC.SharedSystemMemory", "", "GiB"},
     }}},
     {"MemoryType", {{
-        {"WMI Win32_PhysicalMemory.SMBIOSMemoryType (the machine's)", "", ""},
-        {"WMI Win32_PhysicalMemory.SMBIOSMemoryType (the machine's)", "", ""},
-        {"WMI Win32_PhysicalMemory.SMBIOSMemoryType (the machine's)", "", ""},
+        {"WMI Win32_PhysicalMemory.SMBIOSMemoryType (of the machine)", "", ""},
+        {"WMI Win32_PhysicalMemory.SMBIOSMemoryType (of the machine)", "", ""},
+        {"WMI Win32_PhysicalMemory.SMBIOSMemoryType (of the machine)", "", ""},
     }}},
     {"MemoryBandwidth", {{
-        {"formula: WMI Win32_PhysicalMemory Speed and TotalWidth (the machine's)", "", ""},
+        {"formula: WMI Win32_PhysicalMemory Speed and TotalWidth (of the machine)", "", ""},
         {"NVML nvmlDeviceGetClockInfo and nvmlDeviceGetMemoryBusWidth", "NvmlClient::GetMemoryBandwidth", "GB/s"},
-        {"formula: WMI Win32_PhysicalMemory Speed and TotalWidth (the machine's)", "GetMemoryBandwidth", ""},
+        {"formula: WMI Win32_PhysicalMemory Speed and TotalWidth (of the machine)", "GetMemoryBandwidth", ""},
     }}},
     {"MemoryBusWidth", {{
-        {"WMI Win32_PhysicalMemory.TotalWidth (the machine's)", "", "bit"},
+        {"WMI Win32_PhysicalMemory.TotalWidth (of the machine)", "", "bit"},
         {"NVAPI NvAPI_GPU_GetRamBusWidth", "NvapiClient::GetMemoryBusWidth", "bit"},
-        {"not told by this vendor", "", "bit"},
+        {"not available from this vendor", "", "bit"},
     }}},
     {"Cores", {{
         {"OpenCL CL_DEVICE_MAX_COMPUTE_UNITS", "", ""},
@@ -236,27 +236,27 @@ constexpr Row rows[] = {
         {"registry Control\\Video: HardwareInformation.BiosString", "", ""},
     }}},
     {"NvidiaSli", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_D3D11_MultiGPU_GetCaps", "NvapiClient::GetNvidiaSli", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
     }}},
     {"AmdCrossfire", {{
-        {"not told by this vendor", "", ""},
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"ADL ADL2_Adapter_Crossfire_Get", "", ""},
     }}},
     {"EccStatus", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_GPU_GetECCStatusInfo", "NvapiClient::GetEccStatus", ""},
         {"ADL ADL2_Workstation_ECC_Caps and ADL2_Workstation_ECC_Get", "", ""},
     }}},
     {"EccSingleBitErrors", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_GPU_GetECCErrorInfo", "NvapiClient::GetEccSingleBitErrors", ""},
         {"ADL ADL2_Workstation_ECCData_Get", "", ""},
     }}},
     {"EccDoubleBitErrors", {{
-        {"not told by this vendor", "", ""},
+        {"not available from this vendor", "", ""},
         {"NVAPI NvAPI_GPU_GetECCErrorInfo", "NvapiClient::GetEccDoubleBitErrors", ""},
         {"ADL ADL2_Workstation_ECCData_Get", "", ""},
     }}},
@@ -290,9 +290,9 @@ FieldSource SourceOf(const std::string& field, const std::string& manufacturer)
     return row->Sources[static_cast<size_t>(maker - manufacturers.begin())];
 }
 
-bool IsToldByNobody(const FieldSource& source)
+bool HasNoSource(const FieldSource& source)
 {
-    return std::string_view(source.Source) == "not told by this vendor";
+    return std::string_view(source.Source) == "not available from this vendor";
 }
 
 } // namespace orvel::tools

@@ -4,10 +4,10 @@
 
 namespace orvel::tools {
 
-/// Where a vendor's record has a property from.
+/// The source of a property of one vendor.
 struct FieldSource {
-    const char* Source; ///< an interface and what is asked of it, a formula or a constant
-    const char* Reader; ///< the operation whose log lines tell of its failures; "" for none
+    const char* Source; ///< an interface and its function or field, a formula or a constant
+    const char* Reader; ///< the operation that logs its failures; "" for none
     const char* Unit;   ///< "" for none
 };
 
@@ -16,6 +16,6 @@ struct FieldSource {
 FieldSource SourceOf(const std::string& field, const std::string& manufacturer);
 
 /// Whether the vendor has no source for the property.
-bool IsToldByNobody(const FieldSource& source);
+bool HasNoSource(const FieldSource& source);
 
 } // namespace orvel::tools

@@ -19,24 +19,24 @@ constexpr wchar_t libraryName[] = L"orvel-graphic-cards-enumeration.dll";
 
 struct Origin {
     const char* Dll;
-    const char* Brings;
+    const char* Advice;
 };
 
 constexpr Origin origins[] = {
-    {"nvml.dll", "it comes with NVIDIA's display driver; a computer without one needs the substitute from the folder "
+    {"nvml.dll", "provided by NVIDIA's display driver; without the driver, copy the substitute from the folder "
                  "\"fallback\" beside the program"},
-    {"orvel-shared-wmi-client.dll", "it belongs beside orvel-graphic-cards-enumeration.dll"},
-    {"orvel-graphic-cards-enumeration.dll", "it belongs beside this program"},
+    {"orvel-shared-wmi-client.dll", "it must be beside orvel-graphic-cards-enumeration.dll"},
+    {"orvel-graphic-cards-enumeration.dll", "it must be beside this program"},
 };
 
-std::string WhatBrings(const std::string& dll)
+std::string AdviceFor(const std::string& dll)
 {
     for (const Origin& origin : origins) {
         if (dll == origin.Dll) {
-            return origin.Brings;
+            return origin.Advice;
         }
     }
-    return "it belongs to Windows";
+    return "provided by Windows";
 }
 
 /// Names of the DLLs that a mapped module imports when it is loaded.
@@ -50,7 +50,7 @@ std::vector<std::string> ImportsOf(HMODULE module)
     return names;
 }
 
-/// The first DLL that keeps `dll` from being loaded: itself when its file is not found, else one that it imports.
+/// The first DLL that cannot be loaded: `dll` itself if its file is missing, otherwise one that it imports.
 std::string FindMissing(const std::string& dll)
 {
     const HMODULE mapped = ::LoadLibraryExA(dll.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
@@ -65,7 +65,7 @@ std::string FindMissing(const std::string& dll)
     return dll;
 }
 
-/// The first function that `module` exports and `other` does not; "" where there is none.
+/// The first function that `module` exports and `other` lacks; "" if `other` has them all.
 std::string FirstLacking(HMODULE module, HMODULE other)
 {
     const auto* exports = DirectoryOf<IMAGE_EXPORT_DIRECTORY>(module, IMAGE_DIRECTORY_ENTRY_EXPORT);
@@ -79,8 +79,8 @@ std::string FirstLacking(HMODULE module, HMODULE other)
     return {};
 }
 
-/// Loads the nvml.dll that serves the library. The substitute exports what the library imports, and passes it on to the
-/// driver's where that has it. Returns why it serves in place of one that was found.
+/// Loads the nvml.dll that the library will use. The substitute exports what the library imports, and forwards it to the
+/// driver where possible. Returns why the substitute replaces an nvml.dll that was found; otherwise "".
 std::string LoadNvml()
 {
     const HMODULE found = ::LoadLibraryW(L"nvml.dll");
@@ -90,7 +90,7 @@ std::string LoadNvml()
     }
     const std::string lacking = FirstLacking(substitute, found);
     ::FreeLibrary(lacking.empty() ? substitute : found);
-    return lacking.empty() ? "" : "an older one, without " + lacking + ", was found; the substitute serves";
+    return lacking.empty() ? "" : "the one found is older and lacks " + lacking + "; using the substitute";
 }
 
 } // namespace
@@ -101,13 +101,13 @@ LibraryLoad LoadEnumerationLibrary()
     if (const HMODULE library = ::LoadLibraryW(libraryName)) {
         const char* missing = BindLate(library);
         return {missing ? std::optional(std::string("orvel-graphic-cards-enumeration.dll lacks ") + missing +
-                                        ": it belongs to another version of this program")
+                                        ": its version does not match this program")
                         : std::nullopt,
                 substituted};
     }
     const DWORD error = ::GetLastError();
     const std::string missing = FindMissing("orvel-graphic-cards-enumeration.dll");
-    return {missing + " cannot be loaded (error " + std::to_string(error) + "): " + WhatBrings(missing), substituted};
+    return {missing + " cannot be loaded (error " + std::to_string(error) + "): " + AdviceFor(missing), substituted};
 }
 
 } // namespace orvel::tools

@@ -7,7 +7,7 @@ namespace orvel::tools {
 
 /// What came of loading the library.
 struct LibraryLoad {
-    std::optional<std::string> Problem; ///< what is missing, and what brings it, where the library was not loaded
+    std::optional<std::string> Problem; ///< what is missing, and what provides it, if the library was not loaded
     std::string Substituted; ///< why the substitute nvml.dll serves in place of one that was found; "" if it does not
 };
 

@@ -24,15 +24,14 @@ std::string Quoted(const std::string& text)
 std::string MemoryCause(bool (*isKnown)(uint32_t), const char* what)
 {
     const uint32_t type = MemoryType();
-    return isKnown(type)
-               ? ""
-               : "the memory is of SMBIOS type " + std::to_string(type) + ", for which the library knows no " + what;
+    return isKnown(type) ? ""
+                         : "the memory has SMBIOS type " + std::to_string(type) + ", for which the library has no " + what;
 }
 
 std::string OpenClCause()
 {
     const std::string missing = IntelAdaptersWithoutOpenCl();
-    return missing.empty() ? "" : "OpenCL lists no device of Intel's with WMI's name: " + missing;
+    return missing.empty() ? "" : "OpenCL lists no Intel device with WMI's name: " + missing;
 }
 
 std::string DllCause(const char* dll)
@@ -45,9 +44,9 @@ std::string NvapiCause()
 {
     const std::string missing = DllCause("nvapi64.dll");
     if (NamesOfAdapters("10DE").empty()) {
-        return "WMI lists no card of NVIDIA's";
+        return "WMI lists no NVIDIA card";
     }
-    return missing.empty() ? "" : "WMI lists a card of NVIDIA's, but " + missing;
+    return missing.empty() ? "" : "WMI lists an NVIDIA card, but " + missing;
 }
 
 std::string NvmlCause()
@@ -56,7 +55,7 @@ std::string NvmlCause()
     return finding.IsFound ? "nvml.dll is " + finding.Path : "nvml.dll cannot be loaded, " + finding.Detail;
 }
 
-/// The cause that can be looked for here; "" where there is none.
+/// The cause that a check on this computer finds; "" for none.
 std::string SeenCause(RunFailure failure)
 {
     switch (failure) {
@@ -107,8 +106,8 @@ std::string IntelAdaptersWithoutOpenCl()
 
 std::string LikelyCause(const std::string& message, const std::string& lastWarning)
 {
-    if (!lastWarning.empty()) { // it says what this run could not read; what is seen now may have been so all along
-        return "the last warning before it is " + Quoted(lastWarning);
+    if (!lastWarning.empty()) { // the run itself reported it; a check made now is less certain
+        return "the last warning before it: " + Quoted(lastWarning);
     }
     const auto reported = FindRunFailure(message);
     return reported ? SeenCause(reported->Failure) : "";

@@ -14,24 +14,24 @@ std::variant<Options, Ending> ParseOptions(const std::vector<std::string>& argum
     bool isExplain = false;
     bool isDoctor = false;
     bool isList = false;
-    CLI::App app("Shows the Intel, NVIDIA and AMD graphics cards of this computer, or of a\nsimulated machine.",
+    CLI::App app("Lists the Intel, NVIDIA and AMD graphics cards of this computer, or of a\nsimulated machine.",
                  "orvel-graphic-cards");
     app.set_version_flag("--version", "orvel-graphic-cards " ORVEL_VERSION);
     app.add_flag("--json", options.Json, "Print one JSON object instead of text");
-    app.add_flag("--brief", options.Brief, "Leave out what is not told");
-    app.add_option("--machine", options.Machine, "Enumerate a simulated machine: a file, or a shipped one")
+    app.add_flag("--brief", options.Brief, "Omit values that are not available");
+    app.add_option("--machine", options.Machine, "Enumerate a simulated machine: a file, or the name of a shipped machine")
         ->type_name("FILE");
-    app.add_option("--output", options.Output, "Write to this file, whole or not at all")->type_name("FILE");
+    app.add_option("--output", options.Output, "Write to this file (atomic)")->type_name("FILE");
     app.add_flag("--log", options.Log, "Print the library's log lines on standard error");
-    auto* explain = app.add_flag("--explain", isExplain, "Tell where each value comes from, or why it is missing");
-    auto* doctor = app.add_flag("--doctor", isDoctor, "Check what the library leans on, and what is missing");
+    auto* explain = app.add_flag("--explain", isExplain, "Show the source of each value, or why it is missing");
+    auto* doctor = app.add_flag("--doctor", isDoctor, "Check what the library depends on, and show what is missing");
     auto* list = app.add_flag("--list-machines", isList, "List the shipped machines");
     explain->excludes(doctor)->excludes(list);
     doctor->excludes(list);
     app.get_formatter()->column_width(24);
     app.get_formatter()->label("Excludes", "not with");
-    app.footer("Exit status: 0 done, 2 wrong option or machine file, 3 a library cannot be\n"
-               "loaded, 4 the enumeration ended with an exception. With --doctor: 0 all is well,\n"
+    app.footer("Exit status: 0 success, 2 wrong option or machine file, 3 a library cannot be\n"
+               "loaded, 4 an exception ended the enumeration. With --doctor: 0 nothing is missing,\n"
                "1 something limits the records, 2 nothing can be enumerated.");
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as CLI11 wants them
@@ -43,7 +43,7 @@ std::variant<Options, Ending> ParseOptions(const std::vector<std::string>& argum
     } catch (const CLI::ParseError& error) {
         std::string reason = error.what();
         std::replace(reason.begin(), reason.end(), '\n', ' ');
-        return Ending{ExitWrongInput, reason + " (--help tells the options)"};
+        return Ending{ExitWrongInput, reason + " (see --help)"};
     }
     options.Show = isExplain ? Mode::Explain : isDoctor ? Mode::Doctor : isList ? Mode::ListMachines : Mode::Cards;
     return options;

@@ -5,7 +5,7 @@
 
 namespace orvel::tools {
 
-/// Writes a file (UTF-8 path) whole or not at all: a file of that name keeps its content until the new one is complete.
+/// Writes a file (UTF-8 path) atomically: an existing file keeps its content until the new one is complete.
 /// Returns what went wrong, if anything.
 std::optional<std::string> WriteFileWhole(const std::string& path, const std::string& content);
 

@@ -30,7 +30,7 @@ using Card = std::vector<FieldValue>;
 std::string ValueOf(const Card& card, const std::string& name);
 std::string ManufacturerOf(const Card& card);
 
-/// All that one enumeration told.
+/// The results of one enumeration.
 struct Report {
     std::vector<Card> Cards;
     std::vector<LogLine> Log;
@@ -38,22 +38,22 @@ struct Report {
     std::optional<std::string> Simulation; ///< the simulation's own report (JSON), on a simulated machine
 };
 
-/// One JSON object, as a text that ends in a line end.
+/// One JSON object, with a final line break.
 std::string ToJson(const Report& report);
 
-/// How a text for people looks.
+/// The style of the text output.
 struct TextStyle {
-    bool IsBrief = false;    ///< leave out what is not told
+    bool IsBrief = false;    ///< omit values that are not available
     bool IsColoured = false; ///< for a terminal
 };
 
-/// One section per card for people to read, in 80 columns, and a last line that sums up.
+/// One section per card, in 80 columns, and a summary. Without cards, the reason for each run that ended early.
 std::string ToText(const Report& report, const TextStyle& style);
 
-/// "3 cards, 0 warnings, 9 errors".
+/// "3 cards, 0 warnings, 9 errors". Messages of success that AMD's run logs as errors do not count.
 std::string SummaryOf(const Report& report);
 
-/// What left the enumeration, in a sentence.
+/// The exception that ended the enumeration, as a sentence.
 std::string Describe(const Thrown& error);
 
 } // namespace orvel::tools

@@ -103,8 +103,8 @@ uint32_t MemoryType()
 {
     std::vector<std::string> types;
     ReadColumn("SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory", L"SMBIOSMemoryType", types);
-    const auto told = std::find_if(types.begin(), types.end(), [](const std::string& type) { return type != "0"; });
-    const unsigned long type = told == types.end() ? 0 : std::strtoul(told->c_str(), nullptr, 10);
+    const auto reported = std::find_if(types.begin(), types.end(), [](const std::string& type) { return type != "0"; });
+    const unsigned long type = reported == types.end() ? 0 : std::strtoul(reported->c_str(), nullptr, 10);
     return type == 0 ? unknownMemoryType : static_cast<uint32_t>(type);
 }
 

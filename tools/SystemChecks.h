@@ -7,7 +7,7 @@
 
 namespace orvel::tools {
 
-/// What was seen of one thing: found or not, and what it tells of itself.
+/// The result of a check.
 struct Finding {
     bool IsFound;
     std::string Detail;
@@ -27,7 +27,7 @@ Finding FindWmiClass(const std::string& name);
 /// The names of a PCI vendor's ("8086") video controllers, as WMI lists them.
 std::vector<std::string> NamesOfAdapters(const std::string& vendorId);
 
-/// SMBIOS's code of the type of the machine's memory, as the library takes it: 2, unknown, where WMI does not tell it.
+/// SMBIOS type code of the machine's memory, as the library reads it: 2 (unknown) where WMI does not report it.
 uint32_t MemoryType();
 
 /// A DXGI factory.

@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <iterator>
 #include <sstream>
+#include <string_view>
 
 #include "FieldSources.h"
 #include "Report.h"
+#include "RunEnds.h"
 #include "TextLayout.h"
 
 namespace orvel::tools {
@@ -26,11 +29,11 @@ constexpr Heading headings[] = {
     {FieldGroup::EccAndMultiGpu, "ECC and multi-GPU"},
 };
 
-/// A value with its unit, or that it is not told. A flag that is not set stays "no".
+/// A value with its unit, or "not available". A flag that is not set is "no".
 std::string Describe(const CardField& field, const FieldValue& value, const std::string& manufacturer)
 {
-    if (IsNotTold(field, value) && !std::holds_alternative<bool>(value)) {
-        return "not told";
+    if (IsNeutral(field, value) && !std::holds_alternative<bool>(value)) {
+        return "not available";
     }
     const std::string unit = SourceOf(field.Name, manufacturer).Unit;
     return ToDisplayText(value) + (unit.empty() ? "" : " ") + unit;
@@ -41,7 +44,7 @@ void WriteGroup(std::ostream& out, const Card& card, const Heading& heading, con
     bool hasHeading = false;
     for (size_t i = 0; i < cardFields.size(); ++i) {
         const CardField& field = cardFields[i];
-        if (field.Group != heading.Group || (style.IsBrief && IsNotTold(field, card[i]))) {
+        if (field.Group != heading.Group || (style.IsBrief && IsNeutral(field, card[i]))) {
             continue;
         }
         if (!hasHeading) {
@@ -50,6 +53,24 @@ void WriteGroup(std::ostream& out, const Card& card, const Heading& heading, con
         }
         WriteEntry(out, field.Label, Describe(field, card[i], ManufacturerOf(card)));
     }
+}
+
+/// Whether a message reports success. AMD's run logs these as errors.
+bool IsSuccess(const std::string& message)
+{
+    constexpr std::string_view successes[] = {"ADL initialized successfully", "ADLX initialized successfully",
+                                              "ADL Destroyed successfully", "GetPixelFillRateMax done."};
+    return std::find(std::begin(successes), std::end(successes), message) != std::end(successes);
+}
+
+/// Why there are no cards: a sentence for each run that ended early.
+void WriteMissingCards(std::ostream& out, const Report& report)
+{
+    out << "No graphics card was enumerated.\n";
+    for (const RunEnd& end : EndedRuns(report)) {
+        WriteEntry(out, end.Vendor, end.Meaning.empty() ? end.Message : end.Meaning);
+    }
+    out << "Run with --doctor to see what is missing on this computer.\n\n";
 }
 
 std::string Count(size_t number, const char* thing)
@@ -62,8 +83,9 @@ std::string Count(size_t number, const char* thing)
 std::string SummaryOf(const Report& report)
 {
     const auto count = [&report](int severity) {
-        return static_cast<size_t>(std::count_if(report.Log.begin(), report.Log.end(),
-                                                 [severity](const LogLine& line) { return line.Severity == severity; }));
+        return static_cast<size_t>(std::count_if(report.Log.begin(), report.Log.end(), [severity](const LogLine& line) {
+            return line.Severity == severity && !IsSuccess(line.Message);
+        }));
     };
     constexpr int error = 2;
     constexpr int warning = 3;
@@ -81,6 +103,9 @@ std::string ToText(const Report& report, const TextStyle& style)
             WriteGroup(out, card, heading, style);
         }
         out << '\n';
+    }
+    if (report.Cards.empty()) {
+        WriteMissingCards(out, report);
     }
     out << SummaryOf(report) << '\n';
     return out.str();

@@ -14,7 +14,7 @@ using shared::enumeration::vendors;
 
 namespace {
 
-constexpr VendorState::Word ok = {"ok", "nothing that was looked at keeps its records away"};
+constexpr VendorState::Word ok = {"ok", "no check found a reason for missing records"};
 constexpr VendorState::Word noLibrary = {"no-library", "the library cannot be loaded"};
 constexpr VendorState::Word noWmi = {"no-wmi", "WMI cannot be queried for what the vendor's run needs"};
 constexpr VendorState::Word noCard = {"no-card", "WMI lists no adapter of this vendor"};
@@ -23,7 +23,7 @@ constexpr VendorState::Word noOpenClDevice = {"no-opencl-device", "OpenCL does n
 constexpr VendorState::Word noDriver = {"no-driver", "a DLL of the vendor's display driver cannot be loaded"};
 constexpr VendorState::Word unsupportedMemory = {"unsupported-memory-type",
                                                  "the library does not know the type of the computer's memory"};
-constexpr VendorState::Word noDxgi = {"no-dxgi", "DXGI has no factory"};
+constexpr VendorState::Word noDxgi = {"no-dxgi", "no DXGI factory can be created"};
 
 class Found {
 public:

@@ -7,8 +7,8 @@
 
 namespace orvel::tools {
 
-/// Of each vendor, in the order of the enumeration, whether anything keeps its records away, as the checks have found it.
-/// The first cause counts, from the library to what a vendor's run asks for last. COM must be initialised.
+/// For each vendor, in the order of the enumeration, the first reason for missing records that the checks found, in the
+/// order in which a vendor's run needs the dependencies. COM must be initialised.
 std::vector<VendorState> StatesOfVendors(const std::vector<Check>& checks);
 
 } // namespace orvel::tools

@@ -55,7 +55,7 @@ bool IsTerminal()
     return ::GetConsoleMode(output, &mode) && ::SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-/// Writes what the run has to tell to where it is wanted.
+/// Writes the result to standard output or to the file of --output, and returns the exit status.
 int Finish(const Options& options, const std::string& text, int status)
 {
     if (!options.Output) {
@@ -104,17 +104,17 @@ int RunEnumeration(const Options& options, const TextStyle& style)
     return report.Error ? Fail(ExitException, Describe(*report.Error)) : status;
 }
 
-/// Puts the process on the machine that is asked for: ExitDone, or how the program ends without it.
+/// Simulates the machine. Returns ExitDone, or the exit status of the failure.
 int TakeMachine(const std::string& nameOrFile)
 {
     const auto file = MachineFile(nameOrFile);
     if (!file) {
-        return Fail(ExitWrongInput, nameOrFile + ": neither a file nor a shipped machine (--list-machines lists these)");
+        return Fail(ExitWrongInput, nameOrFile + ": not a file or a shipped machine (see --list-machines)");
     }
-    // It is no part of the product, so the program has to start without it.
+    // Loaded at run time: the simulation is not part of the product, so the program must start without it.
     if (const unsigned long error = LoadSimulation()) {
         return Fail(ExitNoLibrary, "orvel-simulation.dll cannot be loaded (error " + std::to_string(error) +
-                                       "): it belongs into the folder \"simulation\" beside this program");
+                                       "): it must be in the folder \"simulation\" beside this program");
     }
     std::string problem;
     return SimulateMachine(*file, problem) == ORVEL_SIMULATION_IN_PLACE ? ExitDone : Fail(ExitWrongInput, problem);
@@ -125,7 +125,7 @@ int Run(const Options& options)
     if (options.Show == Mode::ListMachines) {
         return ListMachines(options);
     }
-    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // the host's duty: the library leaves COM alone
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // by the host: the library never initialises COM
     if (const int status = options.Machine ? TakeMachine(*options.Machine) : ExitDone; status != ExitDone) {
         return status;
     }

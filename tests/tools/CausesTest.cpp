@@ -34,32 +34,32 @@ std::string StateOf(const char* vendor, const LibraryLoad& load = {})
 
 } // namespace
 
-TEST_CASE("The last warning of the run is the likely cause, whatever is seen now")
+TEST_CASE("The last warning of the run outranks a check as the likely cause")
 {
     Simulate(LaptopWithMemory(34));
     CHECK(LikelyCause(noFactor, "Failed to get Status from WMI") ==
-          "the last warning before it is \"Failed to get Status from WMI\"");
+          "the last warning before it: \"Failed to get Status from WMI\"");
 }
 
 TEST_CASE("A memory type without a factor or name is the cause of its messages")
 {
     Simulate(LaptopWithMemory(34)); // DDR5
-    CHECK(LikelyCause(noFactor, "") == "the memory is of SMBIOS type 34, for which the library knows no transfer factor");
+    CHECK(LikelyCause(noFactor, "") == "the memory has SMBIOS type 34, for which the library has no transfer factor");
     CHECK(LikelyCause("invalid unordered_map<K, T> key", "") ==
-          "the memory is of SMBIOS type 34, for which the library knows no name");
+          "the memory has SMBIOS type 34, for which the library has no name");
     Simulate(LaptopWithMemory(16)); // a name, but no factor
     CHECK_FALSE(LikelyCause(noFactor, "").empty());
     CHECK(LikelyCause("invalid unordered_map<K, T> key", "").empty());
 }
 
-TEST_CASE("An Intel adapter that OpenCL calls by another name is the cause of a missing clock")
+TEST_CASE("An Intel adapter with another name in OpenCL is the cause of a missing clock")
 {
     Json machine = HealthyLaptop();
     Simulate(machine);
     CHECK(LikelyCause("invalid stod argument", "").empty());
     VideoController(machine)["Name"] = "Another name";
     Simulate(machine);
-    CHECK(LikelyCause("invalid stod argument", "") == "OpenCL lists no device of Intel's with WMI's name: \"Another name\"");
+    CHECK(LikelyCause("invalid stod argument", "") == "OpenCL lists no Intel device with WMI's name: \"Another name\"");
 }
 
 TEST_CASE("A DLL that cannot be loaded is the cause of its message")
@@ -71,20 +71,20 @@ TEST_CASE("A DLL that cannot be loaded is the cause of its message")
     CHECK(LikelyCause("invalid stod argument", "").find("UHD Graphics") != std::string::npos);
 }
 
-TEST_CASE("NVAPI without a card of NVIDIA's is as it should be")
+TEST_CASE("The message of a missing NVAPI names a missing NVIDIA card as its cause")
 {
     Simulate(HealthyLaptop());
-    CHECK(LikelyCause("Failed to initialize NVAPI. Status code: -2", "") == "WMI lists no card of NVIDIA's");
+    CHECK(LikelyCause("Failed to initialize NVAPI. Status code: -2", "") == "WMI lists no NVIDIA card");
 }
 
-TEST_CASE("A message that is not known, or comes with another one's beginning, has no cause")
+TEST_CASE("An unknown message has no cause, even if it starts like a known one")
 {
     Simulate(LaptopWithMemory(34));
     CHECK(LikelyCause("", "").empty());
     CHECK(LikelyCause("Argument out of range of something else", "").empty());
 }
 
-TEST_CASE("A vendor is well where all that its run needs is there")
+TEST_CASE("A vendor is ok where all dependencies of its run are present")
 {
     Simulate(HealthyLaptop());
     CHECK(StateOf("Intel") == "ok");
@@ -92,7 +92,7 @@ TEST_CASE("A vendor is well where all that its run needs is there")
     CHECK(StateOf("AMD") == "no-card");
 }
 
-TEST_CASE("The first thing that keeps a vendor's records away is its state")
+TEST_CASE("A vendor's state is the first reason for missing records")
 {
     Simulate(LaptopWithMemory(34));
     CHECK(StateOf("Intel") == "unsupported-memory-type");
@@ -103,7 +103,7 @@ TEST_CASE("The first thing that keeps a vendor's records away is its state")
     CHECK(StateOf("Intel") == "no-wmi");
 }
 
-TEST_CASE("WMI's failures are found with their status")
+TEST_CASE("A failed WMI check reports its status")
 {
     Json machine = HealthyLaptop();
     machine["wmi"]["classes"].erase("Win32_Bios");

@@ -16,7 +16,7 @@ TEST_CASE("Every failure that can end a run is explained")
     }
 }
 
-TEST_CASE("A status that says more has an explanation of its own")
+TEST_CASE("A well-known status has its own explanation")
 {
     CHECK(ExplainMessage("Failed to initialize NVAPI. Status code: -2").find("nvapi64.dll is missing") != std::string::npos);
     CHECK(ExplainMessage("Failed to initialize NVAPI. Status code: -1") == ExplainMessage("Failed to initialize NVAPI"));
@@ -28,6 +28,15 @@ TEST_CASE("An unknown message has no explanation")
 {
     CHECK(ExplainMessage("").empty());
     CHECK(ExplainMessage("something else").empty());
+}
+
+TEST_CASE("Every line that ends a run without an exception is explained")
+{
+    CHECK(ExplainLine("Failed to get SerialNumber from Win32_Bios").starts_with("WMI is not available"));
+    CHECK(ExplainLine("Failed to get Win32_VideoController fields from WMI").find("query for the graphics adapters") !=
+          std::string::npos);
+    CHECK(ExplainLine("Failed to get 3DSettings services").find("without an AMD card") != std::string::npos);
+    CHECK(ExplainLine("ADL initialization failed").empty()); // another line follows it
 }
 
 TEST_CASE("The explanation of a status names it")

@@ -24,7 +24,7 @@ Ending Ended(const std::vector<std::string>& arguments)
 
 } // namespace
 
-TEST_CASE("Without arguments the cards of this computer are shown as text")
+TEST_CASE("The default is the cards of this computer as text")
 {
     const Options options = Parsed({});
     CHECK(options.Show == Mode::Cards);
@@ -39,7 +39,7 @@ TEST_CASE("Each view has its option")
     CHECK(Parsed({"--list-machines"}).Show == Mode::ListMachines);
 }
 
-TEST_CASE("Two views at once are refused")
+TEST_CASE("Two views at once are an error")
 {
     CHECK(Ended({"--explain", "--doctor"}).Status == ExitWrongInput);
     CHECK(Ended({"--explain", "--list-machines"}).Status == ExitWrongInput);
@@ -54,7 +54,7 @@ TEST_CASE("Options with a file take the next argument, in any order")
     CHECK((options.Json && options.Log && options.Brief));
 }
 
-TEST_CASE("Wrong options end with one line that names them")
+TEST_CASE("A wrong option is reported in one line that names it")
 {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--nonsense"}, {"stray"}, {"--machine"}}) {
         const Ending ending = Ended(arguments);
@@ -65,7 +65,7 @@ TEST_CASE("Wrong options end with one line that names them")
     }
 }
 
-TEST_CASE("Help and version are no errors")
+TEST_CASE("Help and version exit with success")
 {
     CHECK(Ended({"--help"}).Status == ExitDone);
     CHECK(Ended({"--version"}).Text.starts_with("orvel-graphic-cards "));

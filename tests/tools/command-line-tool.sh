@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The command-line tool as a person meets it: options, wrong input, missing DLLs. command-line-tool.sh WINE BIN SOURCE
+# Tests the command-line tool as users run it: options, wrong input, missing DLLs. command-line-tool.sh WINE BIN SOURCE
 set -uo pipefail
 wine=$1
 bin=$2
@@ -49,16 +49,16 @@ refused() {
 
 run --help
 check "--help exits with 0" exits_with 0
-check "--help tells the options" prints "--machine"
+check "--help lists the options" prints "--machine"
 check "--help fits 80 columns" fits_80_columns
 run --version
 check "--version exits with 0" exits_with 0
-check "--version tells the version" prints "orvel-graphic-cards $(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")"
+check "--version prints the version" prints "orvel-graphic-cards $(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")"
 
 run --nonsense
 check "an unknown option exits with 2" exits_with 2
 check "an unknown option is named" says --nonsense
-check "an unknown option is told in one line" is_one_line
+check "an unknown option is reported in one line" is_one_line
 check "an unknown option prints nothing" is_silent
 run stray
 check "a stray argument exits with 2" exits_with 2
@@ -68,8 +68,8 @@ check "--machine without a file exits with 2" exits_with 2
 run --machine "$work/none.json"
 check "a missing machine file exits with 2" exits_with 2
 check "a missing machine file is named" says none.json
-check "a missing machine file is told in one line" is_one_line
-check "the shipped machines are offered in its place" says --list-machines
+check "a missing machine file is reported in one line" is_one_line
+check "the error for a missing machine file names --list-machines" says --list-machines
 
 refused "broken JSON" '{"name": "x",' line
 refused "unknown key" '{"wmi": {"classes": {}, "klasses": {}}}' /wmi klasses
@@ -82,9 +82,9 @@ machine=$source/machines/intel-laptop.json
 run --machine "$machine"
 check "a laptop is shown with status 0" exits_with 0
 check "the card's section is headed by its name" prints "Card 1: Intel(R) UHD Graphics 620"
-check "properties stand in groups" prints "Clocks and rates"
+check "properties are grouped" prints "Clocks and rates"
 check "values have units" prints "1150 MHz"
-check "lines end as on every system" has_no_carriage_return
+check "lines end without a carriage return" has_no_carriage_return
 check "without --log standard error is empty" is_quiet
 
 run --machine "$machine" --json
@@ -94,18 +94,18 @@ properties=$(python3 "$source/properties/generate.py" --count)
 check "JSON has every property of a card" json_is '[.cards[] | length]' "[$properties]"
 check "JSON keeps the record's order" json_is '.cards[0] | keys_unsorted | [.[0], .[13], .[48]]' \
     '["AvailabilityCode","CardName","AdapterStatus"]'
-check "JSON tells the trace and what is alive" json_is '[(.trace | length > 10), .live.wmi, .live.dxgi]' '[true,0,0]'
-check "JSON tells what a driver does not allow" json_is .violations '{"count":0,"texts":[]}'
-check "JSON tells that nothing was thrown" json_is .thrown null
+check "JSON has the trace and the open resources" json_is '[(.trace | length > 10), .live.wmi, .live.dxgi]' '[true,0,0]'
+check "JSON lists the violations of a driver's rules" json_is .violations '{"count":0,"texts":[]}'
+check "JSON has null where nothing was thrown" json_is .thrown null
 
 run --machine "$machine" --json --log
 check "--log writes lines to standard error" says "error orvel::shared::enumeration::"
-check "--log leaves standard output alone" json_is .schema 1
+check "--log does not change standard output" json_is .schema 1
 
 jq '.wmi.failures = [{"contains": "SELECT Speed", "status": "0x80041001"}]' "$machine" >"$work/throws.json"
 run --machine "$work/throws.json" --json
 check "a thrown status exits with 4" exits_with 4
-check "a thrown status is told" says "0x80041001"
+check "a thrown status is reported" says "0x80041001"
 check "a thrown status is in the JSON" json_is .thrown '{"type":"long","value":-2147217407}'
 
 jq '.wmi.classes.Win32_PhysicalMemory[].SMBIOSMemoryType = 34' "$source/machines/amd-desktop.json" >"$work/ddr5.json"
@@ -135,11 +135,34 @@ run --machine workstation
 check "a shipped machine has a short name" prints "Card 3: AMD Radeon RX 6800 XT"
 check "the text fits 80 columns" fits_80_columns
 check "a text that goes to no terminal has no colours" has_no_colours
-check "the last line sums up" prints "3 cards, 0 warnings, 11 errors"
-check "what is not told is recognisable" prints "not told"
+check "the text ends with a summary" prints "3 cards, 0 warnings, 6 errors"
+check "a run with cards does not explain the ends of runs" lacks --doctor
+run --machine ddr5-desktop
+check "a run without cards exits with 0" exits_with 0
+cp "$work/out" "$work/no-cards"
+cat >"$work/out" <<'END'
+No graphics card was enumerated.
+    Intel                 The machine's memory has a type without a known
+                          transfer rate, usually DDR5 or LPDDR5.
+    NVIDIA                Windows or the driver reported an unknown code: an
+                          adapter without availability in WMI (a disabled or
+                          incompletely installed device, or an NVIDIA card that
+                          WMI does not list), or a memory type newer than the
+                          table, such as DDR5.
+    AMD                   AMD's driver interfaces (ADL, ADLX) are missing or do
+                          not start; this is normal without an AMD card.
+Run with --doctor to see what is missing on this computer.
+
+0 cards, 0 warnings, 7 errors
+END
+check "a run without cards explains each run that ended" is_the_same_as "$work/no-cards"
+run --machine "$work/throws.json"
+check "a thrown status explains a run without cards" prints "The WMI query for the memory modules"
+run --machine workstation
+check "a missing value is \"not available\"" prints "not available"
 run --machine workstation --brief
-check "--brief leaves out what is not told" lacks "not told"
-check "--brief keeps what is told" prints "NVIDIA GeForce RTX 3060"
+check "--brief omits values that are not available" lacks "not available"
+check "--brief keeps available values" prints "NVIDIA GeForce RTX 3060"
 run --list-machines
 check "--list-machines exits with 0" exits_with 0
 check "--list-machines names every shipped machine" names_every_machine
@@ -161,14 +184,14 @@ check "a refused output leaves nothing behind" [ ! -e "$work/folder.part" ]
 
 run --machine workstation --explain
 check "--explain exits with 0" exits_with 0
-check "--explain tells where a value comes from" prints "from: NVAPI NvAPI_GPU_GetFullName"
-check "--explain tells the log line of a missing value" prints "why: log: Failed to get graphics card serial number"
+check "--explain shows the source of a value" prints "source: NVAPI NvAPI_GPU_GetFullName"
+check "--explain shows the log line of a missing value" prints "reason: log: Failed to get graphics card serial number"
 check "--explain fits 80 columns" fits_80_columns
 run --machine workstation --explain --json
 check "--explain --json has every property of every card" json_is '[.cards[] | length] | unique' "[$properties]"
 check "--explain --json names a source for each" json_is '[.cards[][] | select(.source == "")] | length' 0
-check "--explain --json gives a reason exactly where a value is not told" json_is \
-    '[.cards[][] | select((.reason == null) != .told)] | length' 0
+check "--explain --json has a reason exactly where a value is not available" json_is \
+    '[.cards[][] | select((.reason == null) != .available)] | length' 0
 for file in "$source"/machines/*.json; do
     run --machine "$file" --explain --json
     check "what ends a run on $(basename "$file") is explained" json_is '[.ended[] | select(.meaning == "")] | length' 0
@@ -177,17 +200,17 @@ cause_is() { # MACHINE MESSAGE CAUSE
     run --machine "$1" --explain --json
     json_is "[.ended[] | select(.message | startswith(\"$2\")) | .cause] | unique" "[\"$3\"]"
 }
-check "memory that the library does not know is told as the cause" cause_is ddr5-desktop "Argument out of range" \
-    "the memory is of SMBIOS type 34, for which the library knows no transfer factor"
-check "it is the cause of NVIDIA's end too" cause_is ddr5-desktop "invalid unordered_map" \
-    "the memory is of SMBIOS type 34, for which the library knows no name"
+check "unsupported memory is reported as the cause" cause_is ddr5-desktop "Argument out of range" \
+    "the memory has SMBIOS type 34, for which the library has no transfer factor"
+check "unsupported memory also ends NVIDIA's run" cause_is ddr5-desktop "invalid unordered_map" \
+    "the memory has SMBIOS type 34, for which the library has no name"
 jq '.wmi.classes.Win32_PhysicalMemory[].SMBIOSMemoryType = 16' "$source/machines/workstation.json" >"$work/sgram.json"
-check "memory with a name and no factor is the cause of Intel's end" cause_is "$work/sgram.json" "Argument out of range" \
-    "the memory is of SMBIOS type 16, for which the library knows no transfer factor"
+check "memory with a name but no transfer factor ends Intel's run" cause_is "$work/sgram.json" "Argument out of range" \
+    "the memory has SMBIOS type 16, for which the library has no transfer factor"
 run --machine "$work/sgram.json" --doctor --json
-check "such memory costs Intel's cards, not NVIDIA's" json_is \
-    '[.status, (.checks[] | select(.name == "memory-type") | .status, .cost)]' \
-    '[1,"limits","Intel'"'"'s cards are not enumerated, and the MemoryBandwidth of AMD'"'"'s is infinite"]'
+check "the impact of such memory is on Intel's cards, not NVIDIA's" json_is \
+    '[.status, (.checks[] | select(.name == "memory-type") | .status, .impact)]' \
+    '[1,"limits","Intel'"'"'s cards are not enumerated, and MemoryBandwidth of AMD'"'"'s cards is infinite"]'
 
 jq '.wmi.classes.Win32_VideoController[] |= if .PNPDeviceID | contains("1002") then .DriverVersion = null
     elif .PNPDeviceID | contains("10DE") then .DriverVersion = "" else . end' \
@@ -195,23 +218,23 @@ jq '.wmi.classes.Win32_VideoController[] |= if .PNPDeviceID | contains("1002") t
 run --machine "$work/reasons.json" --explain --json
 check "a reason is taken from the card's own lines" json_is \
     '[.cards[] | .[] | select(.field == "DriverVersion") | .reason]' \
-    '[null,"the source told nothing, or exactly this value","log: Failed to get driver version from WMI"]'
+    '[null,"the source returned no value, or exactly this one","log: Failed to get driver version from WMI"]'
 jq '.wmi.classes.Win32_VideoController[] |= if .Name | contains("Arc") then .DriverVersion = null else .DriverVersion = "" end' \
     "$source/machines/intel-desktop.json" >"$work/reasons.json"
 run --machine "$work/reasons.json" --explain --json
 check "a reason is not taken from another card of the vendor" json_is \
     '[.cards[] | .[] | select(.field == "DriverVersion") | .reason] | unique | length' 2
-check "an adapter that OpenCL does not list is told as the cause" cause_is intel-laptop-no-opencl-driver "invalid stod" \
-    "OpenCL lists no device of Intel's with WMI's name: \\\"Intel(R) UHD Graphics 620\\\""
-check "a loader that cannot be loaded is told as the cause" cause_is server "Failed to load opencl.dll" \
+check "an adapter that OpenCL does not list is reported as the cause" cause_is intel-laptop-no-opencl-driver "invalid stod" \
+    "OpenCL lists no Intel device with WMI's name: \\\"Intel(R) UHD Graphics 620\\\""
+check "an OpenCL loader that cannot be loaded is reported as the cause" cause_is server "Failed to load opencl.dll" \
     "opencl.dll cannot be loaded, error 1114"
-check "a vendor without a card is told as the cause" cause_is intel-laptop "Failed to initialize NVAPI" \
-    "WMI lists no card of NVIDIA's"
-check "a driver that does not belong to a card is told as the cause" cause_is nvidia-missing-driver \
-    "Failed to initialize NVAPI" "WMI lists a card of NVIDIA's, but nvapi64.dll cannot be loaded, error 1114"
+check "a missing NVIDIA card is reported as the cause" cause_is intel-laptop "Failed to initialize NVAPI" \
+    "WMI lists no NVIDIA card"
+check "a missing NVIDIA driver is reported as the cause" cause_is nvidia-missing-driver \
+    "Failed to initialize NVAPI" "WMI lists an NVIDIA card, but nvapi64.dll cannot be loaded, error 1114"
 jq '.wmi.classes.Win32_VideoController[0].Availability = null' "$source/machines/intel-laptop.json" >"$work/disabled.json"
-check "a warning before the end is told as the cause" cause_is "$work/disabled.json" "invalid unordered_map" \
-    "the last warning before it is \\\"Failed to get Availability from WMI\\\""
+check "the last warning before the end is reported as the cause" cause_is "$work/disabled.json" "invalid unordered_map" \
+    "the last warning before it: \\\"Failed to get Availability from WMI\\\""
 jq '.wmi.classes.Win32_VideoController[] |= (select(.PNPDeviceID | contains("8086")).DriverVersion = null) | .nvml = {"nvmlInit_v2": 9}' \
     "$source/machines/workstation.json" >"$work/two.json"
 run --machine "$work/two.json" --explain --json
@@ -222,7 +245,7 @@ run --explain --doctor
 check "two views at once are refused" exits_with 2
 
 run --machine workstation --doctor --json
-check "--doctor exits with 0 where all is well" exits_with 0
+check "--doctor exits with 0 where nothing is missing" exits_with 0
 check "--doctor's checks have stable names" json_is '[.checks[].name] | join(" ")' \
     '"com wmi-namespace wmi-bios wmi-video-controller wmi-physical-memory memory-type opencl.dll opencl-intel nvml.dll nvapi64.dll atiadlxx.dll amdadlx64.dll dxgi registry-pci registry-video library"'
 run --machine intel-laptop --doctor --json
@@ -233,15 +256,15 @@ check "a missing driver limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"nvapi64.dll"]'
 check "what limits the records exits with 1" exits_with 1
 run --machine ddr5-desktop --doctor --json
-check "memory that the library does not know limits the records" json_is \
+check "unsupported memory limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"memory-type"]'
 run --machine intel-laptop-no-opencl-driver --doctor --json
-check "an adapter of Intel's that OpenCL does not list limits the records" json_is \
+check "an Intel adapter that OpenCL does not list limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name, .detail)]' \
     '[1,"opencl-intel","\"Intel(R) UHD Graphics 620\""]'
 run --machine server --doctor
 check "a missing OpenCL loader exits with 2" exits_with 2
-check "a missing OpenCL loader is told with what brings it" prints "any vendor's display driver"
+check "a missing OpenCL loader is reported with what provides it" prints "any vendor's display driver"
 check "the verdict is in words" prints "Nothing can be enumerated."
 
 # vendor_words MACHINE WORDS: Intel's, NVIDIA's and AMD's.
@@ -284,8 +307,8 @@ bin_folder=$bin
 bin=$work/bin
 run --json
 check "without any nvml.dll the exit status is 3" exits_with 3
-check "the missing nvml.dll is named, and what brings it" says "nvml.dll"
-check "the missing nvml.dll is told in one line" is_one_line
+check "the missing nvml.dll is named" says "nvml.dll"
+check "the missing nvml.dll is reported in one line" is_one_line
 check "a program without its library prints nothing" is_silent
 cp "$bin_folder/stand-in-driver/nvml.dll" "$work/bin/" # an old one, without nvmlDeviceGetSerial
 mkdir "$work/bin/fallback"
@@ -293,9 +316,9 @@ cp "$bin_folder/fallback/nvml.dll" "$work/bin/fallback/"
 run --json
 check "with an old nvml.dll the program runs on the substitute" exits_with 0
 run --doctor --json
-check "--doctor tells that the substitute serves, and why" json_is \
+check "--doctor reports that the substitute is used, and why" json_is \
     '.checks[] | select(.name == "nvml.dll") | [.status, (.path | test("fallback")), .detail]' \
-    '["found",true,"an older one, without nvmlDeviceGetSerial, was found; the substitute serves"]'
+    '["found",true,"the one found is older and lacks nvmlDeviceGetSerial; using the substitute"]'
 rm -r "$work/bin/fallback"
 cp "$bin_folder/fallback/nvml.dll" "$work/bin/"
 run --json
@@ -308,7 +331,7 @@ run
 check "a missing sibling library is named" says orvel-shared-wmi-client.dll
 run --doctor --json
 check "--doctor works where the library cannot be loaded" exits_with 2
-check "--doctor tells that the library cannot be loaded" json_is '.checks[] | select(.name == "library") | .status' '"stops"'
+check "--doctor reports that the library cannot be loaded" json_is '.checks[] | select(.name == "library") | .status' '"stops"'
 check "no vendor has records without the library" json_is '[.vendors[].status] | unique' '["no-library"]'
 rm "$work/bin/orvel-graphic-cards-enumeration.dll"
 run
