@@ -39,7 +39,7 @@ void FindIn(HMODULE module, const char* name, Function& function)
     function = FindFunction<Function>(module, name);
 }
 
-/// NVAPI, which finds every function anew.
+/// NVAPI, with a lookup of the function on every call.
 struct Nvapi {
     ModuleHandle Module{::LoadLibraryW(L"nvapi64.dll")};
     void* (*QueryInterface)(uint32_t id) = Module ? FindFunction<void* (*)(uint32_t)>(Module.get(), "nvapi_QueryInterface")
@@ -52,7 +52,7 @@ struct Nvapi {
     }
 };
 
-/// One GPU as both interfaces know it, and room for an answer.
+/// A GPU in both interfaces, and a buffer for results.
 struct Gpu {
     const Nvapi& Api;
     NvPhysicalGpuHandle Handle;

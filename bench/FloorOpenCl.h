@@ -9,7 +9,8 @@ namespace orvel::bench {
 /// OpenCL as long as it is used.
 shared::enumeration::ModuleHandle LoadOpenCl();
 
-/// Reads a parameter of the first device with this name and vendor, listing the devices and looking every function up anew.
+/// Reads a parameter of the first device with this name and vendor, listing the devices and looking up every function on
+/// each call.
 void ReadDevice(HMODULE opencl, const char* name, cl_uint vendor, cl_device_info parameter);
 
 } // namespace orvel::bench

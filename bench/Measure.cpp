@@ -76,7 +76,7 @@ double MedianOf(int runs, const std::function<void()>& run)
     return Median(times);
 }
 
-/// Product and floor by turns, so that whatever else the computer does falls on both.
+/// Runs product and floor alternately, so that other load of the computer affects both.
 void MeasureByTurns(const Machine& machine, Figures& figures)
 {
     std::vector<double> product;

@@ -1,9 +1,9 @@
 // nvml.dll for computers without an NVIDIA driver.
 //
 // orvel-graphic-cards-enumeration.dll imports nvml.dll when it is loaded, so a host that must start on every computer ships
-// this one beside its program. Where the system folder has the driver's own, every call goes there; elsewhere NVML says that
-// no driver is loaded. The driver's is loaded when the first session begins and given back when the last one ends: a DLL
-// must not load or free another one while it is itself being loaded or freed.
+// this one beside its program. If the system folder has the driver's nvml.dll, every call is forwarded to it; otherwise NVML
+// reports that no driver is loaded. The driver's DLL is loaded when the first session starts and released when the last one
+// ends: a DLL must not load or free another one while it is itself being loaded or freed.
 
 #include <atomic>
 #include <mutex>
@@ -36,7 +36,7 @@ HMODULE LoadDriver()
     if (characters == 0 || characters >= MAX_PATH) {
         return nullptr;
     }
-    // With its whole path: the bare name would find this DLL.
+    // With its full path: the bare name would find this DLL.
     const HMODULE found = ::LoadLibraryW((std::wstring(folder) + L"\\nvml.dll").c_str());
     if (found == OwnModule()) {
         ::FreeLibrary(found);
@@ -45,7 +45,7 @@ HMODULE LoadDriver()
     return found;
 }
 
-/// The driver's nvml.dll while sessions are open in it, which NVML counts. Outside a session there is nothing to ask.
+/// The driver's nvml.dll while sessions are open in it, which NVML counts. Without a session it is not loaded.
 std::mutex sessionMutex;
 unsigned int sessions = 0;
 std::atomic<HMODULE> driver = nullptr;
@@ -56,7 +56,7 @@ Function FindIn(HMODULE module, const char* function)
     return module ? reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, function))) : nullptr;
 }
 
-/// Gives the driver's DLL back when no session is open in it.
+/// Releases the driver's DLL when no session is open in it.
 void ReleaseUnused()
 {
     if (sessions == 0) {
@@ -66,7 +66,7 @@ void ReleaseUnused()
     }
 }
 
-/// Passes a call on to the driver.
+/// Forwards a call to the driver.
 template <typename... Arguments>
 Status Forward(const char* function, Arguments... arguments)
 {

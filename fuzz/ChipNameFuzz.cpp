@@ -1,4 +1,4 @@
-// Any text as a card's name, converter's kind or size: what the regular expressions give that the code stands for.
+// Any text as a card's name, converter type or size: the code gives the result of the equivalent regular expressions.
 
 #include <regex>
 #include <stdexcept>

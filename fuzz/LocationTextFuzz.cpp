@@ -1,4 +1,4 @@
-// Any text as a location: the bus is what the regular expression finds that the search stands for.
+// Any text as a location: the search finds the bus that the equivalent regular expression finds.
 
 #include <regex>
 

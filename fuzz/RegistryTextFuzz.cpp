@@ -23,7 +23,7 @@ void CheckText(const uint8_t* data, std::size_t size)
 
 } // namespace
 
-/// The first eight bytes stand for the two identifiers.
+/// The first eight bytes are the two identifiers.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 {
     CheckText(data, size);

@@ -16,7 +16,7 @@ namespace orvel::shared::enumeration {
 class ORVEL_GRAPHIC_CARDS_API GraphicCardInfo {
 public:
     /// Takes one value per property, in the order of the getters, and copies every text.
-    /// No text may be null ("" stands for "no value"). Throws std::bad_alloc when memory is exhausted.
+    /// No text may be null ("" means "no value"). Throws std::bad_alloc when memory is exhausted.
     // Made from properties/properties.toml by ./dev generate.
     // clang-format off
     GraphicCardInfo(unsigned int availabilityCode, const char* availabilityStatus, unsigned int configError,
@@ -76,8 +76,8 @@ public:
     const char* GetSubsystemId() const;
     /// Marketing name of the card; "": not readable.
     const char* GetCardName() const;
-    /// Name of the graphics chip. Intel: made from the card name; NVIDIA: the card name; AMD: the OpenCL device of the same
-    /// name; "": not known.
+    /// Name of the graphics chip. Intel: derived from the card name; NVIDIA: the card name; AMD: the OpenCL device of the
+    /// same name; "": not known.
     const char* GetChipName() const;
     /// "Intel", "Nvidia" or "AMD".
     const char* GetManufacturer() const;

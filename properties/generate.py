@@ -64,7 +64,7 @@ def mistakes_of(item, units):
     if mistakes:
         return mistakes
     if item["type"] not in zeros:
-        mistakes.append(f"type \"{item['type']}\" is none of {', '.join(zeros)}")
+        mistakes.append(f"type \"{item['type']}\" is not one of {', '.join(zeros)}")
     used = [entry["unit"] for entry in (item, *item["cells"].values()) if "unit" in entry]
     mistakes += [f"unit \"{unit}\" is not in [units]" for unit in used if unit not in units]
     mistakes += [f"about does not say \"{unit}\"" for unit in used if unit not in item["about"]]

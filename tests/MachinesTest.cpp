@@ -21,7 +21,7 @@ LogLines Lines(const Json& log)
 
 } // namespace
 
-TEST_CASE("Every machine file gives its whole records and its whole log")
+TEST_CASE("Every machine file has its expected records and log")
 {
     for (const std::string& name : MachineNames()) {
         SUBCASE(name.c_str())

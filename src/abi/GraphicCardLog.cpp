@@ -10,8 +10,8 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-/// This library's default logger, which hands each record to the host. The callback may set another one, and returns into
-/// this object: so once made it stays, and only what it holds changes.
+/// This library's default logger, which passes each record to the host. The callback may replace itself, and then returns
+/// into this object: so the object is created once, and only its content changes.
 class HostLog : public plog::IAppender {
 public:
     HostLog() { logger.addAppender(this); }
@@ -36,7 +36,7 @@ private:
 
 std::unique_ptr<HostLog> hostLog;
 
-/// Makes the log where there is none yet; whether there is one then.
+/// Creates the log if there is none yet. Returns whether there is one.
 bool HasHostLog() noexcept
 {
     try {

@@ -1,6 +1,6 @@
-// GCC's handlers and destructors do not see an exception that MSVC has thrown: it would pass the frames of this library and
-// leave everything open. So the callback is called below a frame with a structured exception handler. GCC has no syntax for
-// one, hence the assembler.
+// GCC's handlers and destructors do not see an exception that MSVC throws: it would unwind the frames of this library
+// without releasing anything. So the callback is called below a frame with a structured exception handler. GCC has no syntax
+// for one, hence the assembler.
 
 #include "abi/HostCallback.h"
 
@@ -12,7 +12,7 @@
 
 extern "C" {
 
-/// Calls `operation` with `argument`; returns too where it ends with a C++ exception of MSVC.
+/// Calls `operation` with `argument`; also returns if it throws an MSVC exception.
 void OrvelCallBelowMsvcHandler(void (*operation)(const void*), const void* argument);
 
 [[gnu::used]] LONG OrvelIsMsvcException(EXCEPTION_POINTERS* exception, void*)
@@ -61,7 +61,7 @@ void Call(const void* argument)
     try {
         line.Callback(line.Severity, line.Function, line.Message, line.Context);
     } catch (...) {
-        // The host's exception costs its line only.
+        // Only this log line is lost.
     }
 }
 

@@ -13,8 +13,8 @@ struct HostLine {
     void* Context;
 };
 
-/// Makes the call. A C++ exception that the callback throws, whichever compiler built it, ends here; the floating-point
-/// state that the callback leaves behind does too.
+/// Makes the call. Discards a C++ exception that the callback throws, whichever compiler built it, and restores the
+/// floating-point state.
 void CallHost(const HostLine& line) noexcept;
 
 } // namespace orvel::shared::enumeration

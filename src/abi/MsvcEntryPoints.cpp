@@ -1,5 +1,5 @@
-// What the operations do that MSVC's names lead to where the ABIs differ by more than the name: MSVC's constructors return
-// their object, and its handlers understand only its own exceptions. MsvcExports.def gives them their names.
+// The exports for MSVC hosts where the ABIs differ in more than the name: MSVC constructors return their object, and MSVC
+// handlers catch only MSVC exceptions. MsvcExports.def defines the exported names.
 
 #include <cstring>
 #include <new>
@@ -55,7 +55,7 @@ void* GraphicCardInfo_MsvcConstructor(
 }
 // clang-format on
 
-// What code that MSVC has generated calls before a constructor, under both classes' names and both compilers'.
+// Called by MSVC-generated code before a constructor; exported under the names of both classes and both compilers.
 void ZeroFillObject(void* object, size_t size)
 {
     std::memset(object, 0, size);

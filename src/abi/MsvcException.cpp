@@ -1,8 +1,8 @@
 // How MSVC throws on x64: RaiseException with the code 0xE06D7363 and four parameters, a magic number, the object, a
 // ThrowInfo and the base address that the ThrowInfo's 32-bit addresses count from. The ThrowInfo lists the types that a
-// handler may catch the object as, each with a TypeDescriptor, which handlers compare by its decorated name. A
-// std::exception of MSVC is a pointer to a table of two functions (destructor, what), a text and a flag that tells whether
-// the text is to be freed.
+// handler may catch the object as, each with a TypeDescriptor, which handlers compare by its decorated name. An
+// MSVC std::exception is a pointer to a table of two functions (destructor, what), a text, and a flag for whether the text
+// must be freed.
 
 #include "abi/MsvcException.h"
 
@@ -77,7 +77,7 @@ const char* WhatOf(const StandardException* exception)
     return exception->Text;
 }
 
-// Before the first function MSVC keeps the type's run-time information, which none of these objects has.
+// MSVC stores the type's run-time information before the first function; these objects have none.
 const void* const exceptionTable[] = {nullptr, reinterpret_cast<const void*>(&DestroyException),
                                       reinterpret_cast<const void*>(&WhatOf)};
 
@@ -90,8 +90,8 @@ CatchableType Catchable(const TypeDescriptor& type, int32_t size, uint32_t prope
     return {properties, AddressOf(&type), {0, -1, 0}, size, 0};
 }
 
-/// All that describes one kind of exception to its handlers. It lies in the image and never changes: a host may keep an
-/// exception, as std::exception_ptr, and throw it again when others were thrown meanwhile.
+/// The description of one type of exception for its handlers. It is constant data of the image: a host may keep an exception
+/// as std::exception_ptr, and rethrow it after others were thrown.
 class Description {
 public:
     explicit Description(const CatchableType& type) : Description({type, {}}, 1) {}
@@ -118,8 +118,8 @@ const Description badAllocDescription(Catchable(badAllocType, sizeof(StandardExc
                                       Catchable(exceptionType, sizeof(StandardException), 0));
 const Description exceptionDescription(Catchable(exceptionType, sizeof(StandardException), 0));
 
-/// The same text with a lifetime that no copy of an exception exceeds: until the library is unloaded. Copies share their
-/// text and do not own it, as no heap is common to both compilers. There are few different texts, so they are kept.
+/// The same text with a lifetime that exceeds any copy of an exception: until the library is unloaded. Copies share the text
+/// without owning it, because the compilers have no common heap. There are few different texts, so all are kept.
 const char* KeptText(const char* text) noexcept
 {
     static std::mutex mutex;

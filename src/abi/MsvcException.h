@@ -5,27 +5,27 @@
 
 namespace orvel::shared::enumeration {
 
-/// An exception on its way to a host that MSVC has built: what it is, without anything that would have to be destroyed.
+/// An exception for an MSVC host, as data that needs no destruction.
 ///
-/// GCC's exceptions mean nothing to such a host; left to themselves they would end its process. So they are caught at the
-/// border and thrown again in MSVC's form: `long` as long, std::bad_alloc as std::bad_alloc, any other standard exception as
-/// std::exception with the same text, and what is none of these as std::exception with the text "unknown exception".
+/// MSVC cannot catch GCC exceptions; uncaught, they would end the process. So the library catches them at the boundary and
+/// throws them in MSVC's form: `long` as long, std::bad_alloc as std::bad_alloc, any other standard exception as
+/// std::exception with the same text, and everything else as std::exception with the text "unknown exception".
 struct MsvcException {
     enum class Kind { None, Status, BadAlloc, Exception };
 
     Kind What = Kind::None;
     long Status = 0;
-    char Text[256] = {}; ///< cut where it is longer
+    char Text[256] = {}; ///< truncated to fit
 
-    /// Takes over the exception that is being handled.
+    /// Copies the exception that is being handled.
     void TakeCurrent() noexcept;
 
-    /// Throws it in MSVC's form; does nothing where there is none. No object with a destructor may live in the calling
-    /// frames of this library: MSVC's exceptions pass them by.
+    /// Throws it in MSVC's form; does nothing if there is none. No calling frame of this library may contain an object with
+    /// a destructor: MSVC exceptions do not run them.
     void Throw() const;
 };
 
-/// Runs an operation for a host that MSVC has built.
+/// Runs an operation for an MSVC host.
 template <typename Operation>
 void CallForMsvc(Operation operation)
 {

@@ -6,7 +6,7 @@ namespace {
 
 constexpr char digits[] = "0123456789";
 
-/// Where the comma stands that joins the number at `position` to a further one; npos when there is no such number.
+/// Position of the comma between the number at `position` and the next number; npos if there are no two such numbers.
 std::size_t CommaAfterNumber(const std::string& text, std::size_t position)
 {
     const std::size_t end = text.find_first_not_of(digits, position);

@@ -4,8 +4,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// Digits of the bus in the first "bus,device,function" (three decimal numbers joined by commas) that a location text holds,
-/// such as "1" of "@System32\drivers\pci.sys,#65536;PCI bus %1, device %2, function %3;(1,0,0)"; "" when it holds none.
+/// Digits of the bus in the first "bus,device,function" (three decimal numbers joined by commas) of a location text,
+/// such as "1" of "@System32\drivers\pci.sys,#65536;PCI bus %1, device %2, function %3;(1,0,0)"; "" if it contains none.
 std::string BusDigits(const std::string& location);
 
 } // namespace orvel::shared::enumeration

@@ -9,7 +9,7 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-/// Runs a conversion of the standard library and gives its exceptions the texts that hosts are promised.
+/// Runs a conversion of the standard library, and gives its exceptions the texts of the interface.
 template <typename Convert>
 auto WithOwnMessages(RunFailure invalid, RunFailure outOfRange, Convert convert)
 {
@@ -32,7 +32,7 @@ int32_t ToInt(const std::string& text, int base)
 
 uint32_t ToUnsignedLong(const std::string& text, int base)
 {
-    // Signed 64 bits hold every value that the sign may turn into a valid one, whatever the width of long is here.
+    // Signed 64 bits hold every valid value before negation, independent of the width of long.
     const int64_t value = WithOwnMessages(RunFailure::InvalidStoul, RunFailure::StoulOutOfRange,
                                           [&] { return std::stoll(text, nullptr, base); });
     constexpr int64_t largest = std::numeric_limits<uint32_t>::max();

@@ -5,10 +5,10 @@
 
 namespace orvel::shared::enumeration {
 
-// Text to number, as the standard library's functions of the same purpose do it: leading white space and a sign are taken,
-// what follows the number is ignored. Text without a number throws std::invalid_argument ("invalid stoi argument"), a number
+// Text to number, like the standard library's functions: leading white space and a sign are accepted, text
+// after the number is ignored. Text without a number throws std::invalid_argument ("invalid stoi argument"), a number
 // too large for the type std::out_of_range ("stoi argument out of range"), each with its own function's name. The messages
-// are visible to hosts and therefore made here: every standard library words its own differently.
+// are visible to hosts and therefore defined here: those of the standard libraries differ.
 
 /// "stoi"; `base` is 10 or 16.
 int32_t ToInt(const std::string& text, int base = 10);

@@ -21,7 +21,7 @@ PnpDeviceId ParsePnpDeviceId(const std::string& text)
 
 std::string SubsystemOf(const std::string& text)
 {
-    // The vendor half comes last: asking for it first refuses a text that does not reach it.
+    // The vendor half is last in the text: cutting it first rejects a text that is too short.
     const std::string vendor = Cut(text, 33, 4);
     return Cut(text, 29, 4) + "-" + vendor;
 }

@@ -5,8 +5,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// The UTF-16 text in the data of a registry value, up to its first NUL. The data come from any driver's setup: they need
-/// neither end in a NUL nor hold whole units, and an odd last byte is none.
+/// The UTF-16 text in the data of a registry value, up to its first NUL. Any driver's setup can write the data, so
+/// the final NUL may be missing; a trailing odd byte is ignored.
 std::u16string RegistryText(const unsigned char* data, std::size_t bytes);
 
 } // namespace orvel::shared::enumeration

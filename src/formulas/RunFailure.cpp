@@ -36,7 +36,7 @@ constexpr Message messages[] = {
     {RunFailure::NoMemory, "bad allocation"},
 };
 
-/// The status at the end of a message, which is taken off it.
+/// Removes the status from the end of a message, and returns it.
 std::optional<int> TakeStatus(std::string_view& message)
 {
     const size_t end = message.find(beforeStatus);

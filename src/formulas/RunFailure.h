@@ -6,8 +6,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// What can end a vendor's run. Each has one text, which hosts read in the log: it is part of the interface, and no standard
-/// library's wording.
+/// A failure that ends a vendor's run. Each has one text, which hosts read in the log: it is part of the interface, and
+/// independent of the standard library.
 enum class RunFailure {
     UnnamedCode,
     NoTransferFactor,
@@ -33,16 +33,16 @@ enum class RunFailure {
 /// The text of a failure.
 const char* MessageOf(RunFailure failure) noexcept;
 
-/// The same with the foreign status that it comes with: "TEXT. Status code: N".
+/// The same with the vendor's status code: "TEXT. Status code: N".
 std::string MessageOf(RunFailure failure, int status);
 
 /// What a message reports.
 struct ReportedFailure {
     RunFailure Failure;
-    std::optional<int> Status; ///< none where the message has none
+    std::optional<int> Status; ///< none if the message has none
 };
 
-/// The failure of a message that MessageOf has made; none for another text.
+/// The failure of a message of MessageOf; none for another text.
 std::optional<ReportedFailure> FindRunFailure(std::string_view message);
 
 } // namespace orvel::shared::enumeration

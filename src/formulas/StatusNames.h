@@ -6,7 +6,7 @@
 namespace orvel::shared::enumeration {
 
 // Names of the codes that Windows reports. A code without a name throws std::out_of_range
-// ("invalid unordered_map<K, T> key"): there is intentionally no name that stands for an unknown code.
+// ("invalid unordered_map<K, T> key"): there is intentionally no name for unknown codes.
 
 /// Name of a WMI `Availability` code (1 to 21).
 const std::string& AvailabilityName(uint32_t code);

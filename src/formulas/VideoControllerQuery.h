@@ -4,7 +4,7 @@
 
 namespace orvel::shared::enumeration {
 
-// The texts, in UTF-8, that ask WMI for the rows of a vendor's adapter.
+// The WQL texts, in UTF-8, of the queries for a vendor's adapters.
 
 /// The rows of all adapters of a PCI vendor, such as "8086".
 std::string AdapterQuery(const std::string& vendorId);
@@ -12,11 +12,11 @@ std::string AdapterQuery(const std::string& vendorId);
 /// The rows of Intel's adapters.
 std::string IntelAdapterQuery();
 
-/// The rows of NVIDIA's adapters of a device id of four hexadecimal digits; of all of them for an empty one.
+/// The rows of NVIDIA's adapters with a device id of four hexadecimal digits; all of them for an empty id.
 std::string NvidiaAdapterQuery(const std::string& deviceId);
 
-/// The rows of AMD's adapters of a name. Intended: the name stands in the text as it is, so an apostrophe in it makes the
-/// query fail.
+/// The rows of AMD's adapters with a name. Intended: the name is not escaped, so the query fails if it contains an
+/// apostrophe.
 std::string AmdAdapterQuery(const std::string& name);
 
 } // namespace orvel::shared::enumeration

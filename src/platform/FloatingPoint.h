@@ -6,8 +6,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// Masks every floating-point trap, and restores the thread's former state (MXCSR and the x87 unit's) when it goes out of
-/// use. A host may have unmasked traps; a division by zero that is wanted here would then end its process.
+/// Masks every floating-point trap, and restores the thread's previous state (MXCSR and x87) on destruction. If a host has
+/// unmasked traps, an intended division by zero would otherwise end its process.
 class MaskedFloatingPoint {
 public:
     MaskedFloatingPoint() noexcept

@@ -10,7 +10,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// Passes a handle to the Windows function that gives it back.
+/// Passes a handle to the Windows function that releases it.
 template <auto Close>
 struct CloseWith {
     template <typename Handle>
@@ -23,9 +23,9 @@ struct CloseWith {
 using ModuleHandle = std::unique_ptr<std::remove_pointer_t<HMODULE>, CloseWith<&::FreeLibrary>>;
 using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseWith<&::RegCloseKey>>;
 using BasicString = std::unique_ptr<OLECHAR, CloseWith<&::SysFreeString>>;
-using ClearedVariant = std::unique_ptr<VARIANT, CloseWith<&::VariantClear>>; ///< clears a VARIANT that lives elsewhere
+using ClearedVariant = std::unique_ptr<VARIANT, CloseWith<&::VariantClear>>; ///< clears a VARIANT that it does not own
 
-/// The module that holds the code or object at an address, which stays loaded as long as the handle.
+/// The module that contains the code or object at an address; it stays loaded while the handle exists.
 inline ModuleHandle ModuleOf(const void* address)
 {
     HMODULE module = nullptr;

@@ -10,15 +10,15 @@
 
 namespace orvel::shared::enumeration {
 
-/// A registry key whose subkeys and texts are read from the registry when they are first asked for, and kept.
+/// A registry key that reads subkeys and texts on first use, and caches them.
 class KnownKey {
 public:
-    /// The key at a path below HKEY_LOCAL_MACHINE. One that cannot be opened is as good as empty.
+    /// The key at a path below HKEY_LOCAL_MACHINE. A key that cannot be opened is treated as empty.
     static KnownKey OfMachine(const wchar_t* path);
 
     explicit KnownKey(RegistryKey key) : key(std::move(key)) {}
 
-    /// The subkey at `index` in the registry's order; null behind the last. It belongs to this key.
+    /// The subkey at `index` in the registry's order; null after the last. Owned by this key.
     KnownKey* Subkey(std::size_t index);
 
     /// A text value as UTF-8; "" when it is missing or longer than 255 bytes. Its registry type does not matter.

@@ -2,9 +2,9 @@
 
 namespace orvel::shared::enumeration {
 
-/// Takes a pointer out of a member of an object that is being destroyed, and leaves null there for certain. A second
-/// destruction, which a host may make by mistake, then finds nothing to release. An ordinary store may be dropped by the
-/// compiler, as no program may look at an object after its end, and an ordinary load may be taken from before it.
+/// Takes a pointer out of a member of an object that is being destroyed, and stores null there. A second destruction,
+/// which is a host's mistake, then has nothing to release. The compiler may remove an ordinary store to an object whose
+/// lifetime ends, and may reuse an earlier load.
 template <typename Pointee>
 Pointee* TakeForGood(Pointee*& member) noexcept
 {

@@ -4,7 +4,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// What lies at an offset from the beginning of a loaded module.
+/// The object at an offset from the start of a loaded module.
 template <typename Structure>
 Structure* At(HMODULE module, DWORD offset)
 {

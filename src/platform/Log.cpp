@@ -4,7 +4,7 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-/// A record with its text as it is: plog's own goes through a stream, which cuts it short where memory runs out.
+/// A record with its unchanged text: plog's own uses a stream, which truncates it when memory is exhausted.
 class TextRecord : public plog::Record {
 public:
     TextRecord(plog::Severity severity, const char* function, const std::string& text)

@@ -8,8 +8,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// A line that goes to the log when it goes out of use. What keeps it from being written, such as exhausted memory, costs
-/// the line and nothing else: destructors and handlers log too, where an exception would end the process.
+/// A log line that is written on destruction. A failure to write it, such as exhausted memory, loses only the line:
+/// destructors and handlers log too, and an exception there would end the process.
 class LogLine {
 public:
     LogLine(plog::Severity severity, const char* function) noexcept : severity(severity), function(function) {}
@@ -40,13 +40,13 @@ LogLine& LogLine::operator<<(std::integral auto number) noexcept
 
 } // namespace orvel::shared::enumeration
 
-// plog's macros (PLOGE, PLOGW, …) are made of this one. plog's own lets exceptions out, and writes a line whose memory runs
-// out cut short.
+// plog's macros (PLOGE, PLOGW, …) expand to this one. plog's own definition throws, and truncates a line when memory is
+// exhausted.
 #undef PLOG_
 #define PLOG_(instanceId, severity)                                                                                         \
     IF_PLOG_(instanceId, severity) orvel::shared::enumeration::LogLine(severity, PLOG_GET_FUNC())
 
 /// As PLOG(severity), under the full name of another operation: for the steps of an operation that is split into helpers.
-/// Like plog's own macros it formats nothing where no logger admits the severity.
+/// Like plog's own macros it formats nothing if no logger accepts the severity.
 #define ORVEL_LOG_AS(severity, function)                                                                                    \
     IF_PLOG_(PLOG_DEFAULT_INSTANCE_ID, severity) orvel::shared::enumeration::LogLine(severity, function)

@@ -48,8 +48,8 @@ OpenCLWrapper::OpenCLWrapper() : module(::LoadLibraryW(L"opencl.dll"))
     }
 }
 
-// Intended: the reference that the destructor gives back is given back here too. The functions are looked up afresh on every
-// call, so a module that is gone afterwards is a missing function and no crash.
+// Intended: releases the reference that the destructor releases again. Every call looks up its functions, so an unloaded
+// module results in a missing function, not a crash.
 void OpenCLWrapper::ReleaseOnFailure() const
 {
     ::FreeLibrary(module.get());
@@ -157,7 +157,7 @@ std::string OpenCLWrapper::GetDeviceInfoByName(const std::string& name, cl_devic
         if (GetDeviceInfo(device, CL_DEVICE_NAME) != name || !(vendor.empty() || HasVendor(device, vendor))) {
             continue;
         }
-        return GetDeviceInfo(device, param); // a text never ends in NUL: it is taken up to its first one
+        return GetDeviceInfo(device, param); // a text ends before its first NUL
     }
     return {};
 }

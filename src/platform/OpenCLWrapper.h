@@ -9,10 +9,10 @@
 
 namespace orvel::shared::enumeration {
 
-/// Texts of OpenCL device properties, asked of the OpenCL loader "opencl.dll". Only GPUs are considered.
+/// Texts of OpenCL device properties, queried through the OpenCL loader "opencl.dll". Only GPUs are considered.
 ///
-/// Functions are looked up on every call. Failures are logged and end in an empty text or list; apart from exhausted memory
-/// (std::bad_alloc) nothing but the construction throws. A count of more than 65,536 is a failure. Intended: a failed call
+/// Functions are looked up on every call. Failures are logged and return an empty text or list; apart from exhausted memory
+/// (std::bad_alloc) only the constructor throws. A count of more than 65,536 is a failure. Intended: a failed call
 /// releases the module once more and keeps the handle, and the destructor releases it again.
 class OpenCLWrapper {
 public:

@@ -11,14 +11,14 @@ namespace {
 
 constexpr LONG longestWaitMilliseconds = 120'000; // as long as ConnectServer waits at most
 
-/// Lets WMI act for the caller. An in-process object has no proxy and refuses, which is harmless.
+/// Lets WMI impersonate the caller. Fails for an in-process object, which has no proxy; that is harmless.
 void AllowImpersonation(IUnknown* proxy)
 {
     ::CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
                         RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
 }
 
-/// The status of a call that hands out an object; nothing is kept of a failed one.
+/// The status of a call that returns an object; clears the object if the call fails.
 template <typename Interface>
 HRESULT Checked(HRESULT status, ComPtr<Interface>& object)
 {
@@ -29,7 +29,7 @@ HRESULT Checked(HRESULT status, ComPtr<Interface>& object)
     return object ? status : static_cast<HRESULT>(WBEM_E_FAILED);
 }
 
-/// WMI hands an unsigned number out in a signed variant; only its CIM type says that the sign bit is none.
+/// WMI returns an unsigned number in a signed variant; only its CIM type shows that it has no sign bit.
 bool IsUnsignedInSignedVariant(CIMTYPE type, const VARIANT& value)
 {
     return value.vt == VT_I4 && (type == CIM_UINT8 || type == CIM_UINT16 || type == CIM_UINT32);
@@ -46,7 +46,7 @@ HRESULT ConnectToWmi(const wchar_t* namespacePath, ComPtr<IWbemServices>& servic
     if (FAILED(status)) {
         return status;
     }
-    // With the flag it waits two minutes at most, without it for ever.
+    // With the flag it waits at most two minutes, otherwise forever.
     status = locator->ConnectServer(BasicString(::SysAllocString(namespacePath)).get(), nullptr, nullptr, nullptr,
                                     WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, services.GetAddressOf());
     if (status = Checked(status, services); status == WBEM_S_NO_ERROR) {

@@ -8,7 +8,7 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-/// A text of the record's own: `text` up to its NUL, in an array as long as it.
+/// A copy of `text` that the record owns, in an array of exactly its length.
 const char* CopyText(const char* text)
 {
     const std::size_t bytes = std::strlen(text) + 1;
@@ -22,7 +22,7 @@ void ReleaseText(const char*& text)
 
 } // namespace
 
-// Intended: the texts are shared, not copied, and the target's own are abandoned.
+// Intended: the texts are shared, not copied, and those of the target are leaked.
 GraphicCardInfo& GraphicCardInfo::operator=(const GraphicCardInfo& other) = default;
 
 // Made from properties/properties.toml by ./dev generate.

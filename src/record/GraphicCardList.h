@@ -13,7 +13,7 @@ public:
     void Append(std::unique_ptr<GraphicCardInfo> card) { cards.push_back(std::move(card)); }
     size_t size() const { return cards.size(); }
 
-    /// Null where there is no such record.
+    /// Null if there is no such record.
     GraphicCardInfo* get(size_t index) const { return index < cards.size() ? cards[index].get() : nullptr; }
 
 private:

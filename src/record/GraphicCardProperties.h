@@ -8,8 +8,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// The properties of a record while its enumerator gathers them; each starts at its neutral value. See GraphicCardInfo for
-/// what they mean.
+/// The properties of a record while its enumerator reads them; each starts at its neutral value. GraphicCardInfo describes
+/// them.
 struct GraphicCardProperties {
     // Made from properties/properties.toml by ./dev generate.
     // clang-format off

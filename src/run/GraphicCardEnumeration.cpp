@@ -67,14 +67,14 @@ GraphicCardEnumeration::~GraphicCardEnumeration()
     delete TakeForGood(list);
 }
 
-// Intended: both objects refer to one list afterwards, and the target's own is abandoned.
+// Intended: both objects refer to one list afterwards, and the target's previous list is leaked.
 GraphicCardEnumeration& GraphicCardEnumeration::operator=(const GraphicCardEnumeration& other) = default;
 
 void GraphicCardEnumeration::QueryGraphicCards()
 {
     const MaskedFloatingPoint masked;
     const auto enumerators = CreateEnumerators();
-    const wmi::WMISession session; // what one vendor has asked, the next need not ask again
+    const wmi::WMISession session; // shares query results between the vendors
     for (const Vendor& vendor : vendors) {
         try {
             enumerators[static_cast<std::size_t>(FactoryOf(vendor) - std::begin(factories))]->QueryInfo(*list);

@@ -8,8 +8,8 @@
 
 namespace orvel::shared::enumeration {
 
-/// What the searches for adapters have read of the registry, so that a run reads each key once however many adapters there
-/// are. Each part is empty until a search needs it.
+/// Cache of the registry keys that the searches for adapters have read, so that a run reads each key once. Each member is
+/// empty until a search needs it.
 struct AdapterRegistry {
     std::optional<std::vector<std::string>> PciDevices; ///< names of the keys of all PCI devices
     std::optional<KnownKey> Video;                      ///< the display drivers' keys

@@ -4,8 +4,8 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-// Far more than any computer has. A link in the registry may lead back to a key above it: without an end such a search would
-// take the whole stack, or as good as for ever.
+// Far more than any computer has. A registry link can refer to one of its own parent keys: without limits such a search
+// would exhaust the stack, or practically never end.
 constexpr size_t mostLevels = 32;
 constexpr size_t mostKeys = 16384;
 

@@ -63,7 +63,7 @@ std::optional<std::string> ReadLocation(HKEY instance)
     return std::string(text.c_str());
 }
 
-/// Location of a device's first instance. Intended: further instances are never looked at.
+/// Location of a device's first instance. Intended: other instances are ignored.
 std::optional<std::string> LocationOfDevice(const std::string& deviceKey)
 {
     RegistryKey device;

@@ -9,15 +9,15 @@
 namespace orvel::shared::enumeration {
 
 /// PCI bus number of an adapter, from the registry's Plug and Play keys; 0 when the adapter is not found there. Vendor
-/// and device have to be in upper case, as the registry has them.
+/// and device must be in upper case, as in the registry.
 ///
 /// The first device key whose first instance has a "LocationInformation" decides, so two equal adapters get the same number.
-/// Throws std::invalid_argument ("invalid stoi argument") when that text holds no location, and std::out_of_range ("stoi
+/// Throws std::invalid_argument ("invalid stoi argument") when that text contains no location, and std::out_of_range ("stoi
 /// argument out of range") when its bus is too large a number.
-/// What the search reads of the device keys' names is kept in `registry`.
+/// `registry` caches the names of the device keys.
 int32_t GetBusIdFromRegistry(const PnpDeviceId& adapter, AdapterRegistry& registry);
 
-/// The same with a registry that is read for this search alone.
+/// The same without a cache.
 int32_t GetBusIdFromRegistry(const std::string& vendorId, const std::string& deviceId);
 
 } // namespace orvel::shared::enumeration

@@ -15,7 +15,7 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-/// What a call has handed out; null when it has failed, whatever it has written.
+/// The object that a call returns; null if the call fails, even if it wrote one.
 template <typename Interface, typename Call>
 ComPtr<Interface> Received(Call call)
 {

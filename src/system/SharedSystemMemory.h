@@ -7,9 +7,9 @@
 namespace orvel::shared::enumeration {
 
 /// System memory in whole GiB that DXGI shares with an adapter, as decimal text; "0" when DXGI does not list the adapter, ""
-/// when DXGI cannot be asked. The identifiers are hexadecimal texts; the subsystem's may hold a "-". Throws
+/// when DXGI is not available. The identifiers are hexadecimal texts; that of the subsystem may contain a "-". Throws
 /// std::invalid_argument ("invalid stoi argument", "invalid stoul argument") and std::out_of_range ("stoi argument out of
-/// range", "stoul argument out of range") for texts that are no such numbers.
+/// range", "stoul argument out of range") for other texts.
 std::string GetSharedSystemMemory(const PnpDeviceId& adapter);
 
 } // namespace orvel::shared::enumeration

@@ -27,8 +27,8 @@ void QueryModules(wmi::WMIClient& client, const wchar_t* wql)
     }
 }
 
-/// The same for a figure whose readers need the other figures too (NVIDIA's run needs the type alone): WMI gets all three
-/// queries together.
+/// The same for a value whose readers need the other values too (NVIDIA's run needs only the type): sends all three queries
+/// at once.
 void QueryModulesForAll(wmi::WMIClient& client, const wchar_t* wql)
 {
     for (const wchar_t* query : {wql, memoryTypes, speeds, totalWidths}) {

@@ -2,7 +2,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// Where Windows keeps the classes that this library reads.
+/// The namespace of the classes that this library reads.
 inline constexpr wchar_t wmiNamespace[] = L"\\\\.\\root\\cimv2";
 
 } // namespace orvel::shared::enumeration

@@ -6,7 +6,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// Reads a text property of the current row; false, and an empty text whatever the failed read has written, when that fails.
+/// Reads a text property of the current row; on failure returns false and clears the text.
 inline bool ReadText(wmi::WMIClient& client, const wchar_t* property, std::string& text)
 {
     if (client.GetValue(property, text) == 0) {

@@ -9,7 +9,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// A vendor's enumerator, and what all vendors read from WMI in the same way.
+/// Base class of the enumerators: the properties that all vendors read from WMI in the same way.
 ///
 /// The readers take a client whose current row is a `Win32_VideoController`. A property that cannot be read is logged as a
 /// warning and gives the reader's default; nothing is thrown.
@@ -17,7 +17,7 @@ class BaseGraphicCard {
 public:
     virtual ~BaseGraphicCard() = default;
 
-    /// Appends one record per adapter of the vendor. Throws what ends the vendor's whole run.
+    /// Appends one record per adapter of the vendor. An exception ends the vendor's run.
     virtual void QueryInfo(GraphicCardList& list) = 0;
 
 protected:
@@ -41,10 +41,10 @@ protected:
     uint32_t GetAdapterRam(wmi::WMIClient& client) const;
     /// "Status"; "" on failure.
     std::string GetAdapterStatus(wmi::WMIClient& client) const;
-    /// Whether desktop composition is on; false when Windows does not say, and before Windows Vista. Logs nothing.
+    /// Whether desktop composition is on; false if the query fails, and before Windows Vista. Logs nothing.
     bool IsAeroEnabled() const;
 
-    /// Reads what concerns the driver and the display, last the names of the codes that stand in `card` already. Throws
+    /// Reads the driver's and the display's properties, and the names of the codes in `card`. Throws
     /// std::out_of_range ("invalid unordered_map<K, T> key") for a code without a name.
     void ReadDriverAndDisplay(wmi::WMIClient& client, GraphicCardProperties& card) const;
 };

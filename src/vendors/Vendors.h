@@ -6,22 +6,22 @@
 
 namespace orvel::shared::enumeration {
 
-/// What is known of a vendor without its enumerator. The run, the tool and the tests read it here.
+/// The description of a vendor, for the run, the tool and the tests.
 struct Vendor {
-    /// What the type of the machine's memory has to have: a name, or the transfer factor of a bandwidth too.
+    /// What the library must know of the machine's memory type: nothing, its name, or also its transfer factor.
     enum class Memory { Any, Named, WithTransferFactor };
 
-    std::string_view Name;         ///< for people, and in properties/properties.toml
-    std::string_view Manufacturer; ///< as the records have it
+    std::string_view Name;         ///< in texts, and in properties/properties.toml
+    std::string_view Manufacturer; ///< in the records
     std::string_view PciId;        ///< 4 hexadecimal digits
-    std::string_view BeginsRun;    ///< the operation that logs first in each run; "" where none logs in every one
-    bool HasOneRecord = false;     ///< whatever the number of its cards
+    std::string_view BeginsRun;    ///< the operation that logs first in each run; "" if there is none
+    bool HasOneRecord = false;     ///< for any number of cards
 
-    // What its run cannot do without, beyond WMI's adapters.
+    // What its run requires, in addition to WMI's adapters.
     std::array<std::string_view, 2> DriverDlls; ///< "" for none
     bool NeedsBios = false;                     ///< WMI's `Win32_Bios`
     bool NeedsOpenCl = false;                   ///< opencl.dll
-    bool NeedsOpenClDevice = false;             ///< an OpenCL device for each adapter, of WMI's name
+    bool NeedsOpenClDevice = false;             ///< an OpenCL device with WMI's name for each adapter
     bool NeedsModules = false;                  ///< WMI's `Win32_PhysicalMemory`
     Memory KnownMemory = Memory::Any;
     bool NeedsDxgi = false;

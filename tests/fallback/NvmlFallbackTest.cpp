@@ -131,7 +131,7 @@ TEST_CASE("The fallback exports what the library imports, and nothing else")
     CHECK(exports->NumberOfNames == 13);
 }
 
-TEST_CASE("Without a driver NVML says so at its start, is not initialised for everything else, and writes nothing")
+TEST_CASE("Without a driver nvmlInit reports so, every other call reports \"uninitialised\", and nothing is written")
 {
     CheckHasNoDriver(Fallback("no-driver"));
 }
@@ -176,7 +176,7 @@ TEST_CASE("Without a driver the status codes have NVML's texts")
     }
 }
 
-TEST_CASE("A driver's own nvml.dll in the system folder answers every call")
+TEST_CASE("Every call is forwarded to the driver's nvml.dll in the system folder")
 {
     const Fallback nvml("stand-in-driver");
     unsigned int number = 0;
@@ -215,7 +215,7 @@ TEST_CASE("The driver's own nvml.dll is loaded from the first session to the end
     CHECK(nvml.ErrorString(101) == "Unknown Error");
 }
 
-TEST_CASE("A function that the driver lacks is answered with 13")
+TEST_CASE("A function that the driver lacks returns 13")
 {
     const Fallback nvml("stand-in-driver");
     char serial[30] = "";
@@ -224,7 +224,7 @@ TEST_CASE("A function that the driver lacks is answered with 13")
     CHECK(nvml.Call("nvmlShutdown") == 0);
 }
 
-TEST_CASE("The fallback in the system folder is not taken for a driver")
+TEST_CASE("The fallback does not load itself from the system folder")
 {
     CheckHasNoDriver(Fallback("fallback"));
 }

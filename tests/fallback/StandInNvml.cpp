@@ -1,5 +1,5 @@
 // Stands in for the nvml.dll that NVIDIA's driver puts into the system folder: an old one, without nvmlDeviceGetSerial.
-// Every answer tells that the call and its arguments came through. Sessions begin and end with success, and are counted.
+// Every result shows that the call and its arguments were forwarded. Sessions begin and end with success, and are counted.
 
 #define STAND_IN extern "C" __declspec(dllexport)
 

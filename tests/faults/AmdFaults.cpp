@@ -1,5 +1,5 @@
-// ADL's answers are mostly taken whatever their status is, and some of them on a failure only: a refused call that writes
-// its value all the same is another fault than one that does not.
+// Most ADL results are used with any status, and some only on failure: a failing call that writes its value is a different
+// fault from one that does not.
 
 #include "Faults.h"
 

@@ -1,5 +1,5 @@
 // The healthy workstation with every single call of the platform failed that a machine can fail, one at a time, and with
-// pairs of such faults: what the fault costs is told by hand beside the fault; everything else has to stay.
+// pairs of such faults: the effect of each fault is written beside it by hand; everything else must be unchanged.
 
 #include <algorithm>
 #include <random>
@@ -152,7 +152,7 @@ std::string TextOf(const std::vector<Fault>& faults)
     return text;
 }
 
-/// A failed query is told by its number, which moves when the other fault takes queries before it away.
+/// A failed query is identified by its number, which changes when the other fault removes earlier queries.
 bool MayHitAnyone(const Fault& fault)
 {
     return fault.Edits.front().Path.to_string().starts_with("/wmi/failures");
@@ -181,7 +181,7 @@ void CheckPair(const Enumerated& healthy, const Fault& first, const Fault& secon
 
 } // namespace
 
-TEST_CASE("A query of WMI that fails, each one in turn")
+TEST_CASE("Each WMI query fails once")
 {
     Sweep(WmiQueryFaults(Enumerate(HealthyWorkstation()).Trace));
 }
@@ -221,7 +221,7 @@ TEST_CASE("A fault of ADLX")
     Sweep(AdlxFaults());
 }
 
-TEST_CASE("Every call of a healthy enumeration fails in one of these sweeps")
+TEST_CASE("The sweeps cover every call of a healthy enumeration")
 {
     const std::string faults = TextOf(AllFaults());
     std::set<std::string> missing;

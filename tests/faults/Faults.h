@@ -51,13 +51,13 @@ void Apply(const Fault& fault, Json& machine);
 /// one lends it.
 Json HealthyWorkstation();
 
-/// Whether the manufacturer is a guest. What a fault costs a guest is told nowhere; it must cost the others nothing.
+/// Whether the manufacturer is a guest. The effect of a fault on a guest is not listed; it must not affect the others.
 bool IsGuest(const std::string& manufacturer);
 
 /// The manufacturer whose PCI vendor ("VEN_8086") the text names.
 std::optional<std::string> VendorOfText(const std::string& text);
 
-// The single faults of the workstation, by interface. Those of WMI's queries are figured from what a healthy run has traced.
+// The single faults of the workstation, by interface. Those of WMI queries are derived from the trace of a healthy run.
 std::vector<Fault> WmiQueryFaults(const std::vector<std::string>& healthyTrace);
 std::vector<Fault> WmiRowFaults();
 std::vector<Fault> SystemFaults(); ///< desktop window manager, DXGI, registry

@@ -39,7 +39,7 @@ const std::map<std::string, Fields> nvmlFields = {
 const std::map<std::string, std::string> fieldOfThreshold = {
     {"0", "TemperatureShutdown"}, {"1", "TemperateSlowdown"}, {"3", "MaxTemperature"}};
 
-/// Every property that NVML tells.
+/// Every property from NVML.
 const Fields allOfNvml = {"GraphicsCardSn",  "CudaCapability", "MemoryBandwidth",     "PcieGeneration",
                           "PciTransferRate", "MaxTemperature", "TemperatureShutdown", "TemperateSlowdown"};
 

@@ -80,7 +80,7 @@ void CheckCard(const Json& card, const Json& healthy)
         CHECK((usual.is_number() ? IsNumber(value) : value.type() == usual.type()));
         const bool isAnyBytes = name == "BiosVersion"; // which the registry holds, halves of UTF-16 pairs too
         if (value.is_string() && !isCut && !isAnyBytes) {
-            CHECK(value.get<std::string>().find("\xEF\xBF\xBD") == std::string::npos); // stands for what is no UTF-8
+            CHECK(value.get<std::string>().find("\xEF\xBF\xBD") == std::string::npos); // the replacement of invalid UTF-8
         }
     }
 }
@@ -110,7 +110,7 @@ void CheckMachine(uint32_t seed, const Json& healthyCard)
 
 TEST_SUITE_BEGIN("soak");
 
-TEST_CASE("Random machines give whole records, or end a vendor's run")
+TEST_CASE("Random machines give complete records, or end a vendor's run")
 {
     const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
     const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 500);

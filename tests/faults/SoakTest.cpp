@@ -17,7 +17,7 @@ using namespace orvel::tests;
 
 namespace {
 
-constexpr int roundsPerMachine = 100; // the simulation keeps a trace, which starts anew with the machine
+constexpr int roundsPerMachine = 100; // the simulation keeps a trace, which each machine restarts
 constexpr int roundsBefore = 300; // until the heaps have all the memory that the released objects the simulation keeps need
 
 void EnumerateOnce()
@@ -74,7 +74,7 @@ void CheckNothingAddsUp(const Json& machine, int rounds, void (*enumerate)() = E
     CHECK(last.TlsIndexes == first.TlsIndexes);
     // Less than a text of one byte a round, which takes a block of 16; and what the heaps themselves need now and then.
     CHECK(last.HeapBytes <= first.HeapBytes + 4096 + 8 * static_cast<size_t>(rounds));
-    // The heaps take memory in large pieces, and which ones depends on the order in which the simulation lets objects go.
+    // The heaps take memory in large pieces, and which ones depends on the order in which the simulation releases objects.
     CHECK(last.PrivateBytes <= first.PrivateBytes + 8 * 1024 * 1024);
 }
 
@@ -82,7 +82,7 @@ void CheckNothingAddsUp(const Json& machine, int rounds, void (*enumerate)() = E
 
 TEST_SUITE_BEGIN("soak");
 
-TEST_CASE("What the process holds is counted")
+TEST_CASE("The resources of the process are counted")
 {
     const HeldResources before = HeldNow();
     const std::string text(100000, 'x');
@@ -95,24 +95,24 @@ TEST_CASE("What the process holds is counted")
     ::TlsFree(tlsIndex);
 }
 
-TEST_CASE("Enumerating again and again holds no more handles, modules and memory")
+TEST_CASE("Repeated enumerations do not leak handles, modules or memory")
 {
     CheckNothingAddsUp(HealthyWorkstation(), Rounds());
 }
 
-TEST_CASE("Nor does it where each enumeration has a thread of its own")
+TEST_CASE("Repeated enumerations on separate threads do not leak")
 {
     CheckNothingAddsUp(HealthyWorkstation(), Rounds() / 5, EnumerateOnNewThread);
 }
 
-TEST_CASE("Nor does it where a status leaves the enumeration each time")
+TEST_CASE("Repeated enumerations that throw a status do not leak")
 {
     Json machine = HealthyWorkstation();
     machine["wmi"]["classes"].erase("Win32_PhysicalMemory");
     CheckNothingAddsUp(machine, Rounds() / 5);
 }
 
-TEST_CASE("Nor where ADLX is left open each time")
+TEST_CASE("Repeated enumerations that leave ADLX open do not leak")
 {
     Json machine = HealthyWorkstation();
     machine["wmi"]["failures"].push_back({{"contains", "VEN_1002"}, {"status", -1}});
@@ -120,7 +120,7 @@ TEST_CASE("Nor where ADLX is left open each time")
     EnumerateRounds(HealthyWorkstation(), 1, EnumerateOnce); // ends it
 }
 
-TEST_CASE("Nor where OpenCL's functions are missing")
+TEST_CASE("Repeated enumerations without OpenCL's functions do not leak")
 {
     Json machine = HealthyWorkstation();
     machine["opencl"]["missing"] = {"clGetDeviceInfo"};

@@ -33,7 +33,7 @@ void AddKeyFaults(std::vector<Fault>& faults, const std::string& key, const Json
     for (const auto& value : values.items()) {
         faults.push_back(Removing(path / value.key(), expected));
     }
-    if (field == "BusId") { // a text without a location is converted all the same
+    if (field == "BusId") { // a text without a location is converted too
         const Consequence ends = owner.empty() ? Nothing() : Lost({owner});
         faults.push_back(Setting(path / "LocationInformation", "Internal High Definition Audio Bus", ends));
         faults.push_back(Setting(path / "LocationInformation", "(99999999999,0,0)", ends));

@@ -98,7 +98,7 @@ Consequence OfInvisible(const std::string& vendor, const std::string& property)
     return isSelectedBy ? Lost({vendor}) : OfAdapter(vendor, property);
 }
 
-/// Type and width are the first module's, unless it tells none; the speed is the fastest one's before a failed read.
+/// Type and width are the first module's, unless it reports none; the speed is the fastest one's before a failed read.
 Consequence OfModule(size_t module, const std::string& property)
 {
     if (module > 0) {

@@ -7,7 +7,7 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("The bus is the first of the first three numbers that are joined by commas")
+TEST_CASE("The bus is the first of the first three comma-separated numbers")
 {
     CHECK(BusDigits("@System32\\drivers\\pci.sys,#65536;PCI bus %1, device %2, function %3;(1,0,0)") == "1");
     CHECK(BusDigits("(45,0,0)") == "45");
@@ -17,7 +17,7 @@ TEST_CASE("The bus is the first of the first three numbers that are joined by co
     CHECK(BusDigits("00012,3,4") == "00012");
 }
 
-TEST_CASE("A text without three joined numbers has no bus")
+TEST_CASE("A text without three comma-separated numbers has no bus")
 {
     for (const char* text : {"", "PCI bus 1, device 0, function 0", "1,2", "1,2,", ",1,2", "1, 2, 3", "a,b,c", "1,,2,3"}) {
         CAPTURE(text);
@@ -25,7 +25,7 @@ TEST_CASE("A text without three joined numbers has no bus")
     }
 }
 
-TEST_CASE("The scan finds what the regular expression of three joined numbers finds")
+TEST_CASE("The scan agrees with the regular expression of three comma-separated numbers")
 {
     std::mt19937 random(20211108);
     const std::regex pattern("(\\d+,\\d+,\\d+)");

@@ -29,7 +29,7 @@ TEST_CASE("A clock of 1600 and a width of 64 give 12.8 with factor 1 and 6.4 wit
     CHECK(MemoryBandwidth(1600.0F, 64, 2) == 6.4F);
 }
 
-TEST_CASE("Bandwidth is 0 where clock or width is not known")
+TEST_CASE("Bandwidth is 0 if clock or width is unknown")
 {
     CHECK(MemoryBandwidth(0.0F, 64, 2) == 0.0F);
     CHECK(MemoryBandwidth(-1600.0F, 64, 2) == 0.0F);

@@ -44,7 +44,7 @@ TEST_CASE("Numbers at the limits of their types convert")
     CHECK(ToDouble("1150.5") == 1150.5);
 }
 
-TEST_CASE("White space before a number and anything behind it is ignored")
+TEST_CASE("White space before a number and any text after it are ignored")
 {
     CHECK(ToInt(" 12abc") == 12);
     CHECK(ToInt("0x1F", 16) == 31);

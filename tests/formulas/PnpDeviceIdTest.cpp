@@ -14,7 +14,7 @@ TEST_CASE("Vendor, device and subsystem are cut from their fixed positions")
     CHECK(id.Subsystem == "225D-17AA");
 }
 
-TEST_CASE("An identifier that ends before a position throws, one that ends inside a piece cuts it short")
+TEST_CASE("An identifier that ends before a position throws; one that ends within a part truncates it")
 {
     const std::string whole = R"(PCI\VEN_8086&DEV_5917&SUBSYS_225D17AA)";
     for (const size_t size : {0U, 7U, 8U, 16U, 28U, 32U}) {
@@ -25,7 +25,7 @@ TEST_CASE("An identifier that ends before a position throws, one that ends insid
     CHECK(ParsePnpDeviceId(whole.substr(0, 35)).Subsystem == "225D-17");
 }
 
-TEST_CASE("A cut begins at the end of the text at the latest")
+TEST_CASE("A cut can start at the end of the text, but not after it")
 {
     CHECK(Cut("abcdef", 2, 3) == "cde");
     CHECK(Cut("abcdef", 4, 9) == "ef");
@@ -33,7 +33,7 @@ TEST_CASE("A cut begins at the end of the text at the latest")
     CHECK_THROWS_WITH_AS(Cut("abcdef", 7, 1), "invalid string position", std::out_of_range);
 }
 
-TEST_CASE("A matching device id names vendor and device at their places, in their case")
+TEST_CASE("A matching device id has vendor and device at fixed positions, case-sensitively")
 {
     CHECK(IsMatchingDevice("pci\\ven_8086&dev_4680", {"8086", "4680", ""}));
     CHECK(IsMatchingDevice("PCI\\VEN_1002&DEV_73BF&SUBSYS_438E1DA2", {"1002", "73BF", ""}));

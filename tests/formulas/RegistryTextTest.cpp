@@ -23,7 +23,7 @@ TEST_CASE("A registry text ends at its first NUL, or with the data")
     CHECK(RegistryText(nullptr, 0).empty());
 }
 
-TEST_CASE("An odd last byte is no unit of a registry text")
+TEST_CASE("A trailing odd byte of a registry text is ignored")
 {
     using namespace std::string_literals;
     CHECK(Gives("A\0B"s, u"A"));

@@ -10,7 +10,7 @@ constexpr int lastFailure = static_cast<int>(RunFailure::NoMemory);
 
 } // namespace
 
-TEST_CASE("Every failure has a message, by which it is found")
+TEST_CASE("Every failure has a message that identifies it")
 {
     for (int index = 0; index <= lastFailure; ++index) {
         const auto failure = static_cast<RunFailure>(index);
@@ -34,7 +34,7 @@ TEST_CASE("A status follows the message")
     CHECK(found->Status == -2);
 }
 
-TEST_CASE("Another text is no failure")
+TEST_CASE("Any other text is not a failure")
 {
     for (const std::string text :
          {"", "bad", "bad allocation.", "invalid stoi argument ",

@@ -49,7 +49,7 @@ TEST_CASE("Configuration errors 0 to 31 have names, 32 and negative codes throw"
     CHECK_THROWS_WITH_AS(ConfigErrorName(-1), missingKey, std::out_of_range);
 }
 
-TEST_CASE("Memory types 12 and 21 to 23 have intentionally no name")
+TEST_CASE("Memory types 12 and 21 to 23 intentionally have no name")
 {
     for (const uint32_t code : {0U, 12U, 21U, 22U, 23U, 32U, 34U}) {
         CAPTURE(code);

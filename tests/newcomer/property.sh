@@ -36,8 +36,8 @@ check_table() { "$copy/properties/generate.py" --check; }
 check "the table is missed" says_so properties/properties.toml check_table
 check "the enumerator is missed" says_so src/vendors/intel/Intel.cpp check_table
 check "the place in the record is missed" says_so tests/record/GraphicCardInfoTest.cpp build_and_run enumeration \
-    "--test-case=*places and types*"
+    "--test-case=*order and types*"
 check "the order of calls is missed" says_so tests/vendors/intel/IntelTest.cpp build_and_run enumeration
-check "the machine's value is missed" says_so machines/workstation.json run_tests faults "--test-case=Every call of a healthy*"
+check "the machine's value is missed" says_so machines/workstation.json run_tests faults "--test-case=The sweeps cover*"
 check "the fault's cost is missed" says_so tests/faults/WmiFaults.cpp build_and_run faults "--test-case=WMI without*"
 finish

@@ -75,11 +75,11 @@ for machine in intel-laptop workstation; do
 done
 check "the hosts print the cards of all vendors" holds msvc.txt "3 cards"
 run simulated-msvc.exe none.json >msvc.txt 2>msvc-log.txt
-check "a host is told what is wrong with a machine file" holds msvc-log.txt none.json
+check "a host gets the error of a machine file" holds msvc-log.txt none.json
 run plog/plog-host.exe "$machines/workstation.json" >plog.txt 2>&1
 check "the library's lines stand in the host's own log" holds plog.txt \
     "orvel::shared::enumeration::ADLWrapper::ADLWrapper"
-check "the host's own lines stand beside them" holds plog.txt "found NVIDIA GeForce RTX 3060"
+check "the log also has the host's own lines" holds plog.txt "found NVIDIA GeForce RTX 3060"
 
 # --- without a PATH: what is copied beside a program is all that it needs -------------------------------------------------------
 
@@ -251,7 +251,7 @@ for machine in "$machines/workstation.json" throws.json; do
     check "an assignment returns its target" holds msvc.txt "the target: 1"
     check "an assignment shares the texts" holds msvc.txt "shared text: 1"
 done
-check "hosts of both compilers catch a status as long" holds msvc.txt "thrown long 0x80041001"
+check "MSVC and MinGW hosts catch a status as long" holds msvc.txt "thrown long 0x80041001"
 
 check "a host of GraphicCards builds in MSVC's ABI" msvc_host "$here/modern.cpp" modern-msvc "${msvc_libraries[@]}"
 check "a host of GraphicCards builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/modern.cpp" \
@@ -281,9 +281,9 @@ survives() {
     printf '%s\n' "${@:3}" "all closed: true" >expected.txt
     for abi in msvc mingw; do
         run "misbehaving-$abi.exe" "$machines/$machine.json" "$scenario" >misbehaving.txt 2>&1
-        sed '/^report: /d' misbehaving.txt >told.txt
-        sed -n 's/^report: //p' misbehaving.txt | jq -r '"all closed: \([.live[]] | add == 0)"' >>told.txt
-        check "$scenario: the $abi host on $machine" same expected.txt told.txt
+        sed '/^report: /d' misbehaving.txt >printed.txt
+        sed -n 's/^report: //p' misbehaving.txt | jq -r '"all closed: \([.live[]] | add == 0)"' >>printed.txt
+        check "$scenario: the $abi host on $machine" same expected.txt printed.txt
     done
 }
 lines=$(jq '.log | length' "$source/machines/expected/workstation.json")

@@ -1,4 +1,4 @@
-// Throws what may leave the library, in the form that hosts of MSVC get.
+// Throws every type that may leave the library, in the form for MSVC hosts.
 
 #include <new>
 #include <stdexcept>

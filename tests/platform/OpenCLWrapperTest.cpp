@@ -55,7 +55,7 @@ TEST_CASE("OpenCL texts have the form of their parameter")
     CHECK(opencl.GetDeviceInfo(device, CL_DEVICE_NAME) == "GPU one");
 }
 
-TEST_CASE("Of two OpenCL devices with the same name the first in platform order is asked")
+TEST_CASE("Of two OpenCL devices with the same name the first in platform order is used")
 {
     Json first = Device("GPU");
     first["CL_DEVICE_MAX_CLOCK_FREQUENCY"] = 900;
@@ -65,7 +65,7 @@ TEST_CASE("Of two OpenCL devices with the same name the first in platform order 
     CHECK(OpenCLWrapper().GetAllDevices().size() == 2);
 }
 
-TEST_CASE("A processor is no device to ask")
+TEST_CASE("CPU devices are ignored")
 {
     Json processor = Device("GPU");
     processor["type"] = "cpu";
@@ -75,7 +75,7 @@ TEST_CASE("A processor is no device to ask")
     CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetDevices: Failed to get Open CL devices"}); // -1: no such device
 }
 
-TEST_CASE("A device is matched by its exact name and, where one is given, its vendor")
+TEST_CASE("A device is matched by its exact name and, if given, its vendor")
 {
     Simulate(MachineWith({Device("GPU", 0x1002), Device("GPU 2", 0x8086)}));
     CHECK(Clock("GPU", "1002") == "1150");
@@ -94,7 +94,7 @@ TEST_CASE("A vendor whose hexadecimal text ends in zeros is only matched without
     CHECK(Clock("GPU", "0") == "");
 }
 
-TEST_CASE("A failed platform count is logged and the count as it stands is used")
+TEST_CASE("A failed platform count is logged, and its output is used anyway")
 {
     Json machine = MachineWith({Device("GPU")});
     machine["opencl"]["platforms_count"] = {{"status", -1001}, {"value", 1}};
@@ -104,7 +104,7 @@ TEST_CASE("A failed platform count is logged and the count as it stands is used"
     CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetPlatforms: Failed to get Open CL platforms"});
 }
 
-TEST_CASE("A count of platforms or devices that no computer has is a failed count: its line, and none")
+TEST_CASE("An impossible count of platforms or devices is logged as a failed count, and is 0")
 {
     for (const uint32_t count : {65537U, 4294967295U}) {
         for (const int status : {0, -1001}) {
@@ -160,7 +160,7 @@ TEST_CASE("A platform whose device count or fetch fails is skipped after its lin
     }
 }
 
-TEST_CASE("A function that the OpenCL loader lacks is logged and gives nothing")
+TEST_CASE("A function that the OpenCL loader lacks is logged, and the result is empty")
 {
     Json machine = MachineWith({Device("GPU")});
     machine["opencl"]["missing"] = {"clGetPlatformIDs"};
@@ -185,7 +185,7 @@ TEST_CASE("A function that the OpenCL loader lacks is logged and gives nothing")
     CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetDeviceInfo: Failed to get function pointer for clGetDeviceInfo"});
 }
 
-TEST_CASE("A refused size call and a refused value call are warnings and give an empty text")
+TEST_CASE("A failed size call and a failed value call are warnings, and the text is empty")
 {
     Json gpu = Device("GPU");
     gpu["CL_DEVICE_MAX_CLOCK_FREQUENCY"] = {{"status", -30}};
@@ -214,7 +214,7 @@ BOOL WINAPI CountRelease(HMODULE)
 
 } // namespace
 
-TEST_CASE("Every failed call releases the module once more, and the wrapper lives on")
+TEST_CASE("Every failed call releases the module once more, and the wrapper stays usable")
 {
     Json gpu = Device("GPU");
     gpu.erase("CL_DEVICE_MAX_CLOCK_FREQUENCY");
@@ -260,7 +260,7 @@ FARPROC WINAPI FindWriteNothing(HMODULE, LPCSTR)
 
 } // namespace
 
-TEST_CASE("A value that the driver announces and does not write is empty or 0")
+TEST_CASE("A value whose size the driver reports but which it does not write is empty or 0")
 {
     Simulate(MachineWith({Device("GPU")}));
     const OpenCLWrapper opencl;

@@ -40,7 +40,7 @@ notices "reader GetAvailabilityCode is no operation" $table 's/BaseGraphicCard::
 notices "reader AvailabilityName is no operation" $table 's/BaseGraphicCard::GetAvailabilityCode/AvailabilityName/'
 notices "CurrentRefreshRate: about does not say \"hertz\"" $table 's/refresh rate in hertz/refresh rate/'
 notices "unit \"furlongs\" is not in [units]" $table 's/^unit = "hertz"/unit = "furlongs"/'
-notices "UserConfig: type \"boolean\" is none of" $table 's/^type = "bool"/type = "boolean"/'
+notices "UserConfig: type \"boolean\" is not one of" $table 's/^type = "bool"/type = "boolean"/'
 notices "in_docs does not name ADL_Overdrive5_CurrentActivity_Get" $table 's/`ADL_Overdrive5_CurrentActivity_Get`, //'
 notices "BusId: AMD: no source in src/vendors/amd/ sets it" src/vendors/amd/AMD.cpp 's/card\.BusId = /const int busId = /'
 notices "PixelFillRate: AMD: src/vendors/amd/ sets it" src/vendors/amd/AMD.cpp 's/( *)card\.BusId = .*/&\n\1card.PixelFillRate = 1;/'

@@ -119,7 +119,7 @@ bool IsText(const FieldValue& value)
 
 } // namespace
 
-TEST_CASE("The properties have the places and types that hosts know")
+TEST_CASE("The properties have the order and types of the interface")
 {
     const auto card = Make(Same(0, ""));
     REQUIRE_MESSAGE(std::size(contract) == propertyCount,
@@ -130,7 +130,7 @@ TEST_CASE("The properties have the places and types that hosts know")
     }
 }
 
-TEST_CASE("Each getter gives the constructor's argument of its place")
+TEST_CASE("Each getter returns the constructor's argument at its position")
 {
     std::array<std::string, propertyCount> texts;
     Arguments arguments;

@@ -107,7 +107,7 @@ TEST_CASE("Records are grouped by vendor: Intel, NVIDIA, AMD")
     CHECK(result.Card(2)["Manufacturer"] == "AMD");
 }
 
-TEST_CASE("A status that is no standard exception reaches the host, and nothing stays open")
+TEST_CASE("A thrown status propagates to the host, and nothing stays open")
 {
     Json machine = HealthyLaptop();
     machine["wmi"]["failures"] = {{{"contains", "SELECT TotalWidth"}, {"status", "0x80041001"}}};
@@ -125,7 +125,7 @@ TEST_CASE("Zero-filling an enumeration reaches the given size")
     CHECK(storage[0] == 0);
 }
 
-TEST_CASE("Only lines of the wanted severities reach the host, and none when it takes its callback back")
+TEST_CASE("The host gets lines of the requested severities only, and none after it removes its callback")
 {
     Simulate(Machine("nvidia-desktop"));
     LogLines lines;
@@ -143,7 +143,7 @@ TEST_CASE("Only lines of the wanted severities reach the host, and none when it 
     CHECK(lines.size() == 10);
 }
 
-TEST_CASE("An enumeration connects to WMI once, at its first query, and lets the connection go at its end")
+TEST_CASE("An enumeration connects to WMI once, at its first query, and releases the connection at its end")
 {
     const Enumerated result = Enumerate(Machine("workstation"));
     const auto calls = Only(result.Trace, "wmi");
@@ -154,7 +154,7 @@ TEST_CASE("An enumeration connects to WMI once, at its first query, and lets the
     CHECK(result.Live.at("wmi") == 0);
 }
 
-TEST_CASE("An enumeration asks WMI each question once, and the next enumeration asks again")
+TEST_CASE("An enumeration sends each WMI query once, and the next enumeration sends it again")
 {
     // BIOS, three of the memory modules, and the rows of each vendor
     const auto once = Only(Enumerate(Machine("workstation")).Trace, "wmi query");
@@ -163,7 +163,7 @@ TEST_CASE("An enumeration asks WMI each question once, and the next enumeration 
     CHECK(Only(Enumerate(Machine("workstation")).Trace, "wmi query") == once);
 }
 
-TEST_CASE("A status that leaves the enumeration leaves nothing of WMI open")
+TEST_CASE("After a thrown status no WMI object is open")
 {
     Json machine = Machine("intel-laptop");
     machine["wmi"]["failures"] = Json::array({{{"contains", "SELECT Speed"}, {"status", "0x80041001"}}});

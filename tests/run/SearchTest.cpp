@@ -8,7 +8,7 @@
 
 using namespace orvel::tests;
 
-TEST_CASE("Drivers that Windows' own search finds give the same records, and leave the process with the enumeration")
+TEST_CASE("Drivers found by the Windows search order give the same records, and are unloaded with the enumeration")
 {
     Json machine = Machine("workstation");
     const Enumerated preloaded = Enumerate(machine);
@@ -23,7 +23,7 @@ TEST_CASE("Drivers that Windows' own search finds give the same records, and lea
     }
 }
 
-TEST_CASE("An opencl.dll that goes with the reference that a failure gives back ends the lookup, and nothing else")
+TEST_CASE("An opencl.dll that a failed call unloads ends only the lookup")
 {
     Json machine = HealthyLaptop();
     machine["opencl"]["pinned"] = false;

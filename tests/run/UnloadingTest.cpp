@@ -51,7 +51,7 @@ bool IsLoaded(const wchar_t* dll)
 
 } // namespace
 
-TEST_CASE("The library goes when the host frees it, on the thread that has enumerated")
+TEST_CASE("FreeLibrary unloads the library on the thread that enumerated")
 {
     Simulate(Machine("workstation"));
     CHECK(LoadAndEnumerate() == 3);
@@ -59,7 +59,7 @@ TEST_CASE("The library goes when the host frees it, on the thread that has enume
     CHECK_FALSE(IsLoaded(client));
 }
 
-TEST_CASE("It goes where another thread has enumerated, which lives on")
+TEST_CASE("FreeLibrary unloads the library while another thread that enumerated still runs")
 {
     Simulate(Machine("intel-laptop"));
     ModuleHandle loaded(::LoadLibraryW(library));
@@ -83,7 +83,7 @@ TEST_CASE("It goes where another thread has enumerated, which lives on")
     CHECK(LoadAndEnumerate() == 1);
 }
 
-TEST_CASE("It stays as long as ADLX does, which may call it, and goes after the next run")
+TEST_CASE("The library stays loaded while ADLX may call it, and is unloaded after the next run")
 {
     Json machine = Machine("workstation");
     Json failing = machine;
@@ -98,7 +98,7 @@ TEST_CASE("It stays as long as ADLX does, which may call it, and goes after the 
     CHECK_FALSE(IsLoaded(client));
 }
 
-TEST_CASE("Loading it again and again takes nothing of the process that runs out")
+TEST_CASE("Loading the library repeatedly does not use up resources of the process")
 {
     // As many rounds before the count as in it: what the simulation keeps of its machine and of released objects settles
     // first.

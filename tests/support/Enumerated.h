@@ -4,7 +4,7 @@
 
 namespace orvel::tests {
 
-/// What one enumeration on a simulated machine told, as the command-line tool's JSON has it.
+/// The results of one enumeration on a simulated machine, as in the command-line tool's JSON.
 struct Enumerated {
     Json Cards; ///< array of objects with a record's properties
     LogLines Log;

@@ -13,7 +13,7 @@ struct HeldResources {
     size_t PrivateBytes = 0; ///< committed memory that is this process's alone
 };
 
-/// Counted from the system's own tables: GetProcessHandleCount and GetProcessMemoryInfo tell nothing of use under Wine.
+/// Counted from the system's own tables: GetProcessHandleCount and GetProcessMemoryInfo do not work under Wine.
 HeldResources HeldNow();
 
 } // namespace orvel::tests

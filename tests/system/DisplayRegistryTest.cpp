@@ -62,7 +62,7 @@ TEST_CASE("A MatchingDeviceId of 20 characters never matches, one of 21 does")
     CHECK(GetBiosString("8086", "5917") == "long");
 }
 
-TEST_CASE("Identifiers are compared with upper and lower case apart")
+TEST_CASE("Identifiers are compared case-sensitively")
 {
     Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_1002&dev_73bf", "lower")}}}});
     CHECK(GetBiosString("1002", "73BF") == "");
@@ -85,7 +85,7 @@ TEST_CASE("A matching key without a BIOS string ends the search of its level")
     CHECK(GetBiosString("8086", "5917") == "");
 }
 
-TEST_CASE("A nested search that comes back empty lets the outer level go on")
+TEST_CASE("After a nested search without a result the outer level continues")
 {
     Simulate({{"registry",
                {{video + "{A}\\0000", {{"MatchingDeviceId", "pci\\ven_8086&dev_5917"}}},
@@ -93,7 +93,7 @@ TEST_CASE("A nested search that comes back empty lets the outer level go on")
     CHECK(GetBiosString("8086", "5917") == "second");
 }
 
-TEST_CASE("A value is read whatever its registry type is, up to its NUL or its end")
+TEST_CASE("A value of any registry type is read up to its NUL or its end")
 {
     for (const bool isTerminated : {true, false}) {
         CAPTURE(isTerminated);
@@ -105,7 +105,7 @@ TEST_CASE("A value is read whatever its registry type is, up to its NUL or its e
     CHECK(GetBiosString("8086", "5917") == "AB"); // an odd last byte is no character
 }
 
-TEST_CASE("A value longer than 255 bytes is as good as missing")
+TEST_CASE("A value longer than 255 bytes is treated as missing")
 {
     for (const size_t characters : {126U, 127U, 128U}) {
         CAPTURE(characters);
@@ -115,13 +115,13 @@ TEST_CASE("A value longer than 255 bytes is as good as missing")
     }
 }
 
-TEST_CASE("A BIOS string comes back as UTF-8")
+TEST_CASE("A BIOS string is returned as UTF-8")
 {
     Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_5917", "Bü\u20ACos")}}}});
     CHECK(GetBiosString("8086", "5917") == "Bü\u20ACos");
 }
 
-TEST_CASE("The search ends 32 levels deep, as links may lead in circles")
+TEST_CASE("The search is limited to 32 levels, because links can form cycles")
 {
     for (const int levels : {32, 33}) {
         CAPTURE(levels);
@@ -181,7 +181,7 @@ private:
 
 } // namespace
 
-TEST_CASE("Links in the registry that lead back end the search, and hide nothing beside them")
+TEST_CASE("Cyclic registry links end the search, and hide no neighbouring keys")
 {
     Simulate({{"registry", {{video + "{B}", Driver("pci\\ven_8086&dev_5917", "beside")}}}});
     HKEY opened = nullptr;

@@ -27,7 +27,7 @@ TEST_CASE("The bus number is the first number of the location")
     CHECK(log.Lines.empty());
 }
 
-TEST_CASE("Without the PCI key the bus is 0, with a warning that tells the error code")
+TEST_CASE("Without the PCI key the bus is 0, with a warning that has the error code")
 {
     Simulate({{"registry", {{"SOFTWARE\\Something", Json::object()}}}});
     HostLog log;
@@ -35,7 +35,7 @@ TEST_CASE("Without the PCI key the bus is 0, with a warning that tells the error
     CHECK(log.Lines == LogLines{"warning GetBusIdFromRegistry: Failed to get Bus ID from registry. Error code: 2"});
 }
 
-TEST_CASE("An adapter that the registry does not know is on bus 0, and nothing is logged")
+TEST_CASE("An adapter that is not in the registry is on bus 0, and nothing is logged")
 {
     Simulate(WithLocation("(1,0,0)", "VEN_10DE&DEV_2504&SUBSYS_397D1462&REV_A1\\4&2283F625&0&0008"));
     HostLog log;
@@ -80,7 +80,7 @@ TEST_CASE("An empty vendor identifier matches every device key")
     CHECK(GetBusIdFromRegistry("", "") == 3);
 }
 
-TEST_CASE("A location without three joined numbers, and an empty one, throw")
+TEST_CASE("A location without three comma-separated numbers, and an empty one, throw")
 {
     for (const char* location : {"PCI bus 1, device 0, function 0", ""}) {
         CAPTURE(location);

@@ -45,13 +45,13 @@ TEST_CASE("A subsystem identifier without a hyphen is converted unchanged, and e
     CHECK(GetSharedSystemMemory({"8086", "5917", "-22-5D17-AA-"}) == "2");
 }
 
-TEST_CASE("Where DXGI cannot be asked the text is empty")
+TEST_CASE("The text is empty if DXGI is not available")
 {
     Simulate(Json::object());
     CHECK(GetSharedSystemMemory({"8086", "5917", "225D-17AA"}) == "");
 }
 
-TEST_CASE("Identifiers that are no hexadecimal numbers throw before DXGI is asked")
+TEST_CASE("Identifiers that are not hexadecimal numbers throw before DXGI is called")
 {
     Simulate(Adapters(Json::array()));
     CHECK_THROWS_WITH_AS(GetSharedSystemMemory({"", "", ""}), "invalid stoi argument", std::invalid_argument);

@@ -23,7 +23,7 @@ Json Module(uint32_t type, uint32_t speed, uint32_t width)
 
 } // namespace
 
-TEST_CASE("The memory type is the first one above 0, and 2 where no module tells one")
+TEST_CASE("The memory type is the first one above 0, and 2 if no module reports one")
 {
     Simulate(Modules({Module(0, 3200, 64), Module(26, 3200, 64), Module(24, 3200, 64)}));
     CHECK(GetMemoryType() == 26);
@@ -59,7 +59,7 @@ TEST_CASE("A speed that cannot be read ends the scan with the fastest so far")
     CHECK(GetMemorySpeed() == 1333.0F);
 }
 
-TEST_CASE("A first module of width 0 is passed over, and widths are not added up")
+TEST_CASE("A first module of width 0 is skipped, and widths are not added up")
 {
     Simulate(Modules({Module(26, 3200, 0), Module(26, 3200, 64), Module(26, 3200, 64)}));
     CHECK(GetTotalWidth() == 64);
@@ -116,7 +116,7 @@ TEST_CASE("The bandwidth is 0 without speed or width, whatever the type is")
     CHECK(GetMemoryBandwidth() == 0.0F);
 }
 
-TEST_CASE("The bandwidth asks for speed, type and width, each on a client of its own")
+TEST_CASE("The bandwidth queries speed, type and width, each on its own client")
 {
     Simulate(Modules({Module(26, 3200, 64)}));
     GetMemoryBandwidth();

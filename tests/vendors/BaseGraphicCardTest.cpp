@@ -157,7 +157,7 @@ TEST_CASE("AdapterRam counts whole mebibytes")
     }
 }
 
-TEST_CASE("A number that arrives as signed, as digits or as a flag is read all the same")
+TEST_CASE("A signed number, digits and a flag are read as a number")
 {
     const auto refreshRate = [](const Json& value) {
         Json machine = HealthyLaptop();

@@ -6,7 +6,7 @@
 
 using namespace orvel::tests;
 
-TEST_CASE("A text whose read failed is empty, whatever the read has written")
+TEST_CASE("A text whose read fails is empty, even if the read writes one")
 {
     const Enumerated result = Enumerate(Machine("workstation"));
     REQUIRE(result.Thrown == nullptr);

@@ -118,7 +118,7 @@ TEST_CASE("The computer's own WMI is read in a multi-threaded and in a single-th
     CheckSystem(AskSystemIn(COINIT_APARTMENTTHREADED));
 }
 
-TEST_CASE("A computer's own query without rows succeeds and gives none")
+TEST_CASE("On the computer's own WMI a query without rows succeeds and returns none")
 {
     Simulate({{"wmi", "system"}});
     WMIClient client(cimv2);
@@ -148,7 +148,7 @@ TEST_CASE("Text is UTF-8, and numbers are read as their decimal text")
     CHECK(Read(1920, std::string()) == Pair{0, "1920"});
 }
 
-TEST_CASE("A null, a missing and a refused property fail and leave the output as it was")
+TEST_CASE("A null, a missing and a failing property fail and leave the output unchanged")
 {
     using Text = std::pair<long, std::string>;
     using Number = std::pair<long, uint32_t>;
@@ -159,7 +159,7 @@ TEST_CASE("A null, a missing and a refused property fail and leave the output as
     CHECK(Read("no number", uint32_t{7}) == Number{typeMismatch, 7});
 }
 
-TEST_CASE("An unsigned number, a float and a flag convert from what WMI gives")
+TEST_CASE("An unsigned number, a float and a flag are converted from WMI's value")
 {
     CHECK(Read(4294967295U, uint32_t{0}).second == 4294967295U);
     CHECK(Read("4293918720", uint32_t{0}).second == 4293918720U);
@@ -170,7 +170,7 @@ TEST_CASE("An unsigned number, a float and a flag convert from what WMI gives")
     CHECK(Read(2, false).second);
 }
 
-TEST_CASE("A new query replaces the rows of the former one, and no row is current until the next step")
+TEST_CASE("A new query replaces the previous rows, and no row is current until the next step")
 {
     Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
     WMIClient client(cimv2);
@@ -191,7 +191,7 @@ TEST_CASE("A new query replaces the rows of the former one, and no row is curren
     CHECK(client.GetValue(L"P", number) != 0);
 }
 
-TEST_CASE("A failed query leaves no rows of the former one")
+TEST_CASE("A failed query releases the previous rows")
 {
     Simulate(Rows(Json::array({{{"P", 1}}})));
     WMIClient client(cimv2);
@@ -215,7 +215,7 @@ TEST_CASE("A property that was not selected cannot be read")
     CHECK(client.GetValue(L"Q", number) == 0);
 }
 
-TEST_CASE("A client that goes releases its connection, rows and result set")
+TEST_CASE("A destroyed client releases its connection, rows and result set")
 {
     Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
     {
@@ -227,7 +227,7 @@ TEST_CASE("A client that goes releases its connection, rows and result set")
     CHECK(Live()["wmi"] == 0);
 }
 
-TEST_CASE("Clients that live at the same time share one connection, which the last of them closes")
+TEST_CASE("Concurrent clients share one connection, which the last of them closes")
 {
     Simulate(Rows(Json::array({{{"P", 1}}})));
     {
@@ -245,7 +245,7 @@ TEST_CASE("Clients that live at the same time share one connection, which the la
     CHECK(Live()["wmi"] == 0);
 }
 
-TEST_CASE("Clients that share a connection keep their rows apart")
+TEST_CASE("Clients that share a connection have separate rows")
 {
     Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
     WMIClient first(cimv2);
@@ -261,7 +261,7 @@ TEST_CASE("Clients that share a connection keep their rows apart")
     CHECK(first.GetNext());
 }
 
-TEST_CASE("A client that comes after the last one has gone connects again")
+TEST_CASE("A client created after the last one was destroyed connects again")
 {
     Simulate(Rows(Json::array({{{"P", 1}}})));
     WMIClient{cimv2}.Query(L"SELECT P FROM Thing");
@@ -278,7 +278,7 @@ TEST_CASE("A client that queries nothing does not connect")
     CHECK(Only(Trace(), "wmi").empty());
 }
 
-TEST_CASE("Another namespace gets a connection of its own")
+TEST_CASE("Another namespace gets its own connection")
 {
     Simulate(Rows(Json::array({{{"P", 1}}})));
     const std::string connectToWmi = "wmi connect \\\\.\\root\\wmi";
@@ -295,7 +295,7 @@ TEST_CASE("Another namespace gets a connection of its own")
     CHECK(Live()["wmi"] == 0);
 }
 
-TEST_CASE("Another thread gets a connection of its own")
+TEST_CASE("Another thread gets its own connection")
 {
     Simulate(Rows(Json::array({{{"P", 1}}})));
     {
@@ -331,7 +331,7 @@ TEST_CASE("After a failed connection the next client connects again")
     CHECK(first.Query(L"SELECT P FROM Thing") == static_cast<long>(0x80041003));
 }
 
-TEST_CASE("The waits for a connection, an answer and a row have a limit")
+TEST_CASE("The waits for a connection, a result and a row have a limit")
 {
     Simulate(Rows({{{"P", 1}}, {{"P", 2}}}));
     WMIClient client(cimv2);
@@ -344,7 +344,7 @@ TEST_CASE("The waits for a connection, an answer and a row have a limit")
     }
 }
 
-TEST_CASE("No answer in time is a failed query")
+TEST_CASE("A query that times out fails")
 {
     Simulate({{"wmi",
                {{"classes", {{"Thing", Json::array({{{"P", 1}}})}}},
@@ -354,7 +354,7 @@ TEST_CASE("No answer in time is a failed query")
     CHECK_FALSE(client.GetNext());
 }
 
-TEST_CASE("A row that WMI cannot give ends the rows")
+TEST_CASE("A row that WMI cannot return ends the rows")
 {
     Simulate({{"wmi",
                {{"classes", {{"Thing", {{{"P", 1}}, {{"P", 2}}, {{"P", 3}}}}}},

@@ -66,7 +66,7 @@ TEST_CASE("In a session another text is sent on the same connection")
     CHECK(Only(Trace(), "wmi query").size() == 2);
 }
 
-TEST_CASE("In a session a row is fetched when a client first asks for it")
+TEST_CASE("In a session a row is fetched when a client first requests it")
 {
     Simulate(Things());
     const WMISession session;
@@ -142,7 +142,7 @@ TEST_CASE("In a session a failed connection is tried again by the next client")
     CHECK(Only(Trace(), "wmi connect").size() == 2);
 }
 
-TEST_CASE("A session does not serve another thread's clients")
+TEST_CASE("A session does not apply to another thread's clients")
 {
     Simulate(Things());
     const WMISession session;
@@ -158,7 +158,7 @@ TEST_CASE("A session does not serve another thread's clients")
     CHECK(Only(Trace(), thingsSent).size() == 2);
 }
 
-TEST_CASE("An inner session asks for itself, and the outer one still remembers after it")
+TEST_CASE("An inner session queries again, and the outer one keeps its results")
 {
     Simulate(Things());
     const WMISession outer;
@@ -172,7 +172,7 @@ TEST_CASE("An inner session asks for itself, and the outer one still remembers a
     CHECK(Only(Trace(), thingsSent).size() == 2);
 }
 
-TEST_CASE("Prepared queries are all sent before the first answer is awaited")
+TEST_CASE("Prepared queries are all sent before the first result is awaited")
 {
     Simulate(Things());
     const WMISession session;

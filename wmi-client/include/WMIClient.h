@@ -18,37 +18,36 @@ namespace orvel::shared::wmi {
 
 /// Runs WQL queries on one WMI namespace and reads the rows of the last one.
 ///
-/// Every operation reports by status: 0 is success, anything else (an HRESULT, usually) is failure; nothing is thrown but
-/// std::bad_alloc. WMI has two minutes for a connection, for a query's answer and for each further row; no answer is a
-/// failure. A client belongs to the thread that made it, and that thread must have initialised COM. Clients of one thread
-/// and namespace that live at the same time share one connection, which the last of them closes. See WMISession for clients
-/// that share answers too.
+/// Every operation returns a status: 0 is success, anything else (usually an HRESULT) is failure; the only exception thrown
+/// is std::bad_alloc. The timeout is two minutes each for a connection, for a query's result and for each further row. A
+/// client belongs to the thread that created it, and that thread must have initialised COM. Concurrent clients of one thread
+/// and namespace share a connection, which the last of them closes. WMISession lets clients share results too.
 class ORVEL_WMI_CLIENT_API WMIClient {
 public:
-    /// A client of a namespace such as L"\\\\.\\root\\cimv2". It connects at its first query. Where that fails, each of its
+    /// A client of a namespace such as L"\\\\.\\root\\cimv2". It connects at its first query. If that fails, each of its
     /// queries fails with the connection's status; the next client tries again.
     explicit WMIClient(const wchar_t* namespacePath);
     WMIClient(const WMIClient&) = delete;
     WMIClient& operator=(const WMIClient&) = delete;
-    /// Releases the result set, and the connection where no other client holds it.
+    /// Releases the result set, and the connection if no other client uses it.
     virtual ~WMIClient();
 
-    /// Sends a query whose answer a Query of the same text waits for later, so that WMI can work on several at the same
-    /// time. Does nothing where no WMISession is open on this thread, or has the answer. A failure is that Query's.
+    /// Sends a query for a later Query of the same text, so that WMI can process several concurrently. Does nothing if no
+    /// WMISession is open on this thread, or if it has the result. The later Query returns any failure.
     void Prepare(const wchar_t* wql);
 
-    /// Runs a WQL text and waits for WMI's verdict on it, so that a wrong text or class fails here. The former result set
-    /// goes; no row is current afterwards. A failed query leaves no result set.
+    /// Runs a WQL text and waits for its result, so that a wrong text or class fails here. Releases the previous result set;
+    /// no row is current afterwards. After a failed query there is no result set.
     virtual long Query(const wchar_t* wql);
 
-    /// Makes the next row current; false at the end, or when WMI cannot give it.
+    /// Makes the next row current; false at the end, or if WMI fails.
     virtual bool GetNext();
 
-    /// Copies a property of the current row into `value`, which the caller has initialised and clears. Fails without a row.
+    /// Copies a property of the current row into `value`, which the caller initialises and clears. Fails without a row.
     virtual long GetVariantValue(const wchar_t* name, VARIANT* value);
 
     /// Reads a property of the current row as T: std::string (UTF-8; an unsigned number as unsigned decimal text), uint32_t,
-    /// float or bool. WMI's value is converted where its type is another one; a null value fails. `out` is written on
+    /// float or bool. A value of another type is converted; a null value fails. `out` is written on
     /// success only.
     template <typename T>
     long GetValue(const wchar_t* name, T& out);
@@ -63,7 +62,7 @@ ORVEL_WMI_CLIENT_API long WMIClient::GetValue<std::string>(const wchar_t* name, 
 
 namespace detail {
 
-/// Clears a VARIANT when it goes out of use.
+/// Clears a VARIANT on destruction.
 struct ScopedVariant {
     ScopedVariant() noexcept { ::VariantInit(&value); }
     ScopedVariant(const ScopedVariant&) = delete;
@@ -73,7 +72,7 @@ struct ScopedVariant {
     VARIANT value;
 };
 
-/// How a C++ type is found in a VARIANT: the automation type, and its value as WMI gave it and after a conversion.
+/// A C++ type in a VARIANT: the automation type, and the access to its value, unconverted and converted.
 template <typename T>
 struct VariantOf;
 

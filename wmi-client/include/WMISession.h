@@ -8,18 +8,18 @@ namespace orvel::shared::wmi {
 
 class SessionMemory;
 
-/// While it is open, the clients of its thread share one connection to a namespace, and WMI is asked each WQL text once: a
-/// later query of the same text on the same namespace reads the rows that the first one received.
+/// While it is open, the clients of its thread share one connection to a namespace, and each WQL text is sent once: a later
+/// query of the same text on the same namespace returns the cached rows.
 ///
-/// Failures are not remembered: after a failed connection, query or row the next client asks again. Rows are fetched when a
-/// client first asks for them. Other threads' clients are not affected. Sessions nest; the innermost one serves.
-/// To be destroyed on the thread that made it. Only the constructor throws, std::bad_alloc.
+/// Failures are not cached: after a failed connection, query or row the next client tries again. Rows are fetched on first
+/// use. Clients of other threads are not affected. Sessions nest; the innermost one applies. Destroy it on the thread that
+/// created it. Only the constructor throws (std::bad_alloc).
 class ORVEL_WMI_CLIENT_API WMISession {
 public:
     WMISession();
     WMISession(const WMISession&) = delete;
     WMISession& operator=(const WMISession&) = delete;
-    /// Releases rows and connections, unless a client still holds them.
+    /// Releases rows and connections that no client uses.
     ~WMISession();
 
 private:

@@ -14,10 +14,10 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-/// A connection and the thread that opened it: what one apartment opened is no other's to use.
+/// A connection and the thread that opened it: another apartment must not use it.
 struct OpenConnection {
     uint64_t Thread;
-    std::weak_ptr<const Connection> Shared; // belongs to its users, so that nothing of COM outlives the last of them
+    std::weak_ptr<const Connection> Shared; // owned by its users, so that no COM object outlives them
 };
 
 Lock openConnectionsLock;

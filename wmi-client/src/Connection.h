@@ -13,13 +13,13 @@ namespace orvel::shared::wmi {
 /// A connection to one WMI namespace, closed with its last owner.
 class Connection {
 public:
-    /// The connection that is open to the namespace on this thread, or else a new one. A failed one is given to its caller
-    /// only: the next caller tries anew.
+    /// The open connection to the namespace on this thread, or a new one. A failed connection is returned only to its
+    /// caller: the next caller tries again.
     static std::shared_ptr<const Connection> To(const std::wstring& namespacePath);
 
     explicit Connection(const std::wstring& namespacePath);
 
-    /// Sends a query. It does not wait for the answer; a failed connection is one.
+    /// Sends a query without waiting for the result. On a failed connection the result is its failure.
     std::shared_ptr<ResultSet> Send(const wchar_t* wql) const;
 
     const std::wstring& Path() const { return path; }
@@ -29,7 +29,7 @@ public:
 private:
     std::wstring path;
     Microsoft::WRL::ComPtr<IWbemServices> services;
-    HRESULT status; // after the services, which it is made with
+    HRESULT status; // declared after the services, whose initialisation sets it
 };
 
 } // namespace orvel::shared::wmi

@@ -4,7 +4,7 @@
 
 namespace orvel::shared::wmi {
 
-/// A lock that takes nothing of the process. std::mutex would keep a handle and memory each time that the DLL is loaded.
+/// A lock without process resources. std::mutex would leak a handle and memory each time the DLL is loaded.
 class Lock {
 public:
     void lock() noexcept { ::AcquireSRWLockExclusive(&native); }

@@ -8,20 +8,20 @@
 
 namespace orvel::shared::wmi {
 
-/// The answer to one query: its rows, or why there are none. Each row is fetched from WMI once, when it is first asked for.
+/// The result of one query: its rows, or a failure. Each row is fetched from WMI once, on first use.
 class ResultSet {
 public:
-    /// The answer that WMI gives through `source`; or, without one, a failure.
+    /// The rows of `source`; a failure if it is null.
     ResultSet(HRESULT sent, Microsoft::WRL::ComPtr<IEnumWbemClassObject> source);
 
-    /// Waits until WMI has a first row, or knows that there is none; 0, or why it has failed. A wrong text or class is
-    /// reported here, as sending a query does not wait for its answer.
+    /// Waits until WMI has a first row or reports that there is none. Returns 0, or the status of the failure: WMI reports a
+    /// wrong text or class here.
     HRESULT Await();
 
-    /// The row at `index`, counted from 0; null at the end, or when WMI cannot give it.
+    /// The row at `index`, counted from 0; null at the end, or if WMI fails.
     Microsoft::WRL::ComPtr<IWbemClassObject> At(std::size_t index);
 
-    /// Whether WMI has failed to answer, or to give the last row that was asked for.
+    /// Whether the query, or the last row requested, failed.
     bool HasFailed() const;
 
 private:

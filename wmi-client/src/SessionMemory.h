@@ -12,10 +12,10 @@
 
 namespace orvel::shared::wmi {
 
-/// What one open session keeps for the clients of its thread.
+/// The cache of an open session for the clients of its thread.
 class SessionMemory {
 public:
-    /// The memory of the innermost session that is open on this thread; null without one.
+    /// The cache of the innermost session that is open on this thread; null without one.
     static SessionMemory* OfThisThread();
 
     SessionMemory();
@@ -33,7 +33,7 @@ public:
 
 private:
     uint64_t thread;
-    SessionMemory* older; ///< the session that was opened before it, of any thread; null for none
+    SessionMemory* older; ///< the previously opened session, of any thread; null for none
     std::vector<std::shared_ptr<const Connection>> connections;
     std::map<std::pair<std::wstring, std::wstring>, std::shared_ptr<ResultSet>> answers; ///< by namespace and WQL text
 };

@@ -4,7 +4,7 @@
 
 namespace orvel::shared::wmi {
 
-/// A number that no other thread has or had, unlike the system's, which are reused.
+/// A number that is never reused for another thread, unlike the system's thread ids.
 uint64_t ThisThread();
 
 } // namespace orvel::shared::wmi

@@ -14,12 +14,12 @@ using Microsoft::WRL::ComPtr;
 
 struct WMIClient::State {
     std::wstring Path;
-    std::shared_ptr<const Connection> Connected; ///< null before the first query that has to ask WMI
+    std::shared_ptr<const Connection> Connected; ///< null before the first query that is not cached
     std::shared_ptr<ResultSet> Rows;
     std::size_t NextRow = 0;
     ComPtr<IWbemClassObject> Row;
 
-    /// Sends a query that no earlier one has answered.
+    /// Sends a query whose result is not cached.
     std::shared_ptr<ResultSet> Send(const wchar_t* wql, SessionMemory* session);
 };
 
@@ -48,7 +48,7 @@ void WMIClient::Prepare(const wchar_t* wql)
         return;
     }
     auto rows = state->Send(wql, session);
-    if (state->Connected->Services()) { // a failed connection is this client's alone
+    if (state->Connected->Services()) { // a failed connection is not shared
         session->Remember(state->Path, wql, std::move(rows));
     }
 }

@@ -1,5 +1,5 @@
-// Where a comment says "Intended", ADL's result code is read the other way round, or not at all. What was in a structure
-// before the call then decides, so every structure and number is zero before each call.
+// Where a comment says "Intended", ADL's result code is inverted or ignored. The previous content of a structure then
+// matters, so every structure and number is zeroed before each call.
 
 #include "vendors/amd/ADLWrapper.h"
 
@@ -13,7 +13,7 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-/// ADL takes the memory that it hands out from here; nothing that is called here hands any out.
+/// ADL allocates the memory that it returns with this function; no function that is called here returns any.
 void* __stdcall Allocate(int bytes)
 {
     return std::malloc(static_cast<size_t>(bytes));
@@ -37,9 +37,9 @@ ADLWrapper::ADLWrapper() : module(::LoadLibraryW(L"atiadlxx.dll"))
     currentActivityGet = FindFunction<decltype(currentActivityGet)>(module, "ADL_Overdrive5_CurrentActivity_Get");
     mainControlDestroy = FindFunction<decltype(mainControlDestroy)>(module, "ADL2_Main_Control_Destroy");
     if (create) {
-        create(&Allocate, 1, &context, 1); // Intended: the context alone tells whether it succeeded.
+        create(&Allocate, 1, &context, 1); // Intended: only the context shows whether it succeeded.
     }
-    PLOGE << "ADL initialized successfully"; // Intended: as an error, and without a context too.
+    PLOGE << "ADL initialized successfully"; // Intended: as an error, and also without a context.
 }
 
 ADLWrapper::~ADLWrapper()
@@ -62,7 +62,7 @@ ADLGraphicCoreInfo ADLWrapper::GraphicCore(int adapter) const
 {
     ADLGraphicCoreInfo info{};
     if (graphicCoreInfoGet) {
-        graphicCoreInfoGet(context, adapter, &info); // Intended: whatever it answers.
+        graphicCoreInfoGet(context, adapter, &info); // Intended: ignores the result.
     }
     return info;
 }
@@ -87,7 +87,7 @@ bool ADLWrapper::GetCrossfire(int adapter) const
     ADLCrossfireComb combination{};
     ADLCrossfireInfo info{};
     if (crossfireGet) {
-        crossfireGet(context, adapter, &combination, &info); // Intended: whatever it answers.
+        crossfireGet(context, adapter, &combination, &info); // Intended: ignores the result.
     }
     return info.iSupported == 1;
 }

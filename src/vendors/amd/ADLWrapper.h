@@ -10,10 +10,10 @@ namespace orvel::shared::enumeration {
 struct IADLXGPU;
 struct IADLXPerformanceMonitoringServices;
 
-/// A context of AMD's Display Library ("atiadlxx.dll"), and single properties of its adapters.
+/// A context of AMD's Display Library ("atiadlxx.dll"), and properties of its adapters.
 ///
-/// It can always be constructed: without the library there is no context, and every property has its default, as has one
-/// whose function the installed driver lacks. An adapter is given by its ADL index.
+/// Construction never fails: without the library there is no context, and every property has its default, as does one whose
+/// function the installed driver lacks. An adapter is identified by its ADL index.
 class ADLWrapper {
 public:
     ADLWrapper();
@@ -22,16 +22,15 @@ public:
     /// See Destroy.
     ~ADLWrapper();
 
-    /// Destroys the context and gives the library back; after that there is none. May be called again, even after the
-    /// destruction, which only logs.
+    /// Destroys the context and releases the library. May be called again, even after the destructor; then it only logs.
     void Destroy() noexcept;
 
-    /// The context; null where there is none.
+    /// The context; null if there is none.
     ADL_CONTEXT_HANDLE GetContext() const { return context; }
 
-    /// Number of processing elements; 0 when ADL does not tell it. Source: ADL2_Adapter_Graphic_Core_Info_Get.
+    /// Number of processing elements; 0 when ADL does not report it. Source: ADL2_Adapter_Graphic_Core_Info_Get.
     uint32_t GetCores(int adapter) const;
-    /// Number of render output units; 0 when ADL does not tell it. Source: ADL2_Adapter_Graphic_Core_Info_Get.
+    /// Number of render output units; 0 when ADL does not report it. Source: ADL2_Adapter_Graphic_Core_Info_Get.
     uint32_t GetRops(int adapter) const;
     /// Whether the adapter supports CrossFire. Source: ADL2_Adapter_Crossfire_Get.
     bool GetCrossfire(int adapter) const;
@@ -43,10 +42,10 @@ public:
     uint32_t GetEccStatus(int adapter) const;
     /// Single-bit errors. Source: ADL2_Workstation_ECCData_Get. Intended: taken when ADL reports failure, else 0.
     uint32_t GetEccSingleBitErrors(int adapter) const;
-    /// Double-bit errors, under the same rule.
+    /// Double-bit errors, by the same rule.
     uint32_t GetEccDoubleBitErrors(int adapter) const;
 
-    /// Looks whether a pixel fill rate could be figured, and logs it. Intended: nothing comes of it.
+    /// Checks whether a pixel fill rate is available, and logs it. Intended: computes nothing.
     void GetPixelFillRate(IADLXPerformanceMonitoringServices& services, IADLXGPU& gpu, int adapter) const;
 
 private:
@@ -61,7 +60,7 @@ private:
     ADL_Adapter_ObservedClockInfo_Get_t observedClockInfoGet = nullptr; // Intended: looked up, never called.
     ADL_Overdrive5_CurrentActivity_Get_t currentActivityGet = nullptr;
     ADL2_Main_Control_Destroy_t mainControlDestroy = nullptr;
-    HMODULE module; // no ModuleHandle: it has to be null after the destruction as well, see Destroy
+    HMODULE module; // not a ModuleHandle: it must be null even after destruction, see Destroy
 };
 
 } // namespace orvel::shared::enumeration

@@ -9,25 +9,25 @@ namespace orvel::shared::enumeration {
 
 using ADLX_ADL_Main_Memory_Free = void(__stdcall*)(void** buffer);
 
-/// Loads AMD's ADLX ("amdadlx64.dll") and holds what it hands out. One object serves the process; the library stays loaded
-/// from a successful initialisation to Terminate.
+/// Loads AMD's ADLX ("amdadlx64.dll") and holds the objects that it returns. The process has one object; the library stays
+/// loaded from a successful initialisation to Terminate.
 class ADLXHelper {
 public:
     ADLXHelper() = default;
     ADLXHelper(const ADLXHelper&) = delete;
     ADLXHelper& operator=(const ADLXHelper&) = delete;
-    /// Terminates ADLX where that has not been done.
+    /// Terminates ADLX unless Terminate was called.
     virtual ~ADLXHelper();
 
     /// Initialises ADLX on the caller's ADL context. ADLX_INVALID_ARGS without a context or callback, ADLX_FAIL where the
-    /// library or one of its six entry points is missing, else ADLX's own result. The module that holds the callback stays
-    /// loaded until Terminate.
+    /// library or one of its six entry points is missing, else ADLX's own result. The module that contains the callback
+    /// stays loaded until Terminate.
     ADLX_RESULT InitializeWithCallerAdl(void* adlContext, ADLX_ADL_Main_Memory_Free memoryFree);
 
     /// Initialises ADLX without ADL.
     ADLX_RESULT Initialize();
 
-    /// Ends ADLX and gives the library back; does nothing where it is not loaded.
+    /// Terminates ADLX and releases the library; does nothing if it is not loaded.
     ADLX_RESULT Terminate();
 
     /// Null before a successful initialisation.
@@ -48,7 +48,7 @@ private:
     bool HasEntryPoints() const;
     void QueryVersions();
 
-    ModuleHandle moduleOfCallback; ///< ADLX may call it until it is terminated, so it must not be unloaded before
+    ModuleHandle moduleOfCallback; ///< ADLX may call it until it is terminated, so it must stay loaded
     ModuleHandle module;
     uint64_t fullVersion = 0;
     const char* version = nullptr;
@@ -62,7 +62,7 @@ private:
     Terminate_t terminate = nullptr;
 };
 
-/// The process's ADLX. It is never destroyed: at the process's end AMD's library may be gone before this one.
+/// The process's ADLX. It is never destroyed: at process exit AMD's library may be unloaded before this one.
 ADLXHelper& Adlx();
 
 } // namespace orvel::shared::enumeration

@@ -1,5 +1,5 @@
-// One GPU's road: ADLX gives the object and its texts, the ADL adapter index leads to ADL's figures, the name to the rows of
-// WMI and to the OpenCL device, the identifiers to the registry and to DXGI.
+// How a GPU is read: ADLX provides the object and its texts; the ADL adapter index selects the values of ADL, the name
+// selects the WMI rows and the OpenCL device, and the identifiers select the registry keys and the DXGI adapter.
 
 #include "vendors/amd/AMD.h"
 
@@ -22,10 +22,10 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-// The steps of QueryInfo log under its name. Every line is an error, those of success included; that is intended.
+// The steps of QueryInfo log under its name. Intended: every line is an error, including success.
 constexpr char queryInfo[] = "orvel::shared::enumeration::AMD::QueryInfo";
 
-/// Frees what ADL has taken from its allocation callback.
+/// Frees memory that ADL got from its allocation callback.
 void __stdcall FreeAdlMemory(void** buffer)
 {
     if (buffer && *buffer) {
@@ -34,15 +34,15 @@ void __stdcall FreeAdlMemory(void** buffer)
     }
 }
 
-/// A text of a GPU; "" when ADLX refuses it.
+/// A text of a GPU; "" if the call fails.
 std::string TextOf(IADLXGPU& gpu, ADLX_RESULT (__stdcall IADLXGPU::*read)(const char**))
 {
     const char* text = nullptr;
-    const bool isTold = Succeeded((gpu.*read)(&text));
-    return isTold && text ? std::string(text) : std::string();
+    const bool isRead = Succeeded((gpu.*read)(&text));
+    return isRead && text ? std::string(text) : std::string();
 }
 
-/// A number that a call of ADLX writes; 0 when it refuses.
+/// A number that an ADLX call writes; 0 if the call fails.
 template <typename Number, typename Call>
 Number NumberOf(Call call)
 {
@@ -70,7 +70,7 @@ void AMD::QueryInfo(GraphicCardList& list)
             return; // Intended: ADLX stays loaded.
         }
     } catch (...) {
-        Adlx().Terminate(); // before the ADL context that it has borrowed goes
+        Adlx().Terminate(); // before the ADL context that it uses is destroyed
         throw;
     }
     Adlx().Terminate();
@@ -97,7 +97,7 @@ AMD::Walk AMD::ReadGpus(Sources& sources, GraphicCardList& list) const
     if (!system || !gpus.Receive([&](IADLXGPUList** received) { return system->GetGPUs(received); })) {
         return Walk::Finished;
     }
-    for (uint32_t index = 0; index < gpus->Size(); ++index) { // the list may shrink on the way
+    for (uint32_t index = 0; index < gpus->Size(); ++index) { // the list may shrink during the loop
         AdlxPtr<IADLXGPU> gpu;
         if (!gpu.Receive([&](IADLXGPU** received) { return gpus->At_GPUList(index, received); })) {
             continue;

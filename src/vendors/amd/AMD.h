@@ -12,7 +12,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// Enumerates AMD's adapters: ADLX lists them, ADL, OpenCL, WMI and the registry tell about each.
+/// Enumerates AMD's adapters: ADLX lists them; ADL, OpenCL, WMI, DXGI and the registry provide their properties.
 class AMD : public BaseGraphicCard {
 public:
     /// Appends one record per WMI row of each GPU that ADLX lists; so two equal cards give four records.
@@ -22,7 +22,7 @@ public:
     void QueryInfo(GraphicCardList& list) override;
 
 private:
-    /// What serves every GPU of a run.
+    /// The sources that all GPUs of a run share.
     struct Sources {
         wmi::WMIClient& Client;
         const OpenCLWrapper& OpenCl;
@@ -31,7 +31,7 @@ private:
         AdapterRegistry Registry;
     };
 
-    /// One GPU as ADLX tells it, with what ADL adds.
+    /// A GPU with its values from ADLX and ADL.
     struct Gpu {
         PnpDeviceId Id;
         GraphicCardProperties Card;

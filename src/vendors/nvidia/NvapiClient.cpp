@@ -1,6 +1,6 @@
-// Each getter makes one call of NVAPI and turns its answer into what the record holds. The log lines stand in the getters
-// themselves, as each carries its getter's name. The boost and the maximum clock, cores and shaders, and the two names are
-// intentionally separate calls that ask the same.
+// Each getter makes one NVAPI call and converts its result for the record. The getters themselves log, because each line
+// carries its getter's name. Intended: the boost and the maximum clock, cores and shaders, and the two names are separate,
+// identical calls.
 
 #include "vendors/nvidia/NvapiClient.h"
 
@@ -20,7 +20,7 @@ namespace {
 constexpr uint32_t graphicsClockType = 0;
 constexpr uint32_t memoryClockType = 4; // Intended: not one of NVAPI's published types.
 
-// Where NVAPI writes texts.
+// The buffers for NVAPI's texts.
 char cardName[NVAPI_SHORT_STRING_MAX];
 char chipName[NVAPI_SHORT_STRING_MAX];
 char biosVersion[NVAPI_SHORT_STRING_MAX];
@@ -45,7 +45,7 @@ NvapiClient::NvapiClient()
     }
     if (const NvAPI_Status status = nvapi.NvAPI_EnumPhysicalGPUs(gpuHandles.data(), &gpuCount); status != NVAPI_OK) {
         PLOGE << "Failed to enumerate physical GPUs. Status code: " << status;
-        nvapi.NvAPI_Unload(); // before anything that may throw: no destructor runs for a client that was not made
+        nvapi.NvAPI_Unload(); // before anything that may throw: no destructor runs if the constructor throws
         throw std::runtime_error(MessageOf(RunFailure::NoPhysicalGpus, status));
     }
     PLOGI << "NVAPI initialized successfully";
@@ -137,7 +137,7 @@ std::string NvapiClient::GetGpuType(NvPhysicalGpuHandle gpu) const
         return NameOf(gpuTypeNames, type);
     }
     PLOGE << "Failed to get GPU type. Status code: " << status;
-    return "UNKNOWN"; // Intended: in other letters than the table's "Unknown".
+    return "UNKNOWN"; // Intended: the table has "Unknown".
 }
 
 std::string NvapiClient::GetBiosVersion(NvPhysicalGpuHandle gpu) const

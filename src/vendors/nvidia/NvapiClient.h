@@ -9,13 +9,13 @@
 
 namespace orvel::shared::enumeration {
 
-/// A session with NVIDIA's NVAPI, and single properties of its physical GPUs.
+/// A session with NVIDIA's NVAPI, and properties of its physical GPUs.
 ///
-/// A property that the driver refuses is logged as an error with NVAPI's status and gives the getter's default.
+/// A failed call is logged as an error with NVAPI's status, and the getter returns its default.
 class NvapiClient {
 public:
     /// Initialises NVAPI and lists the GPUs. Throws std::runtime_error ("Failed to initialize NVAPI. Status code: N",
-    /// "Failed to enumerate physical GPUs. Status code: N"); nothing stays loaded then.
+    /// "Failed to enumerate physical GPUs. Status code: N"); afterwards nothing is loaded.
     NvapiClient();
     NvapiClient(const NvapiClient&) = delete;
     NvapiClient& operator=(const NvapiClient&) = delete;
@@ -25,7 +25,7 @@ public:
     /// Number of physical GPUs.
     uint32_t GetGpuCount() const { return gpuCount; }
 
-    /// One of NVAPI's 64 places for GPUs; null where there is no GPU.
+    /// One of NVAPI's 64 GPU handles; null if there is no GPU.
     NvPhysicalGpuHandle GetGpuHandle(size_t index) const { return gpuHandles[index]; }
 
     /// Full name; "" on failure. Source: NvAPI_GPU_GetFullName.
@@ -52,25 +52,25 @@ public:
     bool GetMultiGpuSupport() const;
     /// Number of CUDA cores; 0 on failure. Source: NvAPI_GPU_GetGpuCoreCount.
     uint32_t GetShaders(NvPhysicalGpuHandle gpu) const;
-    /// The same number, asked again; 0 on failure. Source: NvAPI_GPU_GetGpuCoreCount.
+    /// The same number, from another call; 0 on failure. Source: NvAPI_GPU_GetGpuCoreCount.
     uint32_t GetCores(NvPhysicalGpuHandle gpu) const;
     /// Width of the memory bus in bits; 0 on failure. Source: NvAPI_GPU_GetRamBusWidth.
     uint32_t GetMemoryBusWidth(NvPhysicalGpuHandle gpu) const;
-    /// PCI Express lanes at this moment; 0 on failure. Source: NvAPI_GPU_GetCurrentPCIEDownstreamWidth.
+    /// PCI Express lanes at present; 0 on failure. Source: NvAPI_GPU_GetCurrentPCIEDownstreamWidth.
     uint32_t GetPciLanes(NvPhysicalGpuHandle gpu) const;
     /// Low 32 bits of the shared system memory in bytes; 0 on failure. Source: NvAPI_GPU_GetMemoryInfoEx into `info`, which
-    /// is all zero at first.
+    /// must be zeroed.
     uint32_t GetMemorySharedSize(NvPhysicalGpuHandle gpu, NvapiMemoryInfo& info) const;
-    /// Low 32 bits of the free dedicated memory in bytes; 0 on failure. Source: NvAPI_GPU_GetMemoryInfoEx into `info`, as
-    /// GetMemorySharedSize left it.
+    /// Low 32 bits of the free dedicated memory in bytes; 0 on failure. Source: NvAPI_GPU_GetMemoryInfoEx into `info`, with
+    /// the content that GetMemorySharedSize wrote.
     uint32_t GetMemorySize(NvPhysicalGpuHandle gpu, NvapiMemoryInfo& info) const;
     /// Memory clock in MHz; 0 on failure. Source: NvAPI_GPU_GetAllClockFrequencies, clock type 4.
     float GetMemoryBoostClock(NvPhysicalGpuHandle gpu) const;
-    /// The same clock, asked again; 0 on failure.
+    /// The same clock, from another call; 0 on failure.
     float GetMemoryClockMax(NvPhysicalGpuHandle gpu) const;
     /// Graphics clock in MHz; 0 on failure. Source: NvAPI_GPU_GetAllClockFrequencies, clock type 0.
     float GetGpuBoostClock(NvPhysicalGpuHandle gpu) const;
-    /// The same clock, asked again; 0 on failure.
+    /// The same clock, from another call; 0 on failure.
     float GetGpuClockMax(NvPhysicalGpuHandle gpu) const;
     /// 2 when ECC is enabled, 1 when it is supported, else 0; 0 on failure. Source: NvAPI_GPU_GetECCStatusInfo.
     uint32_t GetEccStatus(NvPhysicalGpuHandle gpu) const;

@@ -30,7 +30,7 @@ NvAPI_Status NvapiInterface::NvAPI_Unload()
     const NvAPI_Status status = Call(0xD22BDD7E);
     queryInterface = nullptr;
     if (status != NVAPI_OK) {
-        (void)module.release(); // a driver that has not ended may still run: its code has to stay
+        (void)module.release(); // a driver that is not shut down may still run, so its code must stay loaded
     }
     module.reset();
     return status;

@@ -5,15 +5,15 @@
 
 namespace orvel::shared::enumeration {
 
-/// NVAPI's functions in "nvapi64.dll", under their published names. Each is found anew by its id; one that the installed
-/// driver does not resolve answers NVAPI_NO_IMPLEMENTATION without doing anything.
+/// NVAPI's functions in "nvapi64.dll", under their published names. Each call looks up its id; a function that the
+/// installed driver lacks returns NVAPI_NO_IMPLEMENTATION.
 class NvapiInterface {
 public:
-    /// Loads the driver's DLL and initialises it. NVAPI_LIBRARY_NOT_FOUND where there is no DLL, NVAPI_ERROR where it is
-    /// none of NVAPI's; after any failure the DLL is not loaded.
+    /// Loads the driver's DLL and initialises it. NVAPI_LIBRARY_NOT_FOUND if there is no DLL, NVAPI_ERROR if it is not
+    /// NVAPI's; after any failure the DLL is not loaded.
     NvAPI_Status NvAPI_Initialize();
 
-    /// Ends NVAPI and gives the DLL back. A driver that refuses tells its status and stays loaded.
+    /// Shuts NVAPI down and unloads the DLL. If that fails, returns the driver's status; the DLL stays loaded.
     NvAPI_Status NvAPI_Unload();
 
     NvAPI_Status NvAPI_EnumPhysicalGPUs(NvPhysicalGpuHandle* gpus, uint32_t* count) const;

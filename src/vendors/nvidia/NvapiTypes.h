@@ -5,7 +5,7 @@
 
 namespace orvel::shared::enumeration {
 
-// NVAPI as its driver publishes it: every function is found by a 32-bit id and answers a signed status, 0 for success.
+// NVAPI as its driver publishes it: every function is looked up by a 32-bit id and returns a signed status, 0 for success.
 
 using NvAPI_Status = int32_t;
 using NvPhysicalGpuHandle = void*;

@@ -15,22 +15,22 @@ void Nvidia::QueryInfo(GraphicCardList& list)
     wmi::WMIClient client(wmiNamespace);
     const NvapiClient nvapi;
     const NvmlClient nvml;
-    const OpenCLWrapper opencl; // Intended: asked nothing, but a machine without it has no NVIDIA record.
+    const OpenCLWrapper opencl; // Intended: not used, but a machine without it has no NVIDIA record.
     if (nvapi.GetGpuCount() == 0) {
         return;
     }
-    // Intended: the first GPU only, matched by its place in NVAPI and NVML and by its device id in WMI.
+    // Intended: the first GPU only, matched by its index in NVAPI and NVML and by its device id in WMI.
     const Gpu gpu{nvapi, nvml, nvapi.GetGpuHandle(0), nvml.GetGpuHandle(0)};
     const std::string deviceId = nvapi.GetDeviceId(gpu.Handle);
     if (client.Query(ToUtf16(NvidiaAdapterQuery(deviceId)).c_str()) != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
         return;
     }
-    client.GetNext(); // without a row the readers take their defaults
+    client.GetNext(); // without a row the readers return their defaults
     list.Append(MakeRecord(ReadGpu(gpu, client, deviceId)));
 }
 
-// The sources are asked in a fixed order, which is the order of the log lines too.
+// The sources are queried in a fixed order, which is also the order of the log lines.
 GraphicCardProperties Nvidia::ReadGpu(const Gpu& gpu, wmi::WMIClient& client, const std::string& deviceId) const
 {
     GraphicCardProperties card;

@@ -7,17 +7,17 @@
 
 namespace orvel::shared::enumeration {
 
-/// Enumerates NVIDIA's first GPU from NVAPI, NVML and WMI. Intended: further GPUs are not looked at.
+/// Enumerates NVIDIA's first GPU from NVAPI, NVML and WMI. Intended: other GPUs are ignored.
 class Nvidia : public BaseGraphicCard {
 public:
-    /// Appends the record of NVAPI's first physical GPU, if there is one and WMI can be asked for it.
-    /// Throws std::runtime_error where NVAPI, NVML or "opencl.dll" cannot be had, std::out_of_range ("invalid
+    /// Appends the record of NVAPI's first physical GPU, if there is one and the WMI query for it succeeds.
+    /// Throws std::runtime_error where NVAPI, NVML or "opencl.dll" is not available, std::out_of_range ("invalid
     /// unordered_map<K, T> key") for a code without a name, and the status (`long`) of a failed query for the memory
     /// modules.
     void QueryInfo(GraphicCardList& list) override;
 
 private:
-    /// One GPU as each of the sources knows it.
+    /// A GPU in each of the sources.
     struct Gpu {
         const NvapiClient& Nvapi;
         const NvmlClient& Nvml;

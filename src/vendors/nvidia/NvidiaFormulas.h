@@ -12,7 +12,7 @@ std::string NvidiaDeviceId(uint32_t deviceId);
 /// PCI subsystem identifier, 4 lower-case hexadecimal digits, "-", 4 more, from NVAPI's subsystem id.
 std::string NvidiaSubsystemId(uint32_t subsystemId);
 
-/// Transfer rate in MB/s of one lane of a PCI Express generation (1 to 5); nothing for any other.
+/// Transfer rate in MB/s of one lane of a PCI Express generation (1 to 5); no value for any other.
 std::optional<uint32_t> PcieLaneRate(uint32_t generation);
 
 /// Bandwidth in GB/s of a memory clock in MHz, two transfers per clock, on a bus of so many bits.

@@ -12,9 +12,9 @@ namespace orvel::shared::enumeration {
 
 namespace {
 
-char serialNumber[NVML_DEVICE_SERIAL_BUFFER_SIZE]; // where NVML writes it
+char serialNumber[NVML_DEVICE_SERIAL_BUFFER_SIZE]; // the buffer for NVML
 
-/// The number of devices; a number that no computer has is a failure of an unknown kind.
+/// The number of devices; an impossible number is treated as an unknown error.
 nvmlReturn_t CountDevices(unsigned int& count)
 {
     const nvmlReturn_t status = nvmlDeviceGetCount_v2(&count);
@@ -40,7 +40,7 @@ NvmlClient::NvmlClient()
     try {
         deviceHandles.resize(count);
     } catch (...) {
-        nvmlShutdown(); // no destructor runs for a client that was not made
+        nvmlShutdown(); // no destructor runs if the constructor throws
         throw;
     }
     for (unsigned int index = 0; index < count; ++index) {
@@ -53,7 +53,7 @@ NvmlClient::NvmlClient()
     PLOGI << "NVML initialized successfully"; // Intended: also when NVML was shut down above.
 }
 
-// Intended: NVML is shut down here too when the constructor has done so already.
+// Intended: shuts NVML down even if the constructor already did.
 NvmlClient::~NvmlClient()
 {
     if (const nvmlReturn_t status = nvmlShutdown(); status != NVML_SUCCESS) {

@@ -8,22 +8,23 @@
 
 namespace orvel::shared::enumeration {
 
-/// A session with NVIDIA's Management Library, and single properties of its devices.
+/// A session with NVIDIA's Management Library, and properties of its devices.
 ///
-/// A property that NVML refuses is logged as an error with NVML's text and gives the getter's default; so does every
-/// property of a null device.
+/// A failed call is logged as an error with NVML's text, and the getter returns its default; so does every getter for a
+/// null device.
 class NvmlClient {
 public:
-    /// Initialises NVML and takes a handle for every device. Throws std::runtime_error ("Failed to initialize NVML. Status
-    /// code: N", "Failed to shutdown NVML. Status code: N"), and std::bad_alloc when memory is exhausted; NVML is not open
-    /// then. A device count that cannot be read, or is above 65,536, gives a client without devices.
+    /// Initialises NVML and gets a handle for every device. Throws std::runtime_error ("Failed to initialize NVML. Status
+    /// code: N", "Failed to shutdown NVML. Status code: N"), and std::bad_alloc when memory is exhausted; NVML is then
+    /// closed. If the device count cannot be read, or is above 65,536, the client has no devices.
     NvmlClient();
     NvmlClient(const NvmlClient&) = delete;
     NvmlClient& operator=(const NvmlClient&) = delete;
     /// Shuts NVML down; a failure is logged only.
     ~NvmlClient();
 
-    /// The device at an index; null, and an error line, when there are not so many; null for one whose handle NVML refused.
+    /// The device at an index; null, and an error line, if there are fewer; null for a device whose handle NVML did not
+    /// return.
     nvmlDevice_t GetGpuHandle(uint32_t index) const;
 
     /// Serial number; "Unknown" on failure. Source: nvmlDeviceGetSerial.
@@ -36,9 +37,9 @@ public:
     unsigned int GetTemperatureSlowdown(nvmlDevice_t device) const;
     /// Shutdown temperature in degrees Celsius; 0 on failure. Source: nvmlDeviceGetTemperatureThreshold, SHUTDOWN.
     unsigned int GetTemperatureShutdown(nvmlDevice_t device) const;
-    /// PCI Express generation at this moment; 0 on failure. Source: nvmlDeviceGetCurrPcieLinkGeneration.
+    /// PCI Express generation at present; 0 on failure. Source: nvmlDeviceGetCurrPcieLinkGeneration.
     float GetPcieGeneration(nvmlDevice_t device) const;
-    /// Highest PCI Express transfer rate in MB/s; 0 on failure, and for a generation after the fifth. Sources:
+    /// Highest PCI Express transfer rate in MB/s; 0 on failure, and for a generation above 5. Sources:
     /// nvmlDeviceGetMaxPcieLinkGeneration, nvmlDeviceGetMaxPcieLinkWidth.
     float GetPcieTransferRate(nvmlDevice_t device) const;
     /// Memory bandwidth in GB/s; 0 on failure. Sources: nvmlDeviceGetClockInfo, nvmlDeviceGetMemoryBusWidth.

@@ -140,7 +140,7 @@ TEST_CASE("ADL is said to be initialised, as an error, even where no context was
     CHECK(Live()["adl"] == 0);
 }
 
-TEST_CASE("The context alone tells whether it was created, not the result of the call")
+TEST_CASE("Only the context shows whether it was created, not the result of the call")
 {
     Json machine = TalkativeMachine();
     machine["adl"]["ADL2_Main_Control_Create"] = refused;
@@ -297,7 +297,7 @@ TEST_CASE("A negative number of bus lanes is 0")
     CHECK(LanesOf(Refused({{"iMaximumBusLanes", 2}})) == 2);
 }
 
-TEST_CASE("An ECC mode that ADL tells successfully gives status 1, whatever the mode is")
+TEST_CASE("An ECC mode that ADL reports successfully gives status 1 for every mode")
 {
     for (const int mode : {-1, 0, 1, 2, 3}) {
         CAPTURE(mode);

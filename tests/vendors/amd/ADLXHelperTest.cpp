@@ -218,7 +218,7 @@ TEST_CASE("The library stays in the process until the termination")
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("ADLX that refused to be initialised is terminated and given back all the same")
+TEST_CASE("ADLX whose initialisation fails is terminated and released")
 {
     Simulate(MachineWith({{"ADLXInitializeWithCallerAdl", 3}}));
     ADLXHelper helper;
@@ -239,7 +239,7 @@ TEST_CASE("Where ADLX is not loaded a termination does nothing")
     CHECK(Only(Trace(), "adlx ADLXTerminate").size() == 1);
 }
 
-TEST_CASE("After a termination ADLX can be initialised anew")
+TEST_CASE("After termination ADLX can be initialised again")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;

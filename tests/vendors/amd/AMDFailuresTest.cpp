@@ -84,7 +84,7 @@ TEST_CASE("Without ADLX there are both of its lines and no cards")
     CheckNoCards(machine, {adlReady, adlxFailed, noServices, adlDestroyed, adlDestroyed}, false);
 }
 
-TEST_CASE("A library that lacks one of ADLX's six entry points is as good as none")
+TEST_CASE("A library that lacks one of ADLX's six entry points is treated as missing")
 {
     for (const char* name : {"ADLXQueryFullVersion", "ADLXQueryVersion", "ADLXInitializeWithCallerAdl",
                              "ADLXInitializeWithIncompatibleDriver", "ADLXInitialize", "ADLXTerminate"}) {
@@ -98,7 +98,7 @@ TEST_CASE("A library that lacks one of ADLX's six entry points is as good as non
     }
 }
 
-TEST_CASE("ADLX that refuses to be initialised gives both of its lines and no cards, and is terminated")
+TEST_CASE("ADLX whose initialisation fails gives both of its lines and no cards, and is terminated")
 {
     for (const int result : {3, 4, 8, 12}) {
         CAPTURE(result);
@@ -110,7 +110,7 @@ TEST_CASE("ADLX that refuses to be initialised gives both of its lines and no ca
     }
 }
 
-TEST_CASE("A GPU list that is refused or empty gives no cards, and ADLX is terminated")
+TEST_CASE("A failed or empty GPU list gives no cards, and ADLX is terminated")
 {
     Json machine = AmdDesktop();
     SUBCASE("refused")
@@ -136,7 +136,7 @@ TEST_CASE("A failed BIOS query ends AMD's run with one line, before ADLX")
         {Line("error", "Intel::QueryInfo", failed), adlReady, Line("error", "AMD::QueryInfo", failed), adlDestroyed}, false);
 }
 
-TEST_CASE("AMD's run asks for the BIOS serial number again where Intel's run got none")
+TEST_CASE("AMD's run queries the BIOS serial number again if Intel's query failed")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "SELECT SerialNumber FROM Win32_Bios", 1);
@@ -189,7 +189,7 @@ TEST_CASE("An apostrophe in a GPU's name makes the query for its rows fail")
           "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_1002%' AND Name = 'AMD's Radeon'");
 }
 
-TEST_CASE("On a machine where ADLX has stayed loaded the next enumeration works, and terminates it")
+TEST_CASE("If ADLX stayed loaded, the next enumeration works and terminates it")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "VEN_1002", 1);
@@ -203,7 +203,7 @@ TEST_CASE("On a machine where ADLX has stayed loaded the next enumeration works,
     CHECK(Only(Trace(), "adlx ADLXTerminate").size() == 1);
 }
 
-TEST_CASE("ADLX that has stayed loaded from a machine is of no use on one without it")
+TEST_CASE("ADLX that stayed loaded does not work on a machine without it")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "VEN_1002", 1);
@@ -214,7 +214,7 @@ TEST_CASE("ADLX that has stayed loaded from a machine is of no use on one withou
     CHECK(EnumerateAmd(AmdDesktop()).Cards.size() == 1);
 }
 
-TEST_CASE("A PNP string that is too short, or refused, ends the run before the GPU is examined")
+TEST_CASE("A PNP string that is too short or fails ends the run before the GPU is examined")
 {
     for (const Json& text : {Json("PCI\\VEN_1002&DEV_73BF&SUBSYS_0E3"), Json(""), Json({{"status", 3}})}) {
         CAPTURE(text.dump());
@@ -227,7 +227,7 @@ TEST_CASE("A PNP string that is too short, or refused, ends the run before the G
     }
 }
 
-TEST_CASE("A vendor or device identifier that ADLX refuses ends the run at its conversion")
+TEST_CASE("A vendor or device identifier that fails in ADLX ends the run at its conversion")
 {
     for (const char* text : {"VendorId", "DeviceId"}) {
         CAPTURE(text);
@@ -243,7 +243,7 @@ TEST_CASE("Records appended before an exception stay")
     CheckAmdEnds(machine, "invalid string position", 2);
 }
 
-TEST_CASE("A shared-memory text that is no number, or too large a one, ends the run")
+TEST_CASE("A shared-memory text that is not a number, or too large, ends the run")
 {
     Json without = AmdDesktop();
     without.erase("dxgi");
@@ -274,7 +274,7 @@ TEST_CASE("A location without a bus number ends AMD's run")
     CheckAmdEnds(machine, "invalid stoi argument");
 }
 
-TEST_CASE("Codes of WMI without a name end AMD's run")
+TEST_CASE("WMI codes without a name end AMD's run")
 {
     for (const Json& machine : {DesktopWithRow("Availability", nullptr), DesktopWithRow("Availability", 22),
                                 DesktopWithRow("ConfigManagerErrorCode", 32)}) {
@@ -295,7 +295,7 @@ TEST_CASE("Every query for the memory modules that fails leaves QueryGraphicCard
     }
 }
 
-TEST_CASE("What leaves the enumerator has the standard's types")
+TEST_CASE("The enumerator throws standard exceptions")
 {
     using orvel::shared::enumeration::AMD;
     orvel::shared::enumeration::GraphicCardList list;

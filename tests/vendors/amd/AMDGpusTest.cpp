@@ -20,13 +20,13 @@ Json CardWithGpu(const std::string& key, const Json& value)
 
 } // namespace
 
-TEST_CASE("A video memory size that ADLX refuses is 0")
+TEST_CASE("A video memory size that fails in ADLX is 0")
 {
     CHECK(CardWithGpu("TotalVRAM", {{"status", 3}})["MemorySize"] == 0);
     CHECK(CardWithGpu("TotalVRAM", {{"status", 3}, {"value", 8192}})["MemorySize"] == 0);
 }
 
-TEST_CASE("An ADL adapter index that ADLX refuses is 0")
+TEST_CASE("An ADL adapter index that fails in ADLX is 0")
 {
     Json machine = AmdDesktop();
     AdlAdapter(machine, "5") = {{"ADL2_Adapter_Graphic_Core_Info_Get", {{"iNumCUs", 20}, {"iNumPEsPerCU", 128}}}};
@@ -36,7 +36,7 @@ TEST_CASE("An ADL adapter index that ADLX refuses is 0")
     CHECK(OnlyCard(machine)["Cores"] == 4608);
 }
 
-TEST_CASE("A name that ADLX refuses is empty, which no row has")
+TEST_CASE("A name that fails in ADLX is empty, and matches no row")
 {
     Json machine = AmdDesktop();
     AdlxGpu(machine)["Name"] = {{"status", 3}, {"value", radeon}};
@@ -47,7 +47,7 @@ TEST_CASE("A name that ADLX refuses is empty, which no row has")
           "wmi query SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_1002%' AND Name = ''");
 }
 
-TEST_CASE("Whatever ADLX gives with a result of 1 or 2 is taken")
+TEST_CASE("The results 1 and 2 of ADLX are successes")
 {
     for (const int result : {1, 2}) {
         CAPTURE(result);
@@ -63,9 +63,9 @@ TEST_CASE("Whatever ADLX gives with a result of 1 or 2 is taken")
             const Json plain = AdlxGpu(machine)[value];
             AdlxGpu(machine)[value] = {{"status", result}, {"value", plain}};
         }
-        const Enumerated told = EnumerateAmd(machine);
-        CHECK(told.Cards == Json::array({healthy}));
-        CHECK(told.Log == WholeRun({fillRateDone}));
+        const Enumerated result = EnumerateAmd(machine);
+        CHECK(result.Cards == Json::array({healthy}));
+        CHECK(result.Log == WholeRun({fillRateDone}));
     }
 }
 
@@ -79,7 +79,7 @@ TEST_CASE("A GPU that cannot be fetched is skipped")
     CHECK(result.Log == WholeRun({fillRateDone}));
 }
 
-TEST_CASE("A list that shrinks while it is walked ends the walk early")
+TEST_CASE("A list that shrinks during the loop ends the loop early")
 {
     Json machine = AmdTwoCards();
     machine["adlx"]["shrink_after"] = 1;
@@ -93,7 +93,7 @@ TEST_CASE("A list that shrinks while it is walked ends the walk early")
     CHECK(result.Log == WholeRun({}));
 }
 
-TEST_CASE("A clock probe that cannot be finished says nothing, and the record is the same")
+TEST_CASE("An incomplete clock probe logs nothing, and does not change the record")
 {
     const Json healthy = OnlyCard(AmdDesktop());
     Json machine = AmdDesktop();
@@ -149,7 +149,7 @@ TEST_CASE("A clock probe that cannot be finished says nothing, and the record is
     CHECK(result.Log == WholeRun({}));
 }
 
-TEST_CASE("A clock of 1 MHz and a single ROP finish the clock probe")
+TEST_CASE("A clock of 1 MHz and a single ROP complete the clock probe")
 {
     Json machine = AmdDesktop();
     AdlxGpu(machine)["GPUClockSpeed"] = 1;

@@ -1,4 +1,4 @@
-// The order in which AMD's enumerator asks the platform, logs, and gives back what it holds.
+// The order in which AMD's enumerator calls the platform, logs, and releases its resources.
 
 #include <algorithm>
 
@@ -90,7 +90,7 @@ const Calls memoryQueries = {"wmi query SELECT Speed FROM Win32_PhysicalMemory",
 
 } // namespace
 
-TEST_CASE("The drivers and WMI are asked in the fixed order, from the ADL context to its end")
+TEST_CASE("The drivers and WMI are called in a fixed order, from the creation of the ADL context to its end")
 {
     Calls expected = start;
     Append(expected, GpuCalls("0", "0"));
@@ -102,7 +102,7 @@ TEST_CASE("The drivers and WMI are asked in the fixed order, from the ADL contex
     CHECK(OrderOf(EnumerateAmd(AmdDesktop())) == expected);
 }
 
-TEST_CASE("GPUs are asked one after another, the size after each, and WMI once for the rows of two equal cards")
+TEST_CASE("GPUs are read one after another, with the size after each, and WMI is queried once for two equal cards")
 {
     Calls expected = start;
     Append(expected, GpuCalls("0", "0"));
@@ -241,7 +241,7 @@ TEST_CASE("Where nothing can be read every property logs its line in that order"
                                               "dxgi CreateDXGIFactory", "dwm ", "error ", "warning "}) == expected);
 }
 
-TEST_CASE("The ECC mode is asked for between its support and the errors, where ECC is supported")
+TEST_CASE("The ECC mode is read between its support and the errors, if ECC is supported")
 {
     Json machine = AmdDesktop();
     AdlAdapter(machine)["ADL2_Workstation_ECC_Caps"] = 1;
@@ -250,7 +250,7 @@ TEST_CASE("The ECC mode is asked for between its support and the errors, where E
                        "adl ADL2_Workstation_ECCData_Get 0", "adl ADL2_Workstation_ECCData_Get 0"});
 }
 
-TEST_CASE("Both metrics are asked for before either refusal counts")
+TEST_CASE("Both metrics are read before a failure of either counts")
 {
     for (const char* call : {"GetSupportedGPUMetrics", "GetCurrentGPUMetrics"}) {
         CAPTURE(call);
@@ -294,7 +294,7 @@ void NoteClient(void* client)
     destroyClient(client);
 }
 
-/// Notes the DLLs that the enumerators give back, and the clients of WMI, while it lives.
+/// Records the DLLs that the enumerators release, and the WMI clients, during its lifetime.
 class NotedReleases {
 public:
     NotedReleases()
@@ -309,7 +309,7 @@ private:
                           reinterpret_cast<void*>(&NoteClient)};
 };
 
-/// What is given back, and the log lines, after the last event of this text.
+/// The releases and log lines after the last event with this text.
 Calls EndAfter(const Enumerated& result, const std::string& last)
 {
     const auto found = std::find(result.Events.rbegin(), result.Events.rend(), last);
@@ -331,7 +331,7 @@ TEST_CASE("A run ends with its last GPU, ADLX, ADL, OpenCL and WMI, in this orde
                 "free opencl.dll", "free WMIClient"});
 }
 
-TEST_CASE("A run that a failed query for rows ends leaves ADLX, and gives back the rest in that order")
+TEST_CASE("A run that a failed query for rows ends keeps ADLX loaded, and releases the rest in that order")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "VEN_1002", 1);
@@ -342,7 +342,7 @@ TEST_CASE("A run that a failed query for rows ends leaves ADLX, and gives back t
                 "adl ADL2_Main_Control_Destroy", "free atiadlxx.dll", adlDestroyed, "free opencl.dll", "free WMIClient"});
 }
 
-TEST_CASE("A run that a failed BIOS query ends gives back ADL, OpenCL and WMI, in this order")
+TEST_CASE("A run that a failed BIOS query ends releases ADL, OpenCL and WMI, in this order")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "Win32_Bios", 0);

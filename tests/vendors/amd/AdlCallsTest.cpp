@@ -1,4 +1,4 @@
-// What ADL and ADLX are handed, by a library made of functions of this file, and what becomes of what they hand out.
+// The arguments that ADL and ADLX receive, with functions of this file in their place, and the handling of their results.
 
 #include <cstring>
 #include <vector>
@@ -142,7 +142,7 @@ TEST_CASE("ADL's context is created for connected adapters, with a callback that
     std::free(creation.Memory);
 }
 
-TEST_CASE("Every structure that ADL gets is zero, but for the size that it asks for")
+TEST_CASE("Every structure passed to ADL is zeroed, except for a required size")
 {
     Simulate({{"adl", Json::object()}});
     const ReplacedImport find(TestModule(), L"kernel32.dll", "GetProcAddress", reinterpret_cast<void*>(&FindAdl));
@@ -160,7 +160,7 @@ TEST_CASE("Every structure that ADL gets is zero, but for the size that it asks 
     CHECK_FALSE(isDirty);
 }
 
-TEST_CASE("ADLX is looked for in the folders of the application, the user, the system and the default ones")
+TEST_CASE("ADLX is searched in the application, user, system and default folders")
 {
     const ReplacedImport load(TestModule(), L"kernel32.dll", "LoadLibraryExW", reinterpret_cast<void*>(&NoteFolders));
     ADLXHelper helper;
@@ -168,7 +168,7 @@ TEST_CASE("ADLX is looked for in the folders of the application, the user, the s
     CHECK(searchedFolders == 0x1E00);
 }
 
-TEST_CASE("What a failed call of ADLX has written is not released, what a successful one has is")
+TEST_CASE("The output of a failed ADLX call is not released, that of a successful one is")
 {
     Counted object;
     {
@@ -241,7 +241,7 @@ void CountFree(void* block)
 
 } // namespace
 
-TEST_CASE("ADLX's callback frees what ADL's has allocated, once, and clears the pointer to it")
+TEST_CASE("ADLX's callback frees memory of ADL's callback once, and clears the pointer to it")
 {
     Simulate(Machine("amd-desktop"));
     {

@@ -18,13 +18,13 @@ Json& AdlxGpu(Json& machine, size_t index = 0);
 void FailQuery(Json& machine, const std::string& text, int nth = 0);
 
 /// Enumerates. The log is that of AMD alone: without NVIDIA's lines about a machine without its driver. Nothing may stay
-/// open and nothing may be given back too often.
+/// open and nothing may be released too often.
 Enumerated EnumerateAmd(const Json& machine);
 
 /// The only record of a run that goes through to the end.
 Json OnlyCard(const Json& machine);
 
-/// What tells the records of the two cards apart.
+/// The difference between the records of the two cards.
 std::vector<uint32_t> MemorySizes(const Enumerated& result);
 
 /// EnumerateAmd where ADLX stays loaded. It is enumerated once more on a healthy machine, which ends that.

@@ -4,7 +4,7 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("The fill rate is the clock times the whole quotient of width and constant arguments")
+TEST_CASE("The fill rate is the clock times the integer quotient of width and constant arguments")
 {
     CHECK(IntelFillRate(1150.0, 64, 8, 1) == 9.2F);
     CHECK(IntelFillRate(1150.0, 64, 8, 2) == 18.4F);

@@ -85,7 +85,7 @@ TEST_CASE("A serial number that cannot be read, and a BIOS without a row, leave 
     CHECK(Enumerate(without).Card(0)["GraphicsCardSn"] == "");
 }
 
-TEST_CASE("Two Intel adapters carry the same serial number, the machine's")
+TEST_CASE("Two Intel adapters have the same serial number, that of the machine")
 {
     const Enumerated result = Enumerate(Machine("intel-desktop"));
     CHECK(result.Card(0)["GraphicsCardSn"] == "To be filled by O.E.M.");
@@ -100,7 +100,7 @@ TEST_CASE("A row whose PNPDeviceID cannot be read ends the run at the conversion
     CHECK(Enumerate(machine).Log.front() == Line("warning", intel, "Failed to get PNPDeviceID from WMI"));
 }
 
-TEST_CASE("An empty PNPDeviceID is as good as an unreadable one")
+TEST_CASE("An empty PNPDeviceID is treated as an unreadable one")
 {
     Json machine = HealthyLaptop();
     VideoController(machine)["PNPDeviceID"] = {{"where", VideoController(machine)["PNPDeviceID"]}, {"value", ""}};
@@ -139,7 +139,7 @@ TEST_CASE("A missing driver date is Intel's own warning")
     CHECK(result.Log.front() == Line("warning", intel, "Failed to get Driver Date from WMI"));
 }
 
-TEST_CASE("AdapterRAM that is missing, 0 or no number ends the run")
+TEST_CASE("AdapterRAM that is missing, 0 or not a number ends the run")
 {
     CheckEnds(LaptopWith({{"AdapterRAM", nullptr}}), "invalid stoi argument");
     CheckEnds(LaptopWith({{"AdapterRAM", 0}}), "invalid stoi argument");
@@ -147,14 +147,14 @@ TEST_CASE("AdapterRAM that is missing, 0 or no number ends the run")
     CheckEnds(LaptopWith({{"AdapterRAM", "99999999999999999999"}}), "stoll argument out of range");
 }
 
-TEST_CASE("AdapterRAM above 2 GiB arrives as a negative number and is read as what it is")
+TEST_CASE("AdapterRAM above 2 GiB is a negative number in WMI, and is read as unsigned")
 {
     const Enumerated result = Enumerate(LaptopWith({{"AdapterRAM", 4293918720U}}));
     CHECK(result.Card(0)["MemorySize"] == 4095);
     CHECK(result.Card(0)["AdapterRam"] == 4095);
 }
 
-TEST_CASE("A GPU type that is no word is left out")
+TEST_CASE("A GPU type that is not a word is empty")
 {
     CHECK(Enumerate(LaptopWith({{"AdapterDACType", "Internal DAC(400MHz)"}})).Card(0)["GpuType"] == "");
     CHECK(Enumerate(LaptopWith({{"AdapterDACType", nullptr}})).Card(0)["GpuType"] == "");
@@ -238,7 +238,7 @@ TEST_CASE("A device that reports no constant arguments has fill rates of 0")
     CHECK(result.Card(0)["TextureFillRate"] == 0.0);
 }
 
-TEST_CASE("A chip name that fits is the cleaned card name")
+TEST_CASE("A chip name that matches the pattern is the cleaned card name")
 {
     Json machine = LaptopWith({{"Name", "Intel HD Graphics 4000"}});
     OpenClDevice(machine)["CL_DEVICE_NAME"] = "Intel HD Graphics 4000";
@@ -257,7 +257,7 @@ TEST_CASE("An adapter that DXGI does not list shares no memory, and a missing DX
 
 namespace {
 
-/// Intel's part of a run in short: WMI's queries, the properties that are read, what OpenCL is asked of its device, DXGI,
+/// Intel's part of a run in short: WMI's queries, the properties that are read, the OpenCL queries of its device, DXGI,
 /// the registry's keys and the log lines. The values of several memory modules count as one.
 std::vector<std::string> InShort(const std::vector<std::string>& events)
 {
@@ -318,7 +318,7 @@ std::string Unread(const std::string& getter, const std::string& text)
 
 } // namespace
 
-TEST_CASE("The platform is asked in the fixed order, and WMI each question once")
+TEST_CASE("The platform is called in a fixed order, and each WMI query is sent once")
 {
     const std::string deviceKey = pciKey + "VEN_8086&DEV_5917&SUBSYS_225D17AA&REV_07";
     const std::vector<std::string> expected = {
@@ -431,7 +431,7 @@ TEST_CASE("Where nothing can be read every property logs its line in that order"
     CHECK(OrderOf(SilentLaptop()) == expected);
 }
 
-TEST_CASE("opencl.dll is loaded before WMI is asked for anything")
+TEST_CASE("opencl.dll is loaded before the first WMI query")
 {
     Json machine = HealthyLaptop();
     machine.erase("opencl");

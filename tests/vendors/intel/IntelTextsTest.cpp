@@ -25,7 +25,7 @@ TEST_CASE("A card name with brackets stays the chip name as read")
     CHECK(IntelChipName("Intel(R) Arc(TM) A770 Graphics") == "Intel(R) Arc(TM) A770 Graphics");
 }
 
-TEST_CASE("A card name that does not fit the pattern is given back uncleaned")
+TEST_CASE("A card name that does not match the pattern is returned unchanged")
 {
     for (const char* name :
          {"", "Intel HD Graphics", "Intel", "Intel 5", "7", "Intel HD\n4000", "Intel HD/4000", "Ünit 12"}) {

@@ -1,5 +1,5 @@
-// What NVAPI is handed, byte by byte, and what is read of answers that a driver gives in its own way. A driver made of
-// functions of this file stands behind nvapi_QueryInterface.
+// The arguments that NVAPI receives, byte by byte, and the handling of unusual results. A driver made of
+// functions of this file replaces nvapi_QueryInterface.
 
 #include "vendors/nvidia/NvapiClient.h"
 
@@ -117,7 +117,7 @@ Words WordsWith(size_t count, const std::vector<std::pair<size_t, uint32_t>>& va
 
 } // namespace
 
-TEST_CASE("Clock frequencies are asked for with a structure that is zero but for version and type, each time")
+TEST_CASE("Each query for clock frequencies has a structure that is zero except for version and type")
 {
     const Session session;
     answer = Words(66, 0xFFFFFFFF);
@@ -130,7 +130,7 @@ TEST_CASE("Clock frequencies are asked for with a structure that is zero but for
     CHECK(handed == std::vector<Words>{memory, memory, graphics, graphics});
 }
 
-TEST_CASE("A clock that is not present is read all the same")
+TEST_CASE("A clock that is not present is read anyway")
 {
     const Session session;
     answer = WordsWith(66, {{3, 1'770'000}, {11, 7'001'000}}); // the presence words 2 and 10 are 0
@@ -150,7 +150,7 @@ TEST_CASE("Only bit 0 of the ECC words counts, and the structure is zero but for
     CHECK(handed == std::vector<Words>(3, WordsWith(4, {{0, 0x00010010}})));
 }
 
-TEST_CASE("ECC errors are the low words of the current counts, asked for with a structure of their own")
+TEST_CASE("ECC errors are the low words of the current counts, each query with its own structure")
 {
     const Session session;
     answer = WordsWith(10, {{2, 4}, {3, 1}, {4, 3}, {5, 1}, {6, 99}, {8, 99}});
@@ -168,7 +168,7 @@ TEST_CASE("The SLI words are unsigned, and their version intentionally is the se
     CHECK(handed == std::vector<Words>(2, WordsWith(7, {{1, 0x0002001C}})));
 }
 
-TEST_CASE("A text without an end is taken as far as its buffer goes")
+TEST_CASE("A text without terminator ends with its buffer")
 {
     const Session session;
     CHECK(session->GetCardName(session.Gpu()) == std::string(64, 'N'));

@@ -1,5 +1,5 @@
 // NVAPI's session and its GPUs. The simulated driver answers -9 to a structure without the right version word, so a value
-// that comes through tells that the word was right.
+// that passes shows that the word was right.
 
 #include "vendors/nvidia/NvapiClient.h"
 
@@ -44,7 +44,7 @@ bool IsDriverHeld()
     return ::GetModuleHandleW(L"nvapi64.dll") != nullptr;
 }
 
-/// Gives back what a driver that refused to unload has kept.
+/// Releases what a driver that refused to unload keeps.
 void LetDriverGo()
 {
     CHECK(IsDriverHeld());
@@ -80,7 +80,7 @@ std::string GpuTypeOf(int type)
 
 } // namespace
 
-TEST_CASE("A session with NVAPI begins and ends with a line")
+TEST_CASE("A session with NVAPI starts and ends with a log line")
 {
     Simulate(MachineWith(Json::object()));
     HostLog log;
@@ -96,7 +96,7 @@ TEST_CASE("A session with NVAPI begins and ends with a line")
     CHECK_FALSE(IsDriverHeld());
 }
 
-TEST_CASE("A machine without NVIDIA's driver answers -2")
+TEST_CASE("A machine without NVIDIA's driver has status -2")
 {
     Simulate(Json::object());
     HostLog log;
@@ -104,7 +104,7 @@ TEST_CASE("A machine without NVIDIA's driver answers -2")
     CHECK(log.Lines == LogLines{"error " + constructor + ": Failed to initialize NvAPI. Status code: -2"});
 }
 
-TEST_CASE("A session that cannot begin names NvAPI in the log and NVAPI in the exception, and leaves nothing loaded")
+TEST_CASE("A session that cannot start has NvAPI in the log and NVAPI in the exception, and leaves nothing loaded")
 {
     const auto check = [](const Json& nvapi, const std::string& status) {
         CheckRefused(nvapi, "Failed to initialize NVAPI. Status code: " + status,
@@ -128,7 +128,7 @@ TEST_CASE("After a failed enumeration NVAPI is unloaded without a line")
     LetDriverGo();
 }
 
-TEST_CASE("A failed unload logs the driver's status and then success all the same, and keeps the driver loaded")
+TEST_CASE("A failed unload logs the driver's status and then success, and keeps the driver loaded")
 {
     struct Case {
         Json Nvapi;
@@ -157,7 +157,7 @@ TEST_CASE("A failed unload without a log is silent")
     LetDriverGo();
 }
 
-TEST_CASE("Handles beyond the GPUs are null")
+TEST_CASE("Handles after the last GPU are null")
 {
     Simulate({{"nvapi", {{"NvAPI_EnumPhysicalGPUs", 0}, {"gpus", Json::array()}}}});
     {
@@ -231,7 +231,7 @@ TEST_CASE("The ECC status is 2 when enabled, 1 when only supported, else 0")
     }
 }
 
-TEST_CASE("The memory clocks are asked with type 4 and the GPU clocks with type 0, twice each")
+TEST_CASE("The memory clocks are queried with type 4 and the GPU clocks with type 0, twice each")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetAllClockFrequencies", {{"domain0", 1770000}, {"domain4", 7001000}}}}));
     const NvapiClient client;
@@ -244,7 +244,7 @@ TEST_CASE("The memory clocks are asked with type 4 and the GPU clocks with type 
     CHECK(Only(Trace(), call) == std::vector<std::string>{call + "4", call + "4", call + "0", call + "0"});
 }
 
-TEST_CASE("The second memory call takes the structure as the first one left it")
+TEST_CASE("The second memory call passes the structure that the first one filled")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetMemoryInfoEx", {{"offset32", 17133731840}, {"offset40", 12079595520}}}}));
     const NvapiClient client;

@@ -156,7 +156,7 @@ void CheckFails(const Getter& getter, const Json& machine, int status)
 
 } // namespace
 
-TEST_CASE("Every property of a GPU is NVAPI's answer in the record's form, without a line")
+TEST_CASE("Every property of a GPU is NVAPI's value in the record's form, without a log line")
 {
     for (const Getter& getter : Getters()) {
         CAPTURE(getter.Property.Name);
@@ -168,7 +168,7 @@ TEST_CASE("Every property of a GPU is NVAPI's answer in the record's form, witho
     }
 }
 
-TEST_CASE("A property that NVAPI refuses is logged with its status under the getter's name and has its default")
+TEST_CASE("A property that fails in NVAPI is logged with its status under the getter's name and has its default")
 {
     for (const Getter& getter : Getters()) {
         CheckFails(getter, MachineWith(getter.Function, nullptr), -104);
@@ -176,14 +176,14 @@ TEST_CASE("A property that NVAPI refuses is logged with its status under the get
     }
 }
 
-TEST_CASE("What NVAPI writes while it refuses is not used")
+TEST_CASE("The output of a failed NVAPI call is not used")
 {
     for (const Getter& getter : Getters()) {
         CheckFails(getter, MachineWith(getter.Function, {{"status", -220}, {"value", getter.Answer}}), -220);
     }
 }
 
-TEST_CASE("A function that the driver does not resolve answers -3 without being called")
+TEST_CASE("A function that the driver does not resolve returns -3 without a call")
 {
     for (const Getter& getter : Getters()) {
         Json machine = MachineWith(getter.Function, getter.Answer);
@@ -193,7 +193,7 @@ TEST_CASE("A function that the driver does not resolve answers -3 without being 
     }
 }
 
-TEST_CASE("A handle that is no GPU's is refused like any other failure")
+TEST_CASE("An invalid GPU handle is a failure like any other")
 {
     Simulate({{"nvapi", {{"gpus", Json::array({Json::object()})}}}});
     const NvapiClient client;

@@ -110,7 +110,7 @@ TEST_CASE("Each property's NVML function refusing leaves the record without its 
     }
 }
 
-TEST_CASE("A refused device count leaves the record without NVML's fields")
+TEST_CASE("A failed device count leaves the record without NVML's fields")
 {
     Json machine = FullDesktop();
     machine["nvml"]["nvmlDeviceGetCount_v2"] = {{"status", 3}};
@@ -134,7 +134,7 @@ TEST_CASE("An NVML that cannot be initialised ends the run")
     CheckNvidiaEnds(machine, "Failed to initialize NVML. Status code: 999");
 }
 
-TEST_CASE("A refused NVML shutdown after a refused device count ends the run, and after the record is only logged")
+TEST_CASE("A failed NVML shutdown ends the run after a failed device count, and is only logged after the record")
 {
     Json machine = FullDesktop();
     machine["nvml"]["nvmlShutdown"] = 999;
@@ -150,7 +150,7 @@ TEST_CASE("A refused NVML shutdown after a refused device count ends the run, an
     CHECK(Only(ended.Trace, "nvapi").back() == "nvapi NvAPI_Unload");
 }
 
-TEST_CASE("A refused unload of NVAPI is only logged")
+TEST_CASE("A failed unload of NVAPI is only logged")
 {
     Json refusing = FullDesktop();
     refusing["nvapi"]["NvAPI_Unload"] = -209;

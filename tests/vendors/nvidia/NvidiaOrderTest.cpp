@@ -34,7 +34,7 @@ std::string Wmi(const std::string& getter, const std::string& text)
     return Line("warning", "BaseGraphicCard::" + getter, text);
 }
 
-/// A machine whose drivers and WMI tell nothing but that the card is there and running.
+/// A machine whose drivers and WMI report only that the card is present and running.
 Json SilentMachine()
 {
     Json machine = Machine("nvidia-desktop");
@@ -48,7 +48,7 @@ Json SilentMachine()
 
 } // namespace
 
-TEST_CASE("The platform is asked in the fixed order")
+TEST_CASE("The platform is called in a fixed order")
 {
     const std::vector<std::string> expected = {
         "nvapi NvAPI_Initialize",

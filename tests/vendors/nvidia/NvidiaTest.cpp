@@ -76,7 +76,7 @@ TEST_CASE("A GPU without PCI identifiers has no device id and takes the first NV
     CHECK(Only(result.Trace, videoControllers) == std::vector<std::string>{videoControllers + "%'"});
 }
 
-TEST_CASE("A device id with leading zeros is asked for with them, in lower case")
+TEST_CASE("A device id with leading zeros is queried with them, in lower case")
 {
     Json machine = FullDesktop();
     Gpu(machine)["NvAPI_GPU_GetPCIIdentifiers"]["device"] = 0x0A3C10DE;
@@ -86,14 +86,14 @@ TEST_CASE("A device id with leading zeros is asked for with them, in lower case"
     CHECK(Only(result.Trace, videoControllers) == std::vector<std::string>{videoControllers + "0a3c%'"});
 }
 
-TEST_CASE("NVAPI without GPUs refuses to list them, which ends the run")
+TEST_CASE("NVAPI without GPUs fails to list them, which ends the run")
 {
     Json machine = FullDesktop();
     machine["nvapi"]["gpus"] = Json::array();
     CheckNvidiaEnds(machine, "Failed to enumerate physical GPUs. Status code: -6");
 }
 
-TEST_CASE("NVAPI that lists no GPU with success gives no record and asks nothing further")
+TEST_CASE("NVAPI that lists 0 GPUs with success gives no record, and no further calls")
 {
     Json machine = FullDesktop();
     machine["nvapi"]["gpus"] = Json::array();
@@ -137,7 +137,7 @@ TEST_CASE("NVML without devices: one line about the index, and a line and the de
                                      refused("GetGraphicCardSerialNumber", "Failed to get graphics card serial number")}));
 }
 
-TEST_CASE("A card that WMI has no row for ends the run, as its availability has no name")
+TEST_CASE("A card without a WMI row ends the run, because its availability has no name")
 {
     Json machine = FullDesktop();
     Gpu(machine)["NvAPI_GPU_GetPCIIdentifiers"]["device"] = 0x1E8410DE;
@@ -185,7 +185,7 @@ TEST_CASE("A failed query for the adapter is one line, and the other vendors run
     CHECK(result.Thrown == nullptr);
 }
 
-TEST_CASE("A refused connection to WMI is a failed query")
+TEST_CASE("A failed WMI connection is a failed query")
 {
     Json machine = FullDesktop();
     machine["wmi"]["connect"] = "0x80041003";
@@ -207,7 +207,7 @@ TEST_CASE("A failed query for the memory modules leaves QueryGraphicCards as its
     CHECK(result.Log == WithSession({}));
 }
 
-TEST_CASE("The memory type is the machine's, the first one above 0, else 2")
+TEST_CASE("The memory type is that of the machine, the first one above 0, else 2")
 {
     CHECK(MemoryTypeOf({0, 24, 26}) == "DDR3");
     CHECK(MemoryTypeOf({0, 0}) == "UNKNOWN");
@@ -260,7 +260,7 @@ TEST_CASE("A machine without NVIDIA's driver has no NVIDIA record")
     CHECK(Only(Trace(), "nvml").empty());
 }
 
-TEST_CASE("NVML that does not begin ends the run, and NVAPI is unloaded")
+TEST_CASE("NVML that does not start ends the run, and NVAPI is unloaded")
 {
     Json machine = FullDesktop();
     machine.erase("nvml");

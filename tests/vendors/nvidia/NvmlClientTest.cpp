@@ -46,7 +46,7 @@ std::string SerialNumber(const std::string& serial)
 
 } // namespace
 
-TEST_CASE("A session with NVML takes a handle for every device, and begins and ends with a line")
+TEST_CASE("A session with NVML gets a handle for every device, and starts and ends with a log line")
 {
     Simulate(MachineWith({Json::object(), Json::object()}));
     HostLog log;
@@ -64,7 +64,7 @@ TEST_CASE("A session with NVML takes a handle for every device, and begins and e
     CHECK(Live()["nvml"] == 0);
 }
 
-TEST_CASE("NVML that does not begin throws its status without a line, and is not shut down")
+TEST_CASE("NVML that does not start throws its status without a log line, and is not shut down")
 {
     HostLog log;
     Simulate(Json::object());
@@ -98,7 +98,7 @@ TEST_CASE("A failed device count shuts NVML down twice and gives a client withou
     }
 }
 
-TEST_CASE("A device count that no computer has is a failed one, of an unknown kind")
+TEST_CASE("An impossible device count is treated as an unknown error")
 {
     for (const uint32_t count : {65537U, 4294967295U}) {
         CAPTURE(count);
@@ -125,7 +125,7 @@ TEST_CASE("A failed shutdown after a failed device count throws its status")
     CHECK(Only(Trace(), "nvml nvmlShutdown").size() == 1);
 }
 
-TEST_CASE("A device whose handle is refused is null, the others are not")
+TEST_CASE("A device whose handle fails is null, the others are not")
 {
     Json machine = MachineWith({{{"handle", 15}}, Json::object()});
     machine["nvml"]["nvmlDeviceGetCount_v2"] = 3; // one more than NVML gives handles for
@@ -158,7 +158,7 @@ TEST_CASE("An index that is not below the device count is logged and null")
                                 "error NvmlClient::GetGpuHandle: Invalid index: 4294967295"});
 }
 
-TEST_CASE("A failed shutdown at the end is logged, and then success all the same")
+TEST_CASE("A failed shutdown is logged, and then success")
 {
     Json machine = MachineWith({});
     machine["nvml"]["nvmlShutdown"] = 999;
@@ -193,7 +193,7 @@ TEST_CASE("A PCI Express generation without a rate is logged and has 0")
     CHECK(TransferRate(0, 16, {line + "0"}) == 0.0F);
 }
 
-TEST_CASE("The generation is the link's at this moment, the transfer rate the highest possible")
+TEST_CASE("The generation is the link's current one, the transfer rate the highest possible")
 {
     Simulate(MachineWith({{{"nvmlDeviceGetCurrPcieLinkGeneration", 1},
                            {"nvmlDeviceGetMaxPcieLinkGeneration", 4},
@@ -203,7 +203,7 @@ TEST_CASE("The generation is the link's at this moment, the transfer rate the hi
     CHECK(client.GetPcieTransferRate(client.GetGpuHandle(0)) == 31504.0F);
 }
 
-TEST_CASE("Each temperature is a threshold of its own")
+TEST_CASE("Each temperature is a separate threshold")
 {
     Simulate(MachineWith({{{"nvmlDeviceGetTemperatureThreshold", {{"0", 98}, {"1", {{"status", 3}}}, {"3", 93}}}}}));
     const NvmlClient client;
@@ -215,7 +215,7 @@ TEST_CASE("Each temperature is a threshold of its own")
     CHECK(Only(Trace(), call) == std::vector<std::string>{call + "0", call + "1", call + "3"});
 }
 
-TEST_CASE("A serial number of 29 characters fits, a longer one is refused")
+TEST_CASE("A serial number of 29 characters fits, a longer one fails")
 {
     CHECK(SerialNumber(std::string(29, '7')) == std::string(29, '7'));
     CHECK(SerialNumber("") == "");

@@ -80,7 +80,7 @@ Json DeviceWith(const std::string& function, const Json& answer)
 
 } // namespace
 
-TEST_CASE("Every property of a device is NVML's answer in the record's form, without a line")
+TEST_CASE("Every property of a device is NVML's value in the record's form, without a log line")
 {
     Simulate({{"nvml", {{"devices", Json::array({HealthyDevice()})}}}});
     const NvmlClient client;
@@ -92,7 +92,7 @@ TEST_CASE("Every property of a device is NVML's answer in the record's form, wit
     CHECK(log.Lines.empty());
 }
 
-TEST_CASE("A property that NVML refuses is logged with NVML's text under the getter's name and has its default")
+TEST_CASE("A property that fails in NVML is logged with NVML's text under the getter's name and has its default")
 {
     for (const Call& call : calls) {
         Json device = HealthyDevice();
@@ -103,7 +103,7 @@ TEST_CASE("A property that NVML refuses is logged with NVML's text under the get
     }
 }
 
-TEST_CASE("What NVML writes while it refuses is not used")
+TEST_CASE("The output of a failed NVML call is not used")
 {
     for (const Call& call : calls) {
         const Json answer = HealthyDevice()[call.Function];

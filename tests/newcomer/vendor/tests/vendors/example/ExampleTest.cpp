@@ -4,7 +4,7 @@
 
 using namespace orvel::tests;
 
-TEST_CASE("An example's adapter is described by WMI alone")
+TEST_CASE("The example vendor's adapter is read from WMI only")
 {
     const Enumerated result = Enumerate(Machine("example-desktop"));
     REQUIRE(result.Cards.size() == 1);
