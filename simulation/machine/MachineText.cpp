@@ -39,7 +39,7 @@ private:
     {
         levels.back().key = key;
         if (!levels.back().keys.insert(key).second) {
-            throw MachineError(Path() + ": the key \"" + key + "\" stands here twice");
+            throw MachineError(Path() + ": the key \"" + key + "\" is repeated");
         }
     }
 

@@ -119,7 +119,7 @@ void ReadRow(const Node& node, WmiRowModel& target)
     for (const auto& [name, property] : node.Members()) {
         const auto [entry, isNew] = target.try_emplace(FoldCase(ToWide(name)));
         if (!isNew) {
-            property.Refuse("the property stands here twice, apart from upper and lower case");
+            property.Refuse("the property is repeated (names are case-insensitive)");
         }
         ReadInto(property, entry->second);
     }
@@ -130,7 +130,7 @@ void ReadClasses(const Node& node, WmiModel& target)
     for (const auto& [name, rows] : node.Members()) {
         const auto [entry, isNew] = target.classes.try_emplace(FoldCase(ToWide(name)));
         if (!isNew) {
-            rows.Refuse("the class stands here twice, apart from upper and lower case");
+            rows.Refuse("the class is repeated (names are case-insensitive)");
         }
         for (const Node& row : rows.Elements()) {
             ReadRow(row, entry->second.emplace_back());

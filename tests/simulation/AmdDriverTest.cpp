@@ -83,7 +83,7 @@ public:
 
 } // namespace
 
-TEST_CASE("ADL works in a living context only")
+TEST_CASE("ADL works only in a live context")
 {
     Simulate(MachineWith({{"ADL2_Workstation_ECC_Caps", 1}}));
     const Adl adl;
@@ -122,7 +122,7 @@ TEST_CASE("ADL reports a null pointer, a missing callback, a wrong size and rese
                                          "adl ADL_Overdrive5_CurrentActivity_Get 0: the structure's size is wrong"});
 }
 
-TEST_CASE("ADL writes whole structures; the activity keeps its size")
+TEST_CASE("ADL writes complete structures; the activity keeps its size")
 {
     Simulate(MachineWith({{"ADL2_Adapter_Graphic_Core_Info_Get", {{"iNumCUs", 36}, {"iNumPEsPerCU", 128}, {"iNumROPs", 96}}},
                           {"ADL_Overdrive5_CurrentActivity_Get", {{"status", -1}, {"value", {{"iMaximumBusLanes", 16}}}}}}));
@@ -142,7 +142,7 @@ TEST_CASE("ADL writes whole structures; the activity keeps its size")
     CHECK(activity[8] == 16);
 }
 
-TEST_CASE("ADL knows the adapters of the file alone")
+TEST_CASE("ADL has only the adapters of the file")
 {
     Simulate(MachineWith({{"ADL2_Workstation_ECC_Caps", 1}}));
     const Adl adl;
@@ -153,7 +153,7 @@ TEST_CASE("ADL knows the adapters of the file alone")
     CHECK(TakeViolations().empty());
 }
 
-TEST_CASE("ADL hands a context out, whatever its status, unless the file withholds it")
+TEST_CASE("ADL returns a context with any status, unless the file withholds it")
 {
     const auto create = [](const Json& adl) {
         Simulate({{"adl", adl}});
@@ -169,7 +169,7 @@ TEST_CASE("ADL hands a context out, whatever its status, unless the file withhol
     CHECK(TakeViolations() == Violations{"adl ADL2_Main_Control_Create: a null pointer"});
 }
 
-TEST_CASE("Functions of the first ADL that a file leaves out answer -2, those of ADL2 -8")
+TEST_CASE("Functions of ADL1 that a file omits return -2, those of ADL2 -8")
 {
     Simulate(MachineWith(Json::object()));
     const Adl adl;
@@ -180,7 +180,7 @@ TEST_CASE("Functions of the first ADL that a file leaves out answer -2, those of
     CHECK(adl.Call("ADL2_Workstation_ECC_Caps", adl.context, 0, &number) == -8);
 }
 
-TEST_CASE("A call of ADL that fails can write rubbish")
+TEST_CASE("A failing ADL call can write garbage")
 {
     Simulate(MachineWith({{"ADL2_Workstation_ECCData_Get", {{"status", -1}, {"writes", "rubbish"}}}}));
     const Adl adl;
@@ -189,7 +189,7 @@ TEST_CASE("A call of ADL that fails can write rubbish")
     CHECK(errors == std::array<int32_t, 2>{rubbish, rubbish});
 }
 
-TEST_CASE("ADLX needs a living context of ADL, and uses the caller's memory through both callbacks")
+TEST_CASE("ADLX needs a live ADL context, and uses the caller's memory through both callbacks")
 {
     Simulate(MachineWith(Json::object()));
     const Adl adl;
@@ -209,7 +209,7 @@ TEST_CASE("ADLX needs a living context of ADL, and uses the caller's memory thro
           Violations{"adlx ADLXInitializeWithCallerAdl: the callback for freed memory left the pointer to it"});
 }
 
-TEST_CASE("ADLX refuses null, another version and calls outside a session")
+TEST_CASE("ADLX rejects null, another version and calls outside a session")
 {
     Simulate(MachineWith(Json::object()));
     const Adl adl;
@@ -240,7 +240,7 @@ TEST_CASE("A second initialisation of ADLX succeeds with 2, and one termination 
     CHECK(adlx.Call("ADLXTerminate") == 7);
 }
 
-TEST_CASE("An object of ADLX reports a null pointer")
+TEST_CASE("An ADLX object reports a null pointer")
 {
     Simulate(MachineWith(Json::object(), OneGpu()));
     const Adl adl;
@@ -257,7 +257,7 @@ TEST_CASE("An object of ADLX reports a null pointer")
     CallSlot(gpu, 1);
 }
 
-TEST_CASE("A list of ADLX gives null behind its last GPU")
+TEST_CASE("An ADLX list returns null after its last GPU")
 {
     Simulate(MachineWith(Json::object(), OneGpu()));
     const Adl adl;
@@ -273,7 +273,7 @@ TEST_CASE("A list of ADLX gives null behind its last GPU")
     CallSlot(list, 1);
 }
 
-TEST_CASE("ADLX does not begin where the caller has no memory")
+TEST_CASE("ADLX does not start if the caller's allocation fails")
 {
     Simulate(MachineWith(Json::object()));
     const Driver adl(L"atiadlxx.dll");
@@ -296,7 +296,7 @@ TEST_CASE("ADLX on a context that has been destroyed is a violation")
     CallSlot(list, 1);
 }
 
-TEST_CASE("An object of ADLX is dead after its last release, and its texts with it")
+TEST_CASE("An ADLX object and its texts are invalid after its last release")
 {
     Simulate(MachineWith(Json::object(), OneGpu()));
     const Adl adl;
@@ -321,7 +321,7 @@ TEST_CASE("An object of ADLX is dead after its last release, and its texts with 
     CallSlot(again, 1);
 }
 
-TEST_CASE("Objects of ADLX that are held do not outlive its end")
+TEST_CASE("ADLX objects become invalid when ADLX terminates")
 {
     Simulate(MachineWith(Json::object(), OneGpu()));
     const Adl adl;
@@ -338,7 +338,7 @@ TEST_CASE("Objects of ADLX that are held do not outlive its end")
     CHECK(Live()["adlx"] == 0);
 }
 
-TEST_CASE("A text of ADLX can be null with success")
+TEST_CASE("An ADLX text can be null with success")
 {
     Simulate(MachineWith(Json::object(), OneGpu()));
     const Adl adl;
@@ -351,7 +351,7 @@ TEST_CASE("A text of ADLX can be null with success")
     CallSlot(gpu, 1);
 }
 
-TEST_CASE("A call of ADLX that fails can write a pointer to something dead, and one that succeeds nothing")
+TEST_CASE("A failing ADLX call can write a dangling pointer, and a successful one nothing")
 {
     Json failing = OneGpu();
     failing["GetGPUs"] = {{"status", 3}, {"writes", "rubbish"}};

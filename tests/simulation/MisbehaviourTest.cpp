@@ -21,7 +21,7 @@ std::string Problem(const Json& nvapiGpu)
 
 } // namespace
 
-TEST_CASE("A way to write that is not known, or does not fit, is refused with its place")
+TEST_CASE("An unknown or unsuitable \"writes\" value is rejected with its position")
 {
     const std::string place = "test machine: /nvapi/gpus/0/";
     CHECK(Problem({{"NvAPI_GPU_GetBusId", {{"status", 0}, {"writes", "noise"}}}}) ==
@@ -33,7 +33,7 @@ TEST_CASE("A way to write that is not known, or does not fit, is refused with it
     CHECK(Problem({{"NvAPI_GPU_GetBusId", {{"status", -1}, {"writes", "rubbish"}}}}) == "");
 }
 
-TEST_CASE("The report counts no violation where there is none")
+TEST_CASE("The report counts 0 violations if there are none")
 {
     Simulate(Json::object());
     CHECK(TakeViolations().empty());

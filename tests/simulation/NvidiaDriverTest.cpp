@@ -77,7 +77,7 @@ void* FirstDevice(const Driver& nvml)
 
 } // namespace
 
-TEST_CASE("NVAPI answers -4 outside a session, and the call is a violation")
+TEST_CASE("NVAPI returns -4 outside a session, and the call is a violation")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetBusId", 1}}));
     const Nvapi nvapi;
@@ -93,7 +93,7 @@ TEST_CASE("NVAPI answers -4 outside a session, and the call is a violation")
     CHECK(TakeViolations().size() == 2);
 }
 
-TEST_CASE("A GPU's handle dies with its session")
+TEST_CASE("A GPU's handle becomes invalid with its session")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetBusId", 1}}));
     const Nvapi nvapi;
@@ -107,7 +107,7 @@ TEST_CASE("A GPU's handle dies with its session")
     CHECK(nvapi(getBusId, nullptr, &bus) == -101); // what a slot holds that no GPU has filled
 }
 
-TEST_CASE("NVAPI without a GPU answers -6, unless the file states the answer")
+TEST_CASE("NVAPI without a GPU returns -6, unless the file states the result")
 {
     const auto answer = [](const Json& machine) {
         Simulate({{"nvapi", machine}});
@@ -144,7 +144,7 @@ TEST_CASE("NVAPI reports a null pointer, a wrong version and reserved bits")
                                          "nvapi 0xD2D25687: the structure's version is wrong"});
 }
 
-TEST_CASE("NVAPI writes whole structures: what the file does not state is rubbish")
+TEST_CASE("NVAPI writes complete structures: values that the file does not state are garbage")
 {
     Json machine = MachineWith({{"NvAPI_GPU_GetECCStatusInfo", {{"supported", true}, {"enabled", false}}},
                                 {"NvAPI_GPU_GetECCErrorInfo", {{"single", 3}, {"double", 5}}},
@@ -177,7 +177,7 @@ TEST_CASE("NVAPI writes whole structures: what the file does not state is rubbis
     CHECK(caps == std::array<uint32_t, 7>{rubbish, 0x0002001C, 2, 0xFFFFFFFF, rubbish, rubbish, rubbish});
 }
 
-TEST_CASE("A word of ECC can be stated whole")
+TEST_CASE("An ECC word can be stated as a whole")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetECCStatusInfo", {{"supported", "0xFFFFFFFF"}, {"enabled", 2}}}}));
     const Nvapi nvapi;
@@ -186,7 +186,7 @@ TEST_CASE("A word of ECC can be stated whole")
     CHECK(ecc == std::array<uint32_t, 4>{0x00010010, 0xFFFFFFFF, rubbish, 2});
 }
 
-TEST_CASE("Clock frequencies can be stated by clock type, and the presence apart from the frequency")
+TEST_CASE("Clock frequencies can be stated by clock type, and presence separately from frequency")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetAllClockFrequencies",
                            {{"0", {{"domain0", 1777000}}},
@@ -208,7 +208,7 @@ TEST_CASE("Clock frequencies can be stated by clock type, and the presence apart
     CHECK(nvapi(getClocks, gpu, clocks.data()) == -5);
 }
 
-TEST_CASE("A text of NVAPI ends in rubbish behind its terminator; the file can leave the terminator out")
+TEST_CASE("An NVAPI text has garbage after its terminator; the file can omit the terminator")
 {
     const auto textOf = [](const Json& answer) {
         Simulate(MachineWith({{"NvAPI_GPU_GetFullName", answer}}));
@@ -224,7 +224,7 @@ TEST_CASE("A text of NVAPI ends in rubbish behind its terminator; the file can l
     CHECK(textOf({{"status", 0}, {"value", "Card"}, {"writes", "nothing"}}) == std::pair(0, std::string(64, '\0')));
 }
 
-TEST_CASE("A list of GPUs that fails can write rubbish, and one that succeeds nothing")
+TEST_CASE("A failing GPU list can write garbage, and a successful one nothing")
 {
     const auto firstHandle = [](const Json& answer) {
         Json machine = MachineWith(Json::object());
@@ -241,7 +241,7 @@ TEST_CASE("A list of GPUs that fails can write rubbish, and one that succeeds no
     CHECK(firstHandle({{"status", 0}, {"writes", "nothing"}}) == std::tuple(0, 7U, 0U));
 }
 
-TEST_CASE("NVAPI's sessions are counted: the handles live until the last one ends")
+TEST_CASE("NVAPI's sessions are counted: the handles are valid until the last one ends")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetBusId", 1}}));
     const Nvapi nvapi;
@@ -256,7 +256,7 @@ TEST_CASE("NVAPI's sessions are counted: the handles live until the last one end
     CHECK(Live()["nvapi"] == 0);
 }
 
-TEST_CASE("A function of NVAPI that the file leaves unresolved, or that does not exist, is null")
+TEST_CASE("An NVAPI function that the file leaves unresolved, or that does not exist, is null")
 {
     Simulate({{"nvapi", {{"unresolved", {"NvAPI_GPU_GetBusId"}}}}});
     const Driver driver(L"nvapi64.dll");
@@ -266,7 +266,7 @@ TEST_CASE("A function of NVAPI that the file leaves unresolved, or that does not
     CHECK(find(getFullName));
 }
 
-TEST_CASE("NVAPI takes a structure for memory that is empty, or that it has filled last")
+TEST_CASE("NVAPI accepts a memory structure that is zeroed, or that it filled last")
 {
     Simulate(MachineWith({{"NvAPI_GPU_GetMemoryInfoEx", {{"offset32", 4}}}}));
     const Nvapi nvapi;
@@ -296,7 +296,7 @@ TEST_CASE("NVML's initialisations are counted; the last shutdown ends the sessio
     CHECK(Live()["nvml"] == 0);
 }
 
-TEST_CASE("NVML refuses null, a device that it does not have, and a buffer that is too small")
+TEST_CASE("NVML rejects null, an unknown device, and a buffer that is too small")
 {
     Simulate(MachineWithDevice({{"nvmlDeviceGetSerial", "1234"}, {"nvmlDeviceGetCudaComputeCapability", {8, 6}}}));
     const Driver nvml(L"nvml.dll");
@@ -330,14 +330,14 @@ TEST_CASE("NVML has a text for every status, known or not")
     CHECK(std::string(textOf(12345)) == "Unknown Error");
 }
 
-TEST_CASE("nvml.dll is there without a driver, and says that none is loaded")
+TEST_CASE("Without a driver nvml.dll exists and reports that no driver is loaded")
 {
     Simulate(Json::object());
     const Driver nvml(L"nvml.dll");
     CHECK(nvml.Call("nvmlInit_v2") == 9);
 }
 
-TEST_CASE("NVML answers 1 outside a session, also to a null handle, and 2 to a null handle in one")
+TEST_CASE("NVML returns 1 outside a session, also for a null handle, and 2 for a null handle in a session")
 {
     Simulate(MachineWithDevice({{"nvmlDeviceGetMemoryBusWidth", 192}}));
     const Driver nvml(L"nvml.dll");
@@ -356,7 +356,7 @@ TEST_CASE("NVML answers 1 outside a session, also to a null handle, and 2 to a n
     CHECK(TakeViolations() == Violations{"nvml nvmlDeviceGetMemoryBusWidth: a null pointer"});
 }
 
-TEST_CASE("NVML can misbehave: a serial number without its end, and rubbish from a call that fails")
+TEST_CASE("NVML can misbehave: a serial number without terminator, and garbage from a failing call")
 {
     Simulate(MachineWithDevice({{"nvmlDeviceGetSerial", {{"status", 0}, {"value", "123"}, {"writes", "unterminated"}}},
                                 {"nvmlDeviceGetMemoryBusWidth", {{"status", 15}, {"writes", "rubbish"}}},

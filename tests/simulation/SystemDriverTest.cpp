@@ -45,7 +45,7 @@ std::pair<size_t, std::string> NameOf(const Json& answer)
 
 } // namespace
 
-TEST_CASE("OpenCL reports a handle that is not alive and a buffer that is too small")
+TEST_CASE("OpenCL reports an invalid handle and a buffer that is too small")
 {
     Simulate(MachineWith("Card"));
     const Driver opencl(L"opencl.dll");
@@ -62,7 +62,7 @@ TEST_CASE("OpenCL reports a handle that is not alive and a buffer that is too sm
                                          "opencl clGetDeviceIDs: the platform is not alive"});
 }
 
-TEST_CASE("OpenCL reports a call that asks for nothing; a null handle is what a wrong count leaves")
+TEST_CASE("OpenCL reports a call without outputs; a null handle results from a wrong count")
 {
     Simulate(MachineWith("Card"));
     const Driver opencl(L"opencl.dll");
@@ -80,7 +80,7 @@ TEST_CASE("OpenCL reports a call that asks for nothing; a null handle is what a 
     CHECK(TakeViolations().empty());
 }
 
-TEST_CASE("OpenCL finds the devices of the wanted type, and the parameters that the file has")
+TEST_CASE("OpenCL finds the devices of the requested type, and the parameters of the file")
 {
     Simulate(MachineWith("Card"));
     const Driver opencl(L"opencl.dll");
@@ -99,7 +99,7 @@ TEST_CASE("OpenCL finds the devices of the wanted type, and the parameters that 
     CHECK(TakeViolations().empty());
 }
 
-TEST_CASE("OpenCL can announce a text without its terminator, and write nothing of what it announced")
+TEST_CASE("OpenCL can report the size of a text without its terminator, and write nothing")
 {
     CHECK(NameOf("Card") == std::pair(size_t{5}, std::string("Card\0", 5)));
     CHECK(NameOf({{"status", 0}, {"value", "Card"}, {"writes", "unterminated"}}) ==
@@ -107,7 +107,7 @@ TEST_CASE("OpenCL can announce a text without its terminator, and write nothing 
     CHECK(NameOf({{"status", 0}, {"value", "Card"}, {"writes", "nothing"}}) == std::pair(size_t{5}, std::string(5, '\0')));
 }
 
-TEST_CASE("opencl.dll leaves the process with its last reference where the file does not pin it")
+TEST_CASE("opencl.dll is unloaded with its last reference unless the file pins it")
 {
     Json machine = MachineWith("Card");
     machine["opencl"]["pinned"] = false;
@@ -145,7 +145,7 @@ TEST_CASE("A function that outlives its DLL is a violation")
                                          "adlx ADLXTerminate: amdadlx64.dll is not loaded any more"});
 }
 
-TEST_CASE("Windows' own search finds the DLLs of a machine that asks for it, and none of those that the machine lacks")
+TEST_CASE("With \"search\" the Windows search order finds the machine's DLLs, and not those that it lacks")
 {
     const std::array<const wchar_t*, 4> names = {L"opencl.dll", L"nvapi64.dll", L"atiadlxx.dll", L"amdadlx64.dll"};
     Simulate({{"searched", true},
@@ -169,7 +169,7 @@ TEST_CASE("Windows' own search finds the DLLs of a machine that asks for it, and
     }
 }
 
-TEST_CASE("A COM object of WMI or DXGI is dead after its last release")
+TEST_CASE("A COM object of WMI or DXGI is invalid after its last release")
 {
     Simulate(Machine("intel-laptop"));
     IWbemLocator* locator = nullptr;

@@ -26,14 +26,14 @@ TEST_CASE("A call that the file does not describe is not supported, and writes n
     CHECK(Give({}) == std::pair(-104, untouched));
 }
 
-TEST_CASE("A call writes its value, whatever its status")
+TEST_CASE("A call writes its value with any status")
 {
     CHECK(Give({true, 0, 3}) == std::pair(0, 3U));
     CHECK(Give({true, -1, 3}) == std::pair(-1, 3U));
     CHECK(Give({true, -1, std::nullopt}) == std::pair(-1, untouched));
 }
 
-TEST_CASE("A call can write nothing where it succeeds, and rubbish where it fails")
+TEST_CASE("A successful call can write nothing, and a failing one garbage")
 {
     CHECK(Give({true, 0, 3, Writes::Nothing}) == std::pair(0, untouched));
     CHECK(Give({true, -1, std::nullopt, Writes::Rubbish}) == std::pair(-1, rubbish));

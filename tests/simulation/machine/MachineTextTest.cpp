@@ -21,7 +21,7 @@ std::string Problem(const std::string& text)
 
 } // namespace
 
-TEST_CASE("A machine has the interfaces that its text names, and no other")
+TEST_CASE("A machine has only the interfaces that its text names")
 {
     const Machine machine = ReadMachine(R"({"name": "box", "nvml": {"devices": [{}]}, "dxgi": "system"})");
     CHECK(machine.name == "box");
@@ -32,7 +32,7 @@ TEST_CASE("A machine has the interfaces that its text names, and no other")
     CHECK_FALSE(ReadMachine("{}").name);
 }
 
-TEST_CASE("Broken JSON is refused with line and column")
+TEST_CASE("Invalid JSON is rejected with line and column")
 {
     CHECK(Problem("{\n  \"a\" 1}") ==
           "line 2, column 7: syntax error while parsing object separator - unexpected number literal; expected ':'");
@@ -40,19 +40,19 @@ TEST_CASE("Broken JSON is refused with line and column")
     CHECK(Problem("{}\n\nx").starts_with("line 3, column 1: "));
 }
 
-TEST_CASE("A number that no type holds is refused")
+TEST_CASE("A number that fits no type is rejected")
 {
     CHECK(Problem(R"({"name": 1e999})") == "/: number overflow parsing '1e999'");
 }
 
-TEST_CASE("A key that occurs twice in one object is refused with its place; in two objects it is fine")
+TEST_CASE("A repeated key in an object is rejected with its position; in two objects it is allowed")
 {
     CHECK(Problem(R"({"nvml": {"devices": [{}, {"handle": 0, "handle": 1}]}})") ==
-          "/nvml/devices/1/handle: the key \"handle\" stands here twice");
+          "/nvml/devices/1/handle: the key \"handle\" is repeated");
     CHECK(Problem(R"({"nvml": {"devices": [{"handle": 0}, {"handle": 1}]}})") == "");
 }
 
-TEST_CASE("An unknown key is refused with the keys that are known in its place")
+TEST_CASE("An unknown key is rejected, with the keys that are known there")
 {
     CHECK(Problem(R"({"nvml": {"devics": []}})") ==
           "/nvml/devics: unknown key \"devics\"; known here: \"missing\", \"nvmlInit_v2\", \"nvmlShutdown\", "
@@ -60,13 +60,13 @@ TEST_CASE("An unknown key is refused with the keys that are known in its place")
     CHECK(Problem("[]") == "/: expected an object, found array");
 }
 
-TEST_CASE("An interface is an object, or the computer's own")
+TEST_CASE("An interface is an object, or that of the computer")
 {
     CHECK(Problem(R"({"dxgi": "computer"})") == "/dxgi: expected an object or \"system\", found \"computer\"");
     CHECK(Problem(R"({"dxgi": 1})") == "/dxgi: expected an object, found number");
 }
 
-TEST_CASE("The registry holds texts, numbers and bytes, below paths without a backslash in front")
+TEST_CASE("The registry contains texts, numbers and bytes, in paths without a leading backslash")
 {
     const Machine machine =
         ReadMachine(R"({"registry": {"Software\\A": {"t": "x", "n": 4294967295, "b": {"hex": "00fF"}}}})");
@@ -103,15 +103,15 @@ TEST_CASE("A property of WMI has a type that its value fits")
           place + ": expected a number, a text, true, false, null or an object with \"status\", \"vt\" or \"where\"");
 }
 
-TEST_CASE("Names of WMI are the same in upper and lower case")
+TEST_CASE("WMI names are case-insensitive")
 {
     CHECK(Problem(R"({"wmi": {"classes": {"C": [{"P": 1, "p": 2}]}}})") ==
-          "/wmi/classes/C/0/p: the property stands here twice, apart from upper and lower case");
+          "/wmi/classes/C/0/p: the property is repeated (names are case-insensitive)");
     CHECK(Problem(R"({"wmi": {"classes": {"C": [], "c": []}}})") ==
-          "/wmi/classes/c: the class stands here twice, apart from upper and lower case");
+          "/wmi/classes/c: the class is repeated (names are case-insensitive)");
 }
 
-TEST_CASE("The keys of an ADL adapter are whole indexes")
+TEST_CASE("The keys of ADL adapters are integer indexes")
 {
     CHECK(Problem(R"({"adl": {"adapters": {"0": {}, "12": {}}}})") == "");
     for (const std::string key : {"", "01", "x", "1x", "99999999999"}) {
@@ -121,7 +121,7 @@ TEST_CASE("The keys of an ADL adapter are whole indexes")
     }
 }
 
-TEST_CASE("NVAPI lists 64 GPUs at most")
+TEST_CASE("NVAPI lists at most 64 GPUs")
 {
     const auto machineWith = [](size_t gpus) {
         return nlohmann::json{{"nvapi", {{"gpus", std::vector(gpus, nlohmann::json::object())}}}}.dump();

@@ -39,7 +39,7 @@ Target ReadAs(const Json& json)
 
 } // namespace
 
-TEST_CASE("A value of another type is refused with what it is")
+TEST_CASE("A value of the wrong type is rejected with its type")
 {
     CHECK(ProblemInto<std::string>(1) == "/: expected a text, found number");
     CHECK(ProblemInto<std::string>(nullptr) == "/: expected a text, found null");
@@ -49,7 +49,7 @@ TEST_CASE("A value of another type is refused with what it is")
     CHECK(Problem("1", [](const Node& node) { node.Real(); }) == "/: expected a number, found a text");
 }
 
-TEST_CASE("A whole number may be written as a number, or as text, decimal or hexadecimal")
+TEST_CASE("An integer may be a number, or decimal or hexadecimal text")
 {
     CHECK(ReadAs<uint32_t>(4294967295) == 4294967295);
     CHECK(ReadAs<uint32_t>("16") == 16);
@@ -58,7 +58,7 @@ TEST_CASE("A whole number may be written as a number, or as text, decimal or hex
     CHECK(ReadAs<uint64_t>("18446744073709551615") == 18446744073709551615U);
 }
 
-TEST_CASE("A whole number is refused outside its range, and where it is no number")
+TEST_CASE("An integer outside its range, and a text that is not a number, are rejected")
 {
     CHECK(ProblemInto<uint32_t>(-1) == "/: the number must lie between 0 and 4294967295");
     CHECK(ProblemInto<uint32_t>(4294967296) == "/: the number must lie between 0 and 4294967295");
@@ -80,7 +80,7 @@ TEST_CASE("A status has 32 bits, signed or not")
     CHECK(ReadAs<int32_t>("0x80041010") == static_cast<int32_t>(0x80041010));
 }
 
-TEST_CASE("A place is a JSON pointer, also with the two characters that have a meaning there")
+TEST_CASE("A position is a JSON pointer, with its two special characters escaped")
 {
     const auto readNothing = [](const Node& node) {
         node.ReadFields({{"x", [](const Node&) {}}, {"y", [](const Node&) {}}});
@@ -90,7 +90,7 @@ TEST_CASE("A place is a JSON pointer, also with the two characters that have a m
     CHECK(ProblemInto<std::vector<uint32_t>>({1, 2, "x"}) == "/2: expected a whole number, found \"x\"");
 }
 
-TEST_CASE("A bare status and one in an object are the same")
+TEST_CASE("A bare status and one in an object are equivalent")
 {
     for (const Json& json : {Json(5), Json{{"status", 5}}}) {
         const auto status = ReadAs<Status>(json);
@@ -101,7 +101,7 @@ TEST_CASE("A bare status and one in an object are the same")
     CHECK(ProblemInto<Status>({{"writes", "nothing"}}) == "/writes: unknown key \"writes\"; known here: \"status\"");
 }
 
-TEST_CASE("The status of a call that gives objects out can say what the call writes")
+TEST_CASE("The status of a call that returns objects can state what the call writes")
 {
     CHECK(ReadAs<OutputStatus>(5).writes == Writes::AsUsual);
     CHECK(ReadAs<OutputStatus>({{"status", 5}, {"writes", "rubbish"}}).writes == Writes::Rubbish);
@@ -109,7 +109,7 @@ TEST_CASE("The status of a call that gives objects out can say what the call wri
     CHECK(ProblemInto<OutputStatus>({{"other", 1}}) == "/other: unknown key \"other\"; known here: \"status\", \"writes\"");
 }
 
-TEST_CASE("An answer is a value, a failure, or a failure with a value")
+TEST_CASE("A result is a value, a failure, or a failure with a value")
 {
     const auto value = ReadAs<Answer<uint32_t>>(7);
     CHECK(value.given);
@@ -137,7 +137,7 @@ TEST_CASE("Where a bare number is a status, the value needs an object or an arra
     CHECK(answer.value == 3U);
 }
 
-TEST_CASE("An array of a fixed number of values is refused with another number")
+TEST_CASE("An array of the wrong length is rejected")
 {
     std::array<int32_t, 2> target{};
     const auto read = [&](const Node& node) { ReadInto(node, target, "expected two"); };
@@ -148,7 +148,7 @@ TEST_CASE("An array of a fixed number of values is refused with another number")
     CHECK(Problem({1, "x"}, read) == "/1: expected a whole number, found \"x\"");
 }
 
-TEST_CASE("The name of a function has to be a known one")
+TEST_CASE("The name of a function must be known")
 {
     std::vector<std::string> names;
     const std::vector<std::string> known = {"a", "b"};

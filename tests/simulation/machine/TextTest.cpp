@@ -6,7 +6,7 @@
 
 using namespace orvel::simulation;
 
-TEST_CASE("Text is the same after it has been UTF-16")
+TEST_CASE("Text is unchanged after conversion to UTF-16 and back")
 {
     const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"; // a, ä, €, a face
     CHECK(ToWide(text) == std::wstring(L"a\x00E4\x20AC\xD83D\xDE00"));
@@ -15,7 +15,7 @@ TEST_CASE("Text is the same after it has been UTF-16")
     CHECK(ToUtf8(L"").empty());
 }
 
-TEST_CASE("What is no text becomes replacement characters")
+TEST_CASE("Invalid text becomes replacement characters")
 {
     CHECK(ToWide("a\xFFz") == std::wstring(L"a\xFFFDz"));
     CHECK(ToUtf8(std::wstring(L"a\xD83Dz")) == "a\xEF\xBF\xBDz");

@@ -25,7 +25,7 @@ TEST_CASE("The trace holds every call in order, and counts by the beginning of a
     CHECK(TraceAsJson() == Json::array());
 }
 
-TEST_CASE("An object of the machine before is not counted on the next one, also where it ends there")
+TEST_CASE("An object of the previous machine is not counted on the next one, even if it is released there")
 {
     ClearTrace();
     {
@@ -58,7 +58,7 @@ TEST_CASE("A call on a dead object is a violation with the object's name")
     ClearViolations();
 }
 
-TEST_CASE("A handle is the same for its object until the session ends, and never used again")
+TEST_CASE("An object's handle is constant until the session ends, and never reused")
 {
     HandleTable<int> table;
     const int first = 1;

@@ -28,13 +28,13 @@ TEST_CASE("Composition is on, unless the file says otherwise")
     CHECK(IsCompositionEnabled({{"enabled", false}}) == std::pair(0, FALSE));
 }
 
-TEST_CASE("The window manager writes nothing where it fails, unless the file states what")
+TEST_CASE("The window manager writes nothing on failure, unless the file states a value")
 {
     CHECK(IsCompositionEnabled({{"status", -1}}) == std::pair(-1, untouched));
     CHECK(IsCompositionEnabled({{"status", -1}, {"enabled", true}}) == std::pair(-1, TRUE));
 }
 
-TEST_CASE("The window manager refuses null")
+TEST_CASE("The window manager rejects null")
 {
     Simulate({{"dwm", Json::object()}});
     const Driver driver(L"dwmapi.dll");

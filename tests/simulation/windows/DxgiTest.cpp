@@ -34,7 +34,7 @@ HRESULT CreateFactory(ComPtr<IDXGIFactory>& factory)
 
 } // namespace
 
-TEST_CASE("DXGI has a factory where the machine has DXGI, unless the file refuses it")
+TEST_CASE("DXGI has a factory if the machine has DXGI, unless the file makes it fail")
 {
     ComPtr<IDXGIFactory> factory;
     Simulate(Json::object());
@@ -49,7 +49,7 @@ TEST_CASE("DXGI has a factory where the machine has DXGI, unless the file refuse
     CHECK(Live()["dxgi"] == 0);
 }
 
-TEST_CASE("DXGI refuses null, and an interface that it does not have")
+TEST_CASE("DXGI rejects null and unknown interfaces")
 {
     Simulate(OneAdapter("Card"));
     const Driver dxgi(L"dxgi.dll");
@@ -66,7 +66,7 @@ TEST_CASE("DXGI refuses null, and an interface that it does not have")
     CHECK(adapter->EnumOutputs(0, nullptr) == DXGI_ERROR_NOT_FOUND);
 }
 
-TEST_CASE("DXGI lists the adapters of the file, and finds none behind the last")
+TEST_CASE("DXGI lists the adapters of the file, and none after the last")
 {
     Simulate(OneAdapter("Card"));
     ComPtr<IDXGIFactory> factory;
@@ -89,7 +89,7 @@ TEST_CASE("DXGI lists the adapters of the file, and finds none behind the last")
           std::vector<std::string>{"dxgi CreateDXGIFactory", "dxgi EnumAdapters 0", "dxgi GetDesc", "dxgi EnumAdapters 1"});
 }
 
-TEST_CASE("DXGI cuts a description at 127 characters")
+TEST_CASE("DXGI truncates a description to 127 characters")
 {
     Simulate(OneAdapter(std::string(200, 'x')));
     ComPtr<IDXGIFactory> factory;

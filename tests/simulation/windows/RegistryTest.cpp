@@ -35,7 +35,7 @@ const std::pair<DWORD, std::string> nothing = {REG_NONE, ""};
 
 } // namespace
 
-TEST_CASE("HKEY_LOCAL_MACHINE has the keys of the file, with their types, and no other")
+TEST_CASE("HKEY_LOCAL_MACHINE has only the keys of the file, with their types")
 {
     Simulate({{"registry", {{"A\\B", {{"text", "x\u00e4"}, {"number", 4294967295}, {"bytes", {{"hex", "00FF"}}}}}}}});
     CHECK(Read(L"A\\B", L"text") == std::pair(DWORD{REG_SZ}, std::string("x\0\xE4\0\0\0", 6)));
@@ -46,7 +46,7 @@ TEST_CASE("HKEY_LOCAL_MACHINE has the keys of the file, with their types, and no
     CHECK_FALSE(HasKey(L"Software"));
 }
 
-TEST_CASE("The next machine has none of the keys of the machine before")
+TEST_CASE("The next machine has no key of the previous machine")
 {
     Simulate({{"registry", {{"A", {{"v", 1}}}}}});
     Simulate({{"registry", {{"B", {{"v", 1}}}}}});
@@ -57,7 +57,7 @@ TEST_CASE("The next machine has none of the keys of the machine before")
     CHECK_FALSE(HasKey(L"Software"));
 }
 
-TEST_CASE("A machine can leave the registry to the computer")
+TEST_CASE("A machine can use the computer's registry")
 {
     Simulate({{"registry", "system"}});
     CHECK(HasKey(L"Software"));

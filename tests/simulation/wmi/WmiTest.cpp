@@ -79,7 +79,7 @@ int Count(IWbemServices& services, const wchar_t* text)
 
 } // namespace
 
-TEST_CASE("WMI is reached where the machine has it, and answers with the status that the file sets")
+TEST_CASE("A machine with WMI connects, or returns the status in the file")
 {
     ComPtr<IWbemServices> services;
     Simulate(Json::object());
@@ -93,7 +93,7 @@ TEST_CASE("WMI is reached where the machine has it, and answers with the status 
     CHECK(Live()["wmi"] == 0);
 }
 
-TEST_CASE("WMI refuses null in place of a name, a query or a place for the answer")
+TEST_CASE("WMI rejects null as a name, a query or an output")
 {
     const auto services = ServicesWith(Json::array({{{"P", 1}}}));
     ComPtr<IWbemLocator> locator;
@@ -120,7 +120,7 @@ TEST_CASE("WMI refuses null in place of a name, a query or a place for the answe
     CHECK(row->Get(nullptr, 0, &value, nullptr, nullptr) == Status(WBEM_E_INVALID_PARAMETER));
 }
 
-TEST_CASE("An object of WMI has the interface that it was asked for, and IUnknown")
+TEST_CASE("A WMI object has the requested interface, and IUnknown")
 {
     const auto services = ServicesWith(Json::array());
     ComPtr<IUnknown> unknown;
@@ -129,7 +129,7 @@ TEST_CASE("An object of WMI has the interface that it was asked for, and IUnknow
     CHECK(services->QueryInterface(IID_PPV_ARGS(locator.GetAddressOf())) == E_NOINTERFACE);
 }
 
-TEST_CASE("WMI refuses another language, what is no query, and an unknown class")
+TEST_CASE("WMI rejects another language, an invalid query, and an unknown class")
 {
     const auto services = ServicesWith(Json::array());
     ComPtr<IEnumWbemClassObject> rows;
@@ -140,7 +140,7 @@ TEST_CASE("WMI refuses another language, what is no query, and an unknown class"
     CHECK_FALSE(rows.Get());
 }
 
-TEST_CASE("A query that returns at once reports its failure with the first row")
+TEST_CASE("A query with immediate return reports its failure with the first row")
 {
     const auto services = ServicesWith(Json::array());
     ComPtr<IEnumWbemClassObject> rows;
@@ -150,7 +150,7 @@ TEST_CASE("A query that returns at once reports its failure with the first row")
     CHECK_FALSE(row.Get());
 }
 
-TEST_CASE("WMI gives the rows that fulfil every condition, in the order of the file")
+TEST_CASE("WMI returns the rows that satisfy every condition, in the order of the file")
 {
     const auto services =
         ServicesWith({{{"Name", "A"}, {"Size", 1}}, {{"Name", "B"}, {"Size", 2}}, {{"Name", "Ab"}, {"Size", nullptr}}});
@@ -164,7 +164,7 @@ TEST_CASE("WMI gives the rows that fulfil every condition, in the order of the f
     CHECK(std::wstring(V_BSTR(&name)) == L"B");
 }
 
-TEST_CASE("An enumerator can be set back and can skip rows")
+TEST_CASE("An enumerator can be reset and can skip rows")
 {
     const auto services = ServicesWith({{{"P", 1}}, {{"P", 2}}});
     ComPtr<IEnumWbemClassObject> rows;

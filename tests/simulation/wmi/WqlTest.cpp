@@ -41,7 +41,7 @@ TEST_CASE("Keywords may be written in lower case, and with other spaces")
     CHECK(query->conditions.at(0).text == L"x");
 }
 
-TEST_CASE("A backslash takes its own meaning and an apostrophe's away, and nothing else's")
+TEST_CASE("A backslash escapes only itself and an apostrophe")
 {
     const auto textOf = [](const wchar_t* query) { return ParseWql(query).value().conditions.at(0).text; };
     CHECK(textOf(L"SELECT * FROM C WHERE P='it\\'s'") == L"it's");
@@ -50,7 +50,7 @@ TEST_CASE("A backslash takes its own meaning and an apostrophe's away, and nothi
     CHECK(textOf(L"SELECT * FROM C WHERE P=''").empty());
 }
 
-TEST_CASE("What is no query is refused")
+TEST_CASE("An invalid query is rejected")
 {
     for (const wchar_t* text : {L"", L"SELECT", L"SELECT * FROM", L"SELECT FROM C", L"SELECT a, FROM C",
                                 L"SELECT * FROM C WHERE", L"SELECT * FROM C WHERE P", L"SELECT * FROM C WHERE P = x",
@@ -62,7 +62,7 @@ TEST_CASE("What is no query is refused")
     }
 }
 
-TEST_CASE("A pattern fits the whole text, in upper and lower case")
+TEST_CASE("A pattern matches the whole text, case-insensitively")
 {
     CHECK(Fits(L"PCI%VEN_8086%", L"pci\\ven_8086&dev_9bc4"));
     CHECK(Fits(L"PCI%VEN_8086%", L"PCI\\VENx8086")); // _ is any one character
@@ -77,13 +77,13 @@ TEST_CASE("A pattern fits the whole text, in upper and lower case")
     CHECK(Fits(L"a%%b", L"ab"));
 }
 
-TEST_CASE("An equation knows no pattern")
+TEST_CASE("An equality comparison has no patterns")
 {
     CHECK(Fulfils({L"P", false, L"a%"}, L"A%"));
     CHECK_FALSE(Fulfils({L"P", false, L"a%"}, L"ab"));
 }
 
-TEST_CASE("A query shows the properties that it names, and all where it names none")
+TEST_CASE("A query returns the properties that it names, or all if it names none")
 {
     const auto some = ParseWql(L"SELECT Name FROM C").value();
     CHECK(Shows(some, L"NAME"));
