@@ -20,7 +20,7 @@ using namespace orvel::bench;
 
 constexpr int freshProcesses = 5;
 
-/// Ends at once: what is left behind must not run against simulated DLLs that are gone.
+/// Ends at once, because remaining destructors must not run against unloaded simulated DLLs.
 [[noreturn]] void End(size_t status)
 {
     std::fflush(nullptr);

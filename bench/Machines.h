@@ -17,7 +17,7 @@ struct Machine {
 /// The Intel laptop and the workstation of the project's machine files, in this folder.
 std::vector<Machine> ShippedMachines(const std::string& folder);
 
-/// The laptop with this number of adapters: one model, but each with identifiers and keys of its own.
+/// The laptop with this number of adapters: one model, but each with its own identifiers and keys.
 nlohmann::json WithAdapters(const nlohmann::json& laptop, unsigned int count);
 
 /// The same machine, on which no search in the registry has anything to pass by.

@@ -7,7 +7,7 @@
 
 namespace orvel::simulation {
 
-/// A number that no handle had before. It is no address: whoever follows it does not get far.
+/// A number that no handle had before. It is not a valid address, so dereferencing it fails.
 inline void* NewHandle()
 {
     static std::atomic<uint64_t> last = 0x1000000000000000;
@@ -31,7 +31,7 @@ public:
         return handle;
     }
 
-    /// Null for a handle that is not alive.
+    /// Null for an invalid handle.
     const Object* Find(const void* handle) const
     {
         const std::scoped_lock lock(mutex);

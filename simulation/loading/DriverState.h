@@ -4,7 +4,7 @@
 
 namespace orvel::simulation {
 
-/// What calls leave behind in a simulated driver: sessions, handles, objects. A driver declares one of these, with the
+/// The state of a simulated driver between calls: sessions, handles, objects. A driver declares one of these, with the
 /// function that forgets it all, beside its state.
 class DriverState {
 public:

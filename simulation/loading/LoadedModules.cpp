@@ -13,7 +13,8 @@ namespace orvel::simulation {
 
 namespace {
 
-// What ntdll.dll reports of a DLL that comes or goes, as Windows documents it; no header of mingw-w64 declares it.
+// The notification of ntdll.dll for a DLL that is loaded or unloaded, as Windows documents it; mingw-w64 does not declare
+// it.
 constexpr ULONG dllLoaded = 1;
 struct DllNotification {
     ULONG flags;

@@ -37,7 +37,7 @@ constexpr int mostReferences = 0x10000; // to be released at once
 enum class Hold {
     No, // Windows' own search finds it
     Once,
-    Pinned, // more often than anybody gives it back
+    Pinned, // with more references than are ever released
 };
 
 /// What a machine says of a DLL.
@@ -69,7 +69,7 @@ Wish DwmOf(const Machine& machine)
     return {machine.dwm.standing};
 }
 
-/// The one export of nvapi64.dll can be missing as well as the functions behind it.
+/// Both the export of nvapi64.dll and the functions that it returns can be missing.
 Wish NvapiOf(const Machine& machine)
 {
     std::vector<std::string> missing = machine.nvapi.model.unresolved;
@@ -97,7 +97,7 @@ struct Module {
     Wish (*wishOf)(const Machine&);
     bool isImported = false;   // by the product, at load time
     bool isForwarding = false; // to the computer's own DLL, while the machine leaves the interface to the system
-    bool isPinned = false;     // on this machine: it stays however often the product gives it back
+    bool isPinned = false;     // on this machine: it stays loaded, however often the product releases it
     std::atomic<bool> isAllowed = isImported;
     std::atomic<HMODULE> attached = nullptr; // our DLL, while it is loaded
     std::vector<std::string> hiddenNames = {};
@@ -306,7 +306,7 @@ HMODULE SystemModule(const wchar_t* dllName)
     return LoadLibraryExW(SystemPath(dllName).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
-/// Called by a simulated DLL as it is loaded; refuses one that the machine lacks. The loader's lock is held here.
+/// Called by a simulated DLL on loading; fails for a DLL that the machine lacks. Runs under the loader lock.
 SIMULATED BOOL SimulationAttach(HMODULE handle)
 {
     Module* const module = FindModule(handle);

@@ -19,11 +19,11 @@ struct Status {
 enum class Writes {
     AsUsual,
     Nothing,      // also on success
-    Rubbish,      // also on failure; into a pointer one to something that is not alive
+    Rubbish,      // also on failure; for a pointer, a dangling one
     Unterminated, // a text without its terminator
 };
 
-/// The status of a call that gives objects or handles out.
+/// The status of a call that returns objects or handles.
 struct OutputStatus : Status {
     Writes writes = Writes::AsUsual;
 };

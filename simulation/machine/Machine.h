@@ -16,7 +16,7 @@
 
 namespace orvel::simulation {
 
-/// Where a machine takes an interface from.
+/// The origin of an interface of a machine.
 enum class Standing {
     Missing,   // the machine has no such interface
     Simulated, // the model answers

@@ -73,7 +73,7 @@ std::string PlaceOf(const std::string& text, size_t byte)
     return "line " + std::to_string(line) + ", column " + std::to_string(1 + (end - lineStart));
 }
 
-/// The parser's own words behind the given mark: without its classification and place.
+/// The parser's message after the given mark, without classification and position.
 std::string WordsBehind(const char* mark, const Json::exception& error)
 {
     const std::string words = error.what();

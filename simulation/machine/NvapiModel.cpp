@@ -67,7 +67,7 @@ void ReadGpus(const Node& node, std::vector<NvapiGpuModel>& target)
 
 } // namespace
 
-/// Declared here for Answer<NvapiMultiGpuWords>, whose value no general reader knows.
+/// Declared here for Answer<NvapiMultiGpuWords>, which has no general reader.
 static void ReadInto(const Node& node, NvapiMultiGpuWords& target)
 {
     ReadInto(node, target, "expected two words, those at the offsets 8 and 12");

@@ -9,7 +9,7 @@
 
 namespace orvel::simulation {
 
-/// Answers by the call's second argument (a threshold or a clock); each is a value of its own.
+/// Answers by the call's second argument (a threshold or a clock); each has its own value.
 using NvmlAnswers = std::map<int32_t, Answer<uint32_t>>;
 
 struct NvmlDeviceModel {

@@ -8,7 +8,7 @@ namespace {
 
 const std::vector<std::string> functions = {"clGetPlatformIDs", "clGetDeviceIDs", "clGetDeviceInfo"};
 
-/// A count call's status, which may come with a count of its own: {"status": N, "value": COUNT}.
+/// A count call's status, which can have its own count: {"status": N, "value": COUNT}.
 ReadField AsCountStatus(Answer<uint32_t>& target)
 {
     return [&target](const Node& node) { ReadWithBareStatus(node, target); };
@@ -25,7 +25,7 @@ ReadField AsType(uint64_t& target)
     };
 }
 
-/// A parameter's answer, whose value is read as the type that OpenCL gives to the parameter.
+/// A parameter's result, whose value has OpenCL's type for the parameter.
 template <typename Value>
 ReadField AsParameter(OpenClDevice& device, uint32_t parameter)
 {

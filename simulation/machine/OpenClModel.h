@@ -25,7 +25,7 @@ struct OpenClPlatform {
 
 struct OpenClModel {
     std::vector<std::string> missing;
-    bool pinned = true; // held in the process, however often the caller gives it back
+    bool pinned = true; // stays loaded, however often the caller releases it
     Answer<uint32_t> platformsCount;
     OutputStatus platformsFetch;
     std::vector<OpenClPlatform> platforms;

@@ -5,7 +5,7 @@
 
 namespace orvel::simulation {
 
-/// UTF-8 to UTF-16; bytes that are no UTF-8 become replacement characters.
+/// UTF-8 to UTF-16; invalid UTF-8 becomes replacement characters.
 std::wstring ToWide(std::string_view text);
 
 /// UTF-16 to UTF-8; halves of surrogate pairs become replacement characters.

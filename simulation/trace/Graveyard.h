@@ -6,7 +6,7 @@
 
 namespace orvel::simulation {
 
-/// What a dead text and the unused bytes of an answer are filled with; as a number it is no plausible value.
+/// Fills invalid texts and the unused bytes of a result; implausible as a number.
 constexpr unsigned char rubbishByte = 0x5A;
 
 /// Takes over the memory of an object that has been released, which came from operator new. Its bytes become rubbish and its
@@ -20,7 +20,7 @@ void BuryText(char* text, size_t length);
 /// An object that was never alive: what a call that breaks its promise puts into a pointer. Calls are reported by `name`.
 void* DeadObject(const std::string& name, int32_t answer);
 
-/// A text that was never alive.
+/// A text that was never valid.
 const char* DeadText();
 
 } // namespace orvel::simulation

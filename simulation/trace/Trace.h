@@ -19,7 +19,7 @@ void AddToTrace(const std::string& call);
 /// Changes the number of living objects or sessions of an interface.
 void CountLive(Counted kind, int difference);
 
-/// Forgets all calls and counts; objects that are still alive from before are not counted any more.
+/// Clears all calls and counts; objects that still exist are no longer counted.
 void ClearTrace();
 
 /// All calls since the last ClearTrace, in order.

@@ -24,7 +24,7 @@ std::wstring ScratchPath()
     return L"Software\\orvel-simulation\\" + std::to_wstring(GetCurrentProcessId());
 }
 
-/// Volatile: a process that ends without undoing the override leaves nothing behind after a restart.
+/// Volatile: after a process that ends without undoing the override, a restart removes the key.
 RegistryKey CreateKey(HKEY parent, const std::wstring& path)
 {
     HKEY key = nullptr;

@@ -11,7 +11,7 @@ public:
     SystemScope& operator=(const SystemScope&) = delete;
     ~SystemScope();
 
-    /// Whether one lives on this thread.
+    /// Whether this thread has one.
     static bool IsActive();
 };
 

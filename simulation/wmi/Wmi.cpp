@@ -110,7 +110,7 @@ bool HasCom()
     return SUCCEEDED(CoGetApartmentType(&type, &qualifier));
 }
 
-/// What the product's import of CoCreateInstance leads to.
+/// Replaces the product's import of CoCreateInstance.
 HRESULT STDAPICALLTYPE CreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID interfaceId, void** object)
 {
     const bool isOurs = IsEqualCLSID(id, CLSID_WbemLocator) && (context & CLSCTX_INPROC_SERVER) != 0 && object != nullptr;

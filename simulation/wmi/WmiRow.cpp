@@ -49,7 +49,7 @@ void Write(VARIANT* target, const WmiValue& value)
     case WmiType::Ui4:
         WriteWhole(target, VT_UI4, value.whole);
         break;
-    case WmiType::Uint32: // Intended: WMI hands its unsigned numbers out as signed variants.
+    case WmiType::Uint32: // Intended: WMI returns unsigned numbers as signed variants.
     case WmiType::I4:
         WriteWhole(target, VT_I4, value.whole);
         break;

@@ -33,7 +33,7 @@ std::shared_ptr<const WmiRow> SystemRow(Microsoft::WRL::ComPtr<IWbemClassObject>
 /// Whether all conditions of the query hold for the row.
 bool IsWanted(const WqlQuery& query, const WmiRow& row);
 
-/// The row as a query hands it out.
+/// The row as a query returns it.
 class WmiRowObject final : public UnusedClassObject<WmiRowObject> {
 public:
     WmiRowObject(std::shared_ptr<const WqlQuery> query, std::shared_ptr<const WmiRow> row);

@@ -20,7 +20,7 @@ struct WqlQuery {
     std::vector<WqlCondition> conditions; // all must hold
 };
 
-/// The query in the text, or nothing if it is no query.
+/// The query in the text, or nothing if the text is not a query.
 std::optional<WqlQuery> ParseWql(std::wstring_view text);
 
 /// Whether a property's text fulfils the condition. Upper and lower case are the same; in a pattern % matches any run of

@@ -34,7 +34,7 @@ Consequence Others(const Fields& fields)
 }
 
 const std::vector<std::pair<const char*, Consequence>> gpuFaults = {
-    {"VendorId", Lost({amd})}, // an identifier that is no number
+    {"VendorId", Lost({amd})}, // an identifier that is not a number
     {"DeviceId", Lost({amd})},
     {"PNPString", Lost({amd})}, // too short to be cut
     {"Name", Lost({amd})},      // no row of WMI has this name
@@ -85,7 +85,7 @@ std::vector<Fault> AdlxFaults()
     faults.push_back(Setting(Pointer("/adlx/ADLXInitializeWithCallerAdl"), StatusAndRubbish(3), Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/GetGPUs"), StatusAndRubbish(3), Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/gpus/0/At_GPUList"), StatusAndRubbish(3), Lost({amd})));
-    faults.push_back(Setting(Pointer("/adlx/ADLXInitialize"), 3, Nothing())); // never asked
+    faults.push_back(Setting(Pointer("/adlx/ADLXInitialize"), 3, Nothing())); // never called
     faults.push_back(Setting(Pointer("/adlx/GetGPUs"), 3, Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/gpus"), Json::array(), Lost({amd})));
     faults.push_back(Setting(Pointer("/adlx/shrink_after"), 1, Nothing()));

@@ -91,7 +91,7 @@ void CheckFault(const Enumerated& healthy, const Fault& fault)
     } else {
         CHECK(result.Thrown == nullptr);
     }
-    // Nothing is left behind that the next enumeration would notice.
+    // The next enumeration is not affected.
     CHECK(Enumerate(HealthyWorkstation()).Cards == healthy.Cards);
 }
 

@@ -1,4 +1,4 @@
-// Machines that nobody has thought of: the library lives, its records are whole, and nothing but a status leaves it.
+// On random machines the library does not crash, its records are complete, and it throws only statuses.
 // ORVEL_SOAK_MACHINES and ORVEL_SOAK_SEED choose how many and which; ./dev soak sets the first.
 
 #include <chrono>

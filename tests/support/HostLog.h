@@ -4,7 +4,7 @@
 
 namespace orvel::tests {
 
-/// Takes the log lines of the product's parts while it lives, as "severity function: message" without the function's
+/// Collects the log lines of the product during its lifetime, as "severity function: message" without the function's
 /// namespace.
 class HostLog {
 public:

@@ -4,7 +4,7 @@
 
 namespace orvel::tests {
 
-/// Notes each registry key that a module opens, as "registry PATH", as long as it lives.
+/// Records each registry key that a module opens, as "registry PATH", during its lifetime.
 class NotedRegistry {
 public:
     explicit NotedRegistry(HMODULE module);

@@ -7,7 +7,7 @@ namespace orvel::tests {
 /// The module of the tests themselves, with the parts of the product that are linked into it.
 HMODULE TestModule();
 
-/// Makes a module call another function in place of one that it imports, as long as it lives.
+/// Replaces a function that a module imports, during its lifetime.
 class ReplacedImport {
 public:
     /// `name` is exported by the loaded `dll`.

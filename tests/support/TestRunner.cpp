@@ -49,6 +49,6 @@ int main(int argc, char** argv)
     }
     const int status = orvel::shared::enumeration::FindFunction<int (*)(int, char**)>(tests, "RunTests")(argc - 1, argv + 1);
     std::fflush(stdout);
-    // Nothing is unloaded: what the tests leave behind must not run against DLLs that are gone.
+    // Nothing is unloaded, because remaining destructors must not run against unloaded DLLs.
     ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(status));
 }

@@ -124,7 +124,7 @@ SIMULATED int32_t Sim_ADL2_Adapter_Graphic_Core_Info_Get(void* context, int32_t 
                          });
 }
 
-/// The combination says which chain is asked about: none.
+/// The combination selects the chain of the query: none.
 SIMULATED int32_t Sim_ADL2_Adapter_Crossfire_Get(void* context, int32_t adapter, void* combination, void* info)
 {
     const char* const name = "ADL2_Adapter_Crossfire_Get";

@@ -5,18 +5,18 @@
 
 namespace orvel::simulation {
 
-/// The caller's function that gives ADL memory.
+/// The caller's allocation function for ADL.
 using AdlAllocate = void*(__stdcall*)(int32_t bytes);
 
-/// A context of its own for each call.
+/// Creates a new context on each call.
 void* NewAdlContext(AdlAllocate allocate);
 
-/// False for one that is not alive.
+/// False for an invalid context.
 bool DestroyAdlContext(void* context);
 
 bool IsAdlContextAlive(void* context);
 
-/// Memory as ADL takes it from the context's caller; null where the context is not alive or the caller gives none.
+/// Memory from the allocation function of the context's caller; null if the context is invalid or the allocation fails.
 void* AllocateFromAdlCaller(void* context, int32_t bytes);
 
 } // namespace orvel::simulation

@@ -8,7 +8,7 @@ using namespace orvel::simulation;
 
 namespace {
 
-/// The caller's function that gives memory of ADL back.
+/// The caller's function that frees memory of ADL.
 using AdlxFree = void(__stdcall*)(void** buffer);
 
 constexpr uint64_t fullVersion = 0x0001000200000048; // 1.2.0, build 72
@@ -31,7 +31,7 @@ bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
     return true;
 }
 
-/// Begins the session unless the status forbids it, and hands the uncounted objects out.
+/// Starts the session unless the status is a failure, and returns the uncounted objects.
 int32_t BeginSession(const OutputStatus& answer, AdlxObject** system, AdlxObject** mapping, void* context)
 {
     AdlxState& state = TheAdlx();
@@ -127,7 +127,7 @@ SIMULATED int32_t Sim_ADLXInitialize(uint64_t version, AdlxObject** system)
     return BeginSession(CurrentMachine()->adlx.model.initialize, system, nullptr, nullptr);
 }
 
-/// Objects that are still held do not keep the session alive: they are dead.
+/// Objects with references do not keep the session open: they become invalid.
 SIMULATED int32_t Sim_ADLXTerminate()
 {
     const std::string call = "adlx ADLXTerminate";

@@ -38,7 +38,7 @@ struct AdlxObject {
     AdlxObject& operator=(const AdlxObject&) = delete;
     ~AdlxObject();
 
-    /// The text as this object lends it to its caller: it lives as long as the object.
+    /// The text for the caller; it is valid as long as this object.
     const char* Lend(const std::string& text);
 
     void* const* table;
@@ -48,7 +48,7 @@ struct AdlxObject {
     std::map<const std::string*, char*> lentTexts;
 };
 
-/// ADLX from its initialisation to its termination. All its objects are dead when it ends.
+/// ADLX from its initialisation to its termination, which invalidates all its objects.
 class AdlxSession {
 public:
     AdlxSession();
@@ -56,14 +56,14 @@ public:
     AdlxSession& operator=(const AdlxSession&) = delete;
     ~AdlxSession();
 
-    /// Not counted; they live as long as the session.
+    /// Not counted; they are valid as long as the session.
     AdlxObject* System() { return system; }
     AdlxObject* Mapping() { return mapping; }
 
     /// The object of this interface and GPU with a reference added; a new one unless there is one already.
     AdlxObject* HandOut(const AdlxInterface& contract, const AdlxGpuModel* gpu);
 
-    /// Gives a reference back; the object is dead with the last one. Returns how many are left.
+    /// Releases a reference; the last release invalidates the object. Returns the remaining number.
     long Release(AdlxObject* object);
 
     /// Whether the pointer is a living object of this interface.

@@ -68,7 +68,7 @@ int32_t EnumPhysicalGpus(void** handles, uint32_t* count)
     return status;
 }
 
-/// The multi-GPU query has no published name that anybody asks for: it goes by its id.
+/// The multi-GPU query has no published name; callers use its id.
 int32_t MultiGpuQuery(uint32_t* words)
 {
     const std::string call = "nvapi 0xD2D25687";

@@ -11,8 +11,8 @@
 #include "trace/Trace.h"
 #include "trace/Violations.h"
 
-// Every function does the same: trace the call, find the GPU by its handle, look at the arguments, give the model's answer.
-// Structures are byte areas with the published offsets; what the model does not say of them becomes rubbish.
+// Every function has the same steps: trace the call, find the GPU by its handle, check the arguments, return the model's
+// result. Structures are byte areas with the published offsets; what the model does not say of them becomes rubbish.
 
 namespace orvel::simulation {
 
@@ -27,7 +27,7 @@ constexpr uint32_t eccErrorsVersion = 0x00010028;
 
 using MemoryImage = std::array<unsigned char, memoryInfoSize>;
 
-/// The structure as the last memory query left it: the product passes it on to its second query as it is.
+/// The structure that the last memory query filled: the product passes it unchanged to its second query.
 struct LastMemoryInfo {
     std::mutex mutex;
     MemoryImage image{};

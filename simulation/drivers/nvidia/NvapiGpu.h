@@ -4,7 +4,7 @@
 
 namespace orvel::simulation {
 
-/// A published NVAPI function of one physical GPU, with the id that nvapi_QueryInterface knows it by.
+/// A published NVAPI function of one physical GPU, with its id for nvapi_QueryInterface.
 struct NvapiFunction {
     uint32_t id;
     const char* name;

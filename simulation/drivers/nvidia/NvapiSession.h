@@ -25,7 +25,7 @@ bool IsInNvapiSession(const std::string& call);
 /// Begins a session, or counts it where there is one.
 void BeginNvapiSession();
 
-/// Ends what BeginNvapiSession began. With the last end all handles are dead.
+/// Ends a session of BeginNvapiSession. The last end invalidates all handles.
 void EndNvapiSession();
 
 /// The GPUs' handles in the session.

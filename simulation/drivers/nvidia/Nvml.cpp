@@ -23,7 +23,7 @@ constexpr size_t longestSerial = 29; // characters
 
 std::atomic<int> initialisations = 0;
 
-/// The devices' handles, which live until the last shutdown.
+/// The devices' handles, which are valid until the last shutdown.
 HandleTable<NvmlDeviceModel>& deviceHandles = *new HandleTable<NvmlDeviceModel>;
 
 const DriverState state([] {

@@ -201,7 +201,7 @@ SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* ha
     return CL_SUCCESS;
 }
 
-/// A null platform or device is no violation: it is what the caller has where a count promised too many.
+/// A null platform or device is not a violation: it results from a count that is too large.
 SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type type, cl_uint entries,
                                            cl_device_id* handles, cl_uint* count)
 {
