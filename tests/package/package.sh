@@ -77,11 +77,11 @@ check "the hosts print the cards of all vendors" holds msvc.txt "3 cards"
 run simulated-msvc.exe none.json >msvc.txt 2>msvc-log.txt
 check "a host gets the error of a machine file" holds msvc-log.txt none.json
 run plog/plog-host.exe "$machines/workstation.json" >plog.txt 2>&1
-check "the library's lines stand in the host's own log" holds plog.txt \
+check "the host's own log has the library's lines" holds plog.txt \
     "orvel::shared::enumeration::ADLWrapper::ADLWrapper"
 check "the log also has the host's own lines" holds plog.txt "found NVIDIA GeForce RTX 3060"
 
-# --- without a PATH: what is copied beside a program is all that it needs -------------------------------------------------------
+# --- without a PATH: the files copied beside a program are sufficient -------------------------------------------------------
 
 run_alone() { WINEPATH="" run "$@"; }
 run_alone plain/plain.exe >alone.txt 2>&1
@@ -148,7 +148,7 @@ cmake_lists components "$finds REQUIRED OPTIONAL_COMPONENTS simulations simulati
     "    message(FATAL_ERROR wrong)" "endif()"
 check "an unknown optional component is not found, the others are" configures components
 cmake_lists components "$finds REQUIRED)" "if(TARGET orvel::simulation)" "    message(FATAL_ERROR wrong)" "endif()"
-check "the simulation is not there unless it is asked for" configures components
+check "the simulation is only available if requested" configures components
 cmake_lists standard "set(CMAKE_CXX_STANDARD 11)" "$finds REQUIRED)" "add_executable(modern main.cpp)" \
     "target_link_libraries(modern PRIVATE orvel::graphic-cards-enumeration)"
 printf '#include "GraphicCards.h"\nint main() { static_assert(__cplusplus >= 201703L); }\n' >standard/main.cpp
@@ -184,7 +184,7 @@ printf '%s\n' "function(vcpkg_install_copyright)" "endfunction()" \
     "include(\"$package/ports/orvel-graphic-cards-enumeration/portfile.cmake\")" >port.cmake
 check "the port takes the package" env ORVEL_GRAPHIC_CARDS_PACKAGE="$package" cmake -DPORT=orvel-graphic-cards-enumeration \
     -DCURRENT_PACKAGES_DIR="$work/port" -P port.cmake
-check "find_package finds what the port has laid out" configures incomplete "$work/port"
+check "find_package finds the installed port" configures incomplete "$work/port"
 
 # --- documents ----------------------------------------------------------------------------------------------------------------
 
@@ -363,10 +363,10 @@ for header in "$package"/include/*.h "$package"/simulation/include/*.h; do
         check "$(basename "$header") compiles alone in MSVC's ABI as $standard" clang++ "${msvc_flags[@]}" "-std=$standard" \
             -Weverything -Wno-c++98-compat -Wno-c++98-compat-pedantic -Wno-padded -fsyntax-only -include "$header" -x c++ /dev/null
     done
-    check "$(basename "$header") takes in neither windows.h nor the standard library" lacks "$header" "windows.h"
+    check "$(basename "$header") includes neither windows.h nor the standard library" lacks "$header" "windows.h"
 done
 no_std_types() { ! grep -nE 'std::(string|vector|unique_ptr|shared_ptr|map)' "$package"/include/GraphicCard{Enumeration,Info,Log,Api}.h; }
-check "no exported class has a type of the standard library" no_std_types
+check "no exported class contains a standard-library type" no_std_types
 for compiler in x86_64-w64-mingw32-gcc-posix "clang --target=x86_64-pc-windows-msvc"; do
     for standard in c99 c17; do
         # shellcheck disable=SC2086 # the compiler and its option
