@@ -51,7 +51,7 @@ void CheckNothingLives(const Enumerated& result, const std::set<std::string>& al
     }
 }
 
-/// Only what is thrown in the parts on the machine's memory may leave the enumeration: a bare status.
+/// The enumeration may throw only the status of a query for the machine's memory.
 void CheckThrown(const Json& thrown)
 {
     CHECK_MESSAGE((thrown == nullptr || thrown["type"] == "long"), "left with " << thrown.dump());

@@ -44,7 +44,7 @@ void AddKeyFaults(std::vector<Fault>& faults, const std::string& key, const Json
 const Consequence noDevices = Lost({intel}) + Other(amd, {"ChipName"});
 const std::vector<Consequence> withoutDevicesOfPlatform = {Nothing(), Lost({intel}), Other(amd, {"ChipName"})};
 
-/// NVIDIA's device is asked for its name and nothing else; AMD's for its name and vendor, then for the name again.
+/// Of NVIDIA's device only the name is queried; of AMD's the name and vendor, then the name again.
 Consequence OfParameter(size_t platform, const std::string& parameter)
 {
     const bool isIdentity = parameter == "CL_DEVICE_NAME" || parameter == "CL_DEVICE_VENDOR_ID";

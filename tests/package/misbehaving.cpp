@@ -67,7 +67,7 @@ FloatingPoint Now()
     return now;
 }
 
-// Every trap but that of an inexact result, which nobody unmasks.
+// Every trap except that of an inexact result, which hosts leave masked.
 constexpr FloatingPoint trapping = {0x1000, 0x0360};
 
 void Unmask()

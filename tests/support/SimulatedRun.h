@@ -45,7 +45,7 @@ std::map<std::string, int> Live();
 /// test that provokes a violation takes it; any other test fails with it, when it puts the next machine in place or ends.
 std::vector<std::string> TakeViolations();
 
-/// Fails the running test for every violation that nobody has taken.
+/// Fails the running test for every violation that it did not expect.
 void CheckNoViolations();
 
 /// The lines of `trace` that begin with `prefix`.

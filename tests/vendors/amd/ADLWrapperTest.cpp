@@ -41,7 +41,7 @@ Json TalkativeMachine()
                   {"ADL2_Workstation_ECCData_Get", Refused({{"iSec", 4}, {"iDed", 3}})}}}}}}}};
 }
 
-/// All that an adapter is asked for.
+/// All values that are read of an adapter.
 struct Answers {
     uint32_t Cores = 4608;
     uint32_t Rops = 96;

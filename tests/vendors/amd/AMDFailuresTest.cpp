@@ -17,7 +17,7 @@ namespace {
 const std::string videoControllersFailed =
     Line("error", "AMD::QueryInfo", "Failed to get Win32_VideoController fields from WMI");
 
-/// The run came to its end without a GPU, and ADLX was never asked for anything if `isAdlxAsked` is false.
+/// The run completed without a GPU; ADLX was never called if `isAdlxAsked` is false.
 void CheckNoCards(const Json& machine, const LogLines& log, bool isAdlxAsked)
 {
     const Enumerated result = EnumerateAmd(machine);

@@ -39,7 +39,7 @@ void Append(Calls& calls, const Calls& more)
     calls.insert(calls.end(), more.begin(), more.end());
 }
 
-// Intel's run has asked for the BIOS serial number before.
+// Intel's run has already queried the BIOS serial number.
 const Calls start = {"adl ADL2_Main_Control_Create", "adlx ADLXQueryFullVersion", "adlx ADLXQueryVersion",
                      "adlx ADLXInitializeWithCallerAdl", "adlx GetGPUs"};
 

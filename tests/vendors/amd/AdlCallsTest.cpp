@@ -121,7 +121,7 @@ HMODULE WINAPI NoteFolders(LPCWSTR, HANDLE, DWORD flags)
 
 void __stdcall KeepMemory(void**) {}
 
-/// A counted object that is asked for its references only.
+/// A counted object of which only the references are used.
 struct Counted {
     int Releases = 0;
     long Release() { return ++Releases; }

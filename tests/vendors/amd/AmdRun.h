@@ -10,7 +10,7 @@ Json AmdDesktop();
 /// The machine of machines/amd-two-cards.json with a display on both cards: two equal Radeons, ADL adapters 0 and 5.
 Json AmdTwoCards();
 
-/// What ADL knows about an adapter of the machine, and what ADLX knows about a GPU.
+/// The values of an adapter in ADL, and of a GPU in ADLX.
 Json& AdlAdapter(Json& machine, const std::string& index = "0");
 Json& AdlxGpu(Json& machine, size_t index = 0);
 
@@ -21,7 +21,7 @@ void FailQuery(Json& machine, const std::string& text, int nth = 0);
 /// open and nothing may be released too often.
 Enumerated EnumerateAmd(const Json& machine);
 
-/// The only record of a run that goes through to the end.
+/// The only record of a run that completes.
 Json OnlyCard(const Json& machine);
 
 /// The difference between the records of the two cards.

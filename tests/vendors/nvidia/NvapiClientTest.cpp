@@ -30,7 +30,7 @@ Json MachineWith(const Json& gpu)
     return {{"nvapi", {{"gpus", Json::array({gpu})}}}};
 }
 
-/// A machine whose GPU knows nothing of itself.
+/// A machine whose GPU reports no properties.
 Json MachineWithDriver(Json nvapi)
 {
     nvapi["gpus"] = Json::array({Json::object()});

@@ -1,4 +1,4 @@
-// Each function of the two drivers failing, one at a time: what is left of the record, or what ends the run.
+// Each function of the two drivers failing, one at a time: the remaining record, or the end of the run.
 
 #include <algorithm>
 
