@@ -63,9 +63,9 @@ TEST_CASE("The results 1 and 2 of ADLX are successes")
             const Json plain = AdlxGpu(machine)[value];
             AdlxGpu(machine)[value] = {{"status", result}, {"value", plain}};
         }
-        const Enumerated result = EnumerateAmd(machine);
-        CHECK(result.Cards == Json::array({healthy}));
-        CHECK(result.Log == WholeRun({fillRateDone}));
+        const Enumerated enumerated = EnumerateAmd(machine);
+        CHECK(enumerated.Cards == Json::array({healthy}));
+        CHECK(enumerated.Log == WholeRun({fillRateDone}));
     }
 }
 
