@@ -1,0 +1,163 @@
+#include "snapshot/Snapshot.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "matching/Cards.h"
+#include "matching/DeviceFacts.h"
+#include "snapshot/Slot.h"
+#include "snapshot/Thread.h"
+#include "sources/DisplayConfig.h"
+#include "sources/DxCore.h"
+#include "sources/Dxgi.h"
+#include "sources/SetupApi.h"
+
+namespace orvel::shared::inventory {
+
+namespace {
+
+/// What the sources' threads and the caller share.
+struct Slots {
+    Slot<SetupApiReading> devices;
+    Slot<DriverKeysReading> driverKeys;
+    Slot<DisplayConfigReading> displays;
+    Slot<DxgiReading> dxgi;
+    Slot<DxCoreReading> dxCore;
+};
+
+/// Runs `read` on a thread. `close` gets the error for what has not come when it ends, or cannot begin.
+template <typename Read, typename Close>
+void Start(std::shared_ptr<Slots> slots, Read read, Close close)
+{
+    const auto error = StartThread([slots, read, close] {
+        try {
+            read(*slots);
+        } catch (...) {
+            close(*slots, ERROR_NOT_ENOUGH_MEMORY);
+        }
+    });
+    if (error != 0) {
+        close(*slots, error);
+    }
+}
+
+void StartSystem(const std::shared_ptr<Slots>& slots)
+{
+    Start(
+        slots,
+        [](Slots& all) {
+            ReadDevices([&](SetupApiReading reading) { all.devices.Put(std::move(reading)); },
+                        [&](DriverKeysReading reading) { all.driverKeys.Put(std::move(reading)); });
+        },
+        [](Slots& all, uint32_t error) {
+            all.devices.Close(error);
+            all.driverKeys.Close(error);
+        });
+    Start(
+        slots, [](Slots& all) { all.displays.Put(ReadDisplayConfig()); },
+        [](Slots& all, uint32_t error) { all.displays.Close(error); });
+}
+
+void StartGraphics(const std::shared_ptr<Slots>& slots)
+{
+    Start(
+        slots, [](Slots& all) { all.dxgi.Put(ReadDxgi()); }, [](Slots& all, uint32_t error) { all.dxgi.Close(error); });
+    Start(
+        slots, [](Slots& all) { all.dxCore.Put(ReadDxCore()); },
+        [](Slots& all, uint32_t error) { all.dxCore.Close(error); });
+}
+
+class Deadline {
+public:
+    explicit Deadline(uint32_t milliseconds) : end(::GetTickCount64() + milliseconds) {}
+
+    uint32_t Remaining() const
+    {
+        const uint64_t now = ::GetTickCount64();
+        return now < end ? static_cast<uint32_t>(end - now) : 0;
+    }
+
+private:
+    uint64_t end;
+};
+
+/// Wine, when it loads DXGI while it looks for displays, may wait for itself for ever.
+void AwaitSystem(const Slots& slots, const Deadline& deadline)
+{
+    slots.displays.IsClosed(deadline.Remaining());
+    slots.driverKeys.IsClosed(deadline.Remaining());
+}
+
+void TakeSystem(Slots& slots, const Deadline& deadline, Readings& readings)
+{
+    auto& setupApiEnd = readings.End(Source::SetupApi);
+    if (auto devices = slots.devices.Take(deadline.Remaining(), setupApiEnd)) {
+        readings.devices = std::move(devices->devices);
+        setupApiEnd = devices->error == 0 ? setupApiEnd : Failed(devices->error);
+    }
+    auto& driverKeyEnd = readings.End(Source::DriverKey);
+    if (auto driverKeys = slots.driverKeys.Take(deadline.Remaining(), driverKeyEnd)) {
+        readings.driverKeys = std::move(*driverKeys);
+        const bool isAsked = !readings.devices.empty() || IsKnown(setupApiEnd);
+        driverKeyEnd = isAsked ? driverKeyEnd : Unavailable(Reason::NoDevice);
+    }
+    auto& displayEnd = readings.End(Source::DisplayConfig);
+    if (auto displays = slots.displays.Take(deadline.Remaining(), displayEnd)) {
+        readings.paths = std::move(displays->paths);
+        displayEnd = displays->end;
+    }
+}
+
+void TakeGraphics(Slots& slots, const Deadline& deadline, Readings& readings)
+{
+    auto& dxgiEnd = readings.End(Source::Dxgi);
+    if (auto dxgi = slots.dxgi.Take(deadline.Remaining(), dxgiEnd)) {
+        readings.adapters = std::move(dxgi->adapters);
+        dxgiEnd = dxgi->end;
+    }
+    auto& dxCoreEnd = readings.End(Source::DxCore);
+    if (auto dxCore = slots.dxCore.Take(deadline.Remaining(), dxCoreEnd)) {
+        readings.integrated = std::move(dxCore->adapters);
+        dxCoreEnd = dxCore->end;
+    }
+}
+
+/// The vendors' libraries, none of which this release asks.
+void LeaveOutDrivers(const Options& options, Readings& readings)
+{
+    for (const auto source : {Source::Nvml, Source::Nvapi, Source::Adlx}) {
+        const bool isAsleep = !options.isWakingAllowed && WouldWake(source, readings.devices);
+        readings.End(source) = isAsleep ? NotAsked(Reason::Asleep) : Unavailable(Reason::NotInRelease);
+    }
+}
+
+} // namespace
+
+Findings TakeSnapshot(const Options& options)
+{
+    const Deadline deadline(options.timeoutMilliseconds);
+    const auto slots = std::make_shared<Slots>();
+    StartSystem(slots);
+    if (options.depth >= Depth::Graphics) {
+        AwaitSystem(*slots, Deadline(options.timeoutMilliseconds / 2));
+        StartGraphics(slots);
+    }
+
+    Readings readings;
+    readings.ends.fill(NotAsked(Reason::Depth));
+    TakeSystem(*slots, deadline, readings);
+    if (options.depth >= Depth::Graphics) {
+        TakeGraphics(*slots, deadline, readings);
+    }
+    if (options.depth >= Depth::Drivers) {
+        LeaveOutDrivers(options, readings);
+    }
+
+    Findings findings{options.depth, {}, CardsOf(readings)};
+    for (std::size_t source = 0; source < sourceCount; ++source) {
+        findings.sources.push_back({static_cast<Source>(source), readings.ends[source]});
+    }
+    return findings;
+}
+
+} // namespace orvel::shared::inventory

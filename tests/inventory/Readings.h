@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "matching/Cards.h"
+
+namespace orvel::shared::inventory {
+
+// Readings for tests, as Windows gives them.
+
+RawValue Refused(uint32_t error);
+RawValue PropertyOf(std::u16string_view text);
+RawValue PropertyOf(const std::vector<std::u16string>& texts);
+RawValue NumberProperty(uint32_t number);
+RawValue LongProperty(uint64_t number);
+RawValue BooleanProperty(bool isTrue);
+RawValue PowerProperty(uint32_t state);
+RawValue FileTimeProperty(uint64_t ticks);
+RawValue RegistryOf(std::u16string_view text);
+RawValue RegistryBytes(uint32_t type, std::vector<unsigned char> bytes);
+
+/// The bytes of a number, lowest first.
+std::vector<unsigned char> BytesOf(uint64_t number, std::size_t count);
+
+RawValue& At(DeviceReading& device, DeviceProperty property);
+RawValue& At(DriverKeyReading& key, DriverKeyValue value);
+
+/// A device that has nothing but an instance id.
+DeviceReading BareDevice(std::u16string_view instanceId);
+
+/// NVIDIA's GeForce RTX 3060 at a bus, without a problem and awake.
+DeviceReading GeForce(uint32_t bus, uint64_t luid);
+
+/// The same without the property that Windows 10 brought.
+DeviceReading GeForceWithoutLuid(uint32_t bus);
+
+/// A key without a value.
+DriverKeyReading EmptyKey();
+
+/// The adapter of GeForce.
+DxgiAdapter GeForceAdapter(uint64_t luid, uint64_t dedicatedBytes);
+
+/// Readings of sources that have all answered, of which the vendors' are left out by the depth.
+Readings HealthyReadings();
+
+/// The card of an instance id; fails the test where there is none.
+const Card& CardOf(const std::vector<Card>& cards, const std::string& instanceId);
+
+inline constexpr uint64_t gibibyte = 1 << 30;
+
+} // namespace orvel::shared::inventory

@@ -1,0 +1,509 @@
+#include "Print.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "Readings.h"
+#include "matching/Cards.h"
+
+namespace orvel::shared::inventory {
+
+namespace {
+
+using D = DeviceProperty;
+using K = DriverKeyValue;
+using P = Property;
+
+const auto missing = Unavailable(Reason::Missing);
+
+const std::string firstId = "PCI\\VEN_10DE&DEV_2504&SUBSYS_40741458&REV_A1\\4&0&1";
+const std::string secondId = "PCI\\VEN_10DE&DEV_2504&SUBSYS_40741458&REV_A1\\4&0&2";
+
+DisplayPath PathTo(uint64_t luid, std::u16string gdiName)
+{
+    DisplayPath path;
+    path.luid = luid;
+    path.gdiName = std::move(gdiName);
+    path.monitor = u"DELL U2720Q";
+    path.mode = SourceMode{3840, 2160, 0, 0};
+    path.refreshNumerator = 60'000;
+    path.refreshDenominator = 1'001;
+    path.outputTechnology = 10;
+    return path;
+}
+
+std::vector<std::string> GdiNamesOf(const Card& card)
+{
+    std::vector<std::string> names;
+    if (const auto* displays = std::get_if<Displays>(&card.Of(P::Displays).data)) {
+        for (const auto& display : *displays) {
+            names.push_back(display.gdiName.value_or("?"));
+        }
+    }
+    return names;
+}
+
+/// A status, and what else a value is, without its source.
+Answer AnswerOf(const Card& card, Property property)
+{
+    return card.Of(property);
+}
+
+std::vector<std::string> InstanceIdsOf(const std::vector<Card>& cards)
+{
+    std::vector<std::string> ids;
+    for (const auto& card : cards) {
+        ids.push_back(TextOf(card.Of(P::InstanceId)));
+    }
+    return ids;
+}
+
+/// Two equal cards with different memory, displays and DXCore entries, and Microsoft's software adapter.
+Readings TwoEqualCards()
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7), GeForce(2, 8)};
+    readings.driverKeys = {EmptyKey(), EmptyKey()};
+    At(readings.driverKeys[0], K::BiosString) = RegistryOf(u"first");
+    At(readings.driverKeys[1], K::BiosString) = RegistryOf(u"second");
+    DxgiAdapter software;
+    software.description = u"Microsoft Basic Render Driver";
+    software.vendorId = 0x1414;
+    software.deviceId = 0x8C;
+    software.luid = 9;
+    software.flags = 2;
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte), GeForceAdapter(8, 24 * gibibyte), software};
+    readings.paths = {PathTo(7, u"\\\\.\\DISPLAY1"), PathTo(8, u"\\\\.\\DISPLAY10"), PathTo(8, u"\\\\.\\DISPLAY2")};
+    readings.integrated = {{7, Known(false)}, {8, Known(true)}, {9, Known(false)}};
+    return readings;
+}
+
+// --- rule 2: by LUID ---
+
+TEST_CASE("Equal cards are told apart by their LUIDs")
+{
+    const auto cards = CardsOf(TwoEqualCards());
+    REQUIRE(cards.size() == 3);
+    CHECK(AnswerOf(cards[0], P::InstanceId) == Known(firstId));
+    CHECK(AnswerOf(cards[0], P::DedicatedMemoryBytes) == Known(12 * gibibyte));
+    CHECK(AnswerOf(cards[0], P::Luid) == Known(uint64_t{7}));
+    CHECK(AnswerOf(cards[0], P::BiosVersion) == Known("first"));
+    CHECK(AnswerOf(cards[0], P::Integrated) == Known(false));
+    CHECK(GdiNamesOf(cards[0]) == std::vector<std::string>{"\\\\.\\DISPLAY1"});
+    CHECK(AnswerOf(cards[1], P::InstanceId) == Known(secondId));
+    CHECK(AnswerOf(cards[1], P::DedicatedMemoryBytes) == Known(24 * gibibyte));
+    CHECK(AnswerOf(cards[1], P::BiosVersion) == Known("second"));
+    CHECK(AnswerOf(cards[1], P::Integrated) == Known(true));
+    CHECK(GdiNamesOf(cards[1]) == std::vector<std::string>{"\\\\.\\DISPLAY2", "\\\\.\\DISPLAY10"});
+}
+
+TEST_CASE("Every order of devices, adapters and displays gives the same cards")
+{
+    const auto expected = CardsOf(TwoEqualCards());
+    std::vector<std::size_t> devices{0, 1}, adapters{0, 1, 2}, paths{0, 1, 2};
+    int orders = 0;
+    do {
+        do {
+            do {
+                const auto healthy = TwoEqualCards();
+                auto readings = healthy;
+                for (std::size_t index = 0; index < 2; ++index) {
+                    readings.devices[index] = healthy.devices[devices[index]];
+                    readings.driverKeys[index] = healthy.driverKeys[devices[index]];
+                }
+                for (std::size_t index = 0; index < 3; ++index) {
+                    readings.adapters[index] = healthy.adapters[adapters[index]];
+                    readings.paths[index] = healthy.paths[paths[index]];
+                }
+                CHECK(CardsOf(readings) == expected);
+                ++orders;
+            } while (std::next_permutation(paths.begin(), paths.end()));
+        } while (std::next_permutation(adapters.begin(), adapters.end()));
+    } while (std::next_permutation(devices.begin(), devices.end()));
+    CHECK(orders == 72);
+}
+
+TEST_CASE("A card whose LUID DXGI does not have is not compared by its identifiers")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7)};
+    readings.adapters = {GeForceAdapter(8, 12 * gibibyte)};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 1); // the adapter agrees with the device, so it is no other card either
+    CHECK(AnswerOf(cards[0], P::SharedMemoryBytes) == Unavailable(Reason::NotListed));
+}
+
+TEST_CASE("Linked cards share a LUID, and the first of them has what belongs to it")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7), GeForce(2, 7)};
+    At(readings.devices[0], D::PhysicalAdapterIndex) = NumberProperty(1);
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte)};
+    readings.paths = {PathTo(7, u"\\\\.\\DISPLAY1")};
+    readings.integrated = {{7, Known(false)}};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 2);
+    const auto& other = CardOf(cards, firstId);
+    CHECK(AnswerOf(other, P::Luid) == Known(uint64_t{7}));
+    CHECK(AnswerOf(other, P::SharedMemoryBytes) == Unavailable(Reason::Linked));
+    CHECK(AnswerOf(other, P::Displays) == Unavailable(Reason::Linked));
+    const auto& first = CardOf(cards, secondId);
+    CHECK(AnswerOf(first, P::Luid) == Known(uint64_t{7}));
+    CHECK(AnswerOf(first, P::DedicatedMemoryBytes) == Known(12 * gibibyte));
+    CHECK(AnswerOf(first, P::Integrated) == Known(false));
+    CHECK(GdiNamesOf(first).size() == 1);
+}
+
+TEST_CASE("Linked cards of which none or several are the first have nothing of their LUID")
+{
+    for (const auto& index : {Refused(1168), NumberProperty(0), NumberProperty(1)}) {
+        auto readings = HealthyReadings();
+        readings.devices = {GeForce(1, 7), GeForce(2, 7)};
+        At(readings.devices[0], D::PhysicalAdapterIndex) = index;
+        At(readings.devices[1], D::PhysicalAdapterIndex) = index;
+        readings.adapters = {GeForceAdapter(7, 12 * gibibyte)};
+        for (const auto& card : CardsOf(readings)) {
+            CHECK(AnswerOf(card, P::SharedMemoryBytes) == Unavailable(Reason::Linked));
+        }
+    }
+}
+
+// --- rule 3: by identifiers ---
+
+TEST_CASE("Without LUIDs, one device and one adapter of the same identifiers belong together")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForceWithoutLuid(1)};
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte)};
+    readings.paths = {PathTo(7, u"\\\\.\\DISPLAY1")};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 1);
+    CHECK(cards[0].Of(P::Luid) == Value{Known(uint64_t{7}), Source::Dxgi});
+    CHECK(AnswerOf(cards[0], P::DedicatedMemoryBytes) == Known(12 * gibibyte));
+    CHECK(GdiNamesOf(cards[0]).size() == 1);
+}
+
+TEST_CASE("Without LUIDs, equal cards have what is the same for all of them")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForceWithoutLuid(1), GeForceWithoutLuid(2)};
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte), GeForceAdapter(8, 24 * gibibyte)};
+    readings.paths = {PathTo(7, u"\\\\.\\DISPLAY1")};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 2);
+    for (const auto& card : cards) {
+        CHECK(AnswerOf(card, P::SharedMemoryBytes) == Known(16 * gibibyte));
+        CHECK(AnswerOf(card, P::DedicatedMemoryBytes) == Unavailable(Reason::CannotTell));
+        CHECK(AnswerOf(card, P::Luid) == missing); // SetupAPI is asked first
+        CHECK(AnswerOf(card, P::Displays) == Unavailable(Reason::NoLuid));
+    }
+}
+
+TEST_CASE("Without LUIDs, as many adapters as devices are needed")
+{
+    for (const std::size_t adapters : {1U, 3U}) {
+        auto readings = HealthyReadings();
+        readings.devices = {GeForceWithoutLuid(1), GeForceWithoutLuid(2)};
+        for (uint64_t luid = 1; luid <= adapters; ++luid) {
+            readings.adapters.push_back(GeForceAdapter(luid, 12 * gibibyte));
+        }
+        const auto cards = CardsOf(readings);
+        CHECK(cards.size() == 2);
+        for (const auto& card : cards) {
+            CHECK(AnswerOf(card, P::SharedMemoryBytes) == Unavailable(Reason::CannotTell));
+        }
+    }
+}
+
+TEST_CASE("A device without a subsystem agrees with every adapter of the model")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForceWithoutLuid(1), GeForceWithoutLuid(2)};
+    At(readings.devices[1], D::HardwareIds) = PropertyOf(std::vector<std::u16string>{u"PCI\\VEN_10DE&DEV_2504"});
+    auto other = GeForceAdapter(8, 24 * gibibyte);
+    other.subsystemId = 0x11223344;
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte), other};
+    for (const auto& card : CardsOf(readings)) { // two of each, which the subsystem does not tell apart for certain
+        CHECK(AnswerOf(card, P::SharedMemoryBytes) == Known(16 * gibibyte));
+        CHECK(AnswerOf(card, P::DedicatedMemoryBytes) == Unavailable(Reason::CannotTell));
+    }
+}
+
+TEST_CASE("A disabled card, which has no LUID, gets nothing of an equal card's adapter")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7), GeForceWithoutLuid(2)};
+    At(readings.devices[1], D::DevNodeStatus) = NumberProperty(0x400);
+    At(readings.devices[1], D::ProblemCode) = NumberProperty(22);
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte)};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 2);
+    CHECK(AnswerOf(CardOf(cards, firstId), P::DedicatedMemoryBytes) == Known(12 * gibibyte));
+    CHECK(AnswerOf(CardOf(cards, secondId), P::SharedMemoryBytes) == Unavailable(Reason::NotListed));
+    CHECK(AnswerOf(CardOf(cards, secondId), P::Problem) == Known("DISABLED"));
+}
+
+// --- rules 4 and 6 ---
+
+TEST_CASE("A DXGI adapter without a device is a card of its own")
+{
+    const auto cards = CardsOf(TwoEqualCards());
+    const auto& software = cards.back();
+    CHECK(AnswerOf(software, P::InstanceId) == Unavailable(Reason::NoDevice));
+    CHECK(AnswerOf(software, P::DriverVersion) == Unavailable(Reason::NoDevice));
+    CHECK(software.Of(P::Kind) == Value{Known("software"), Source::Dxgi});
+    CHECK(software.Of(P::Name) == Value{Known("Microsoft Basic Render Driver"), Source::Dxgi});
+    CHECK(AnswerOf(software, P::Vendor) == Known("Microsoft"));
+    CHECK(AnswerOf(software, P::DedicatedMemoryBytes) == Known(uint64_t{0})); // 0 is what DXGI says
+    CHECK(AnswerOf(software, P::BoardMemoryBytes) == Unsupported(Reason::NoSource));
+    CHECK(AnswerOf(software, P::Displays) == Known(Displays()));
+}
+
+TEST_CASE("DXGI's flags give the kind of an adapter without a device")
+{
+    struct Flags {
+        uint32_t number;
+        const char* kind;
+    };
+    for (const auto& [number, kind] : {Flags{0, "other"}, Flags{1, "remote"}, Flags{2, "software"}, Flags{3, "software"}}) {
+        auto readings = HealthyReadings();
+        readings.adapters = {GeForceAdapter(7, 0)};
+        readings.adapters[0].flags = number;
+        CHECK(AnswerOf(CardsOf(readings).at(0), P::Kind) == Known(kind));
+    }
+}
+
+TEST_CASE("A device that DXGI does not list is a card all the same")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7)};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 1);
+    CHECK(cards[0].Of(P::SharedMemoryBytes) == Value{Unavailable(Reason::NotListed), Source::Dxgi});
+    CHECK(AnswerOf(cards[0], P::Name) == Known("NVIDIA GeForce RTX 3060"));
+}
+
+TEST_CASE("The driver key has the memory of a card that DXGI does not list")
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7)};
+    readings.driverKeys = {EmptyKey()};
+    At(readings.driverKeys[0], K::QwMemorySize) = RegistryBytes(11, BytesOf(24 * gibibyte, 8));
+    CHECK(CardsOf(readings)[0].Of(P::DedicatedMemoryBytes) == Value{Known(24 * gibibyte), Source::DriverKey});
+}
+
+TEST_CASE("An indirect display has nothing of the card that renders for it")
+{
+    auto readings = HealthyReadings();
+    auto device = BareDevice(u"ROOT\\DISPLAY\\0000");
+    At(device, D::IndirectDisplay) = BooleanProperty(true);
+    At(device, D::Luid) = LongProperty(8);
+    readings.devices = {GeForce(1, 7), device};
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte), GeForceAdapter(8, 12 * gibibyte)};
+    readings.paths = {PathTo(8, u"\\\\.\\DISPLAY2")};
+    readings.integrated = {{7, Known(false)}, {8, Known(false)}};
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 2);
+    const auto& display = CardOf(cards, "ROOT\\DISPLAY\\0000");
+    CHECK(AnswerOf(display, P::Kind) == Known("indirect"));
+    for (const auto property : {P::SharedMemoryBytes, P::DedicatedSystemMemoryBytes}) {
+        CHECK(AnswerOf(display, property) == Unavailable(Reason::BelongsToOther));
+    }
+    for (const auto property : {P::Name, P::Vendor, P::VendorId, P::DeviceId, P::SubsystemId, P::Revision,
+                                P::DedicatedMemoryBytes, P::Integrated}) {
+        CAPTURE(RowOf(property).name);
+        CHECK(AnswerOf(display, property).status != Status::Known);
+    }
+    CHECK(GdiNamesOf(display).size() == 1);
+}
+
+TEST_CASE("The vendor's name belongs to the vendor's number, whichever source has that")
+{
+    auto readings = TwoEqualCards();
+    At(readings.devices[0], D::HardwareIds) = PropertyOf(std::vector<std::u16string>{u"PCI\\VEN_0000&DEV_0000"});
+    At(readings.devices[1], D::HardwareIds) = Refused(5);
+    const auto cards = CardsOf(readings);
+    CHECK(CardOf(cards, firstId).Of(P::Vendor) == Value{Unavailable(Reason::NotInTable), Source::SetupApi});
+    CHECK(CardOf(cards, secondId).Of(P::VendorId) == Value{Known(uint64_t{0x10DE}), Source::Dxgi});
+    CHECK(CardOf(cards, secondId).Of(P::Vendor) == Value{Known("NVIDIA"), Source::Dxgi});
+}
+
+// --- sources that fail ---
+
+TEST_CASE("DXGI's failure changes DXGI's values and says so")
+{
+    const auto healthy = CardsOf(TwoEqualCards());
+    for (const auto& end : {Failed(0x887A0004), NoAnswer(), Unavailable(Reason::NotPresent), NotAsked(Reason::Depth)}) {
+        auto readings = TwoEqualCards();
+        readings.adapters.clear();
+        readings.End(Source::Dxgi) = end;
+        const auto cards = CardsOf(readings);
+        REQUIRE(cards.size() == 2);
+        for (std::size_t card = 0; card < 2; ++card) {
+            for (std::size_t property = 0; property < propertyCount; ++property) {
+                const auto& value = cards[card].values[property];
+                const auto& before = healthy[card].values[property];
+                CAPTURE(RowOf(static_cast<Property>(property)).name);
+                if (before.source == Source::Dxgi && property != static_cast<std::size_t>(P::DedicatedMemoryBytes)) {
+                    CHECK(value == Value{end, Source::Dxgi});
+                } else if (before.source != Source::Dxgi) {
+                    CHECK(value == before);
+                }
+            }
+        }
+    }
+}
+
+TEST_CASE("An adapter that DXGI refuses to describe takes the values of the card without an entry")
+{
+    auto readings = TwoEqualCards();
+    readings.adapters.erase(readings.adapters.begin());
+    readings.End(Source::Dxgi) = Failed(0x887A0001);
+    const auto cards = CardsOf(readings);
+    CHECK(AnswerOf(CardOf(cards, firstId), P::SharedMemoryBytes) == Failed(0x887A0001));
+    CHECK(AnswerOf(CardOf(cards, secondId), P::SharedMemoryBytes) == Known(16 * gibibyte));
+}
+
+TEST_CASE("Where SetupAPI refuses, DXGI's adapters are the cards")
+{
+    for (const auto& end : {Failed(5), NoAnswer()}) {
+        auto readings = TwoEqualCards();
+        readings.devices.clear();
+        readings.driverKeys.clear();
+        readings.End(Source::SetupApi) = end;
+        const auto cards = CardsOf(readings);
+        REQUIRE(cards.size() == 3);
+        const auto nvidia = std::count_if(cards.begin(), cards.end(),
+                                          [](const Card& card) { return AnswerOf(card, P::Vendor) == Known("NVIDIA"); });
+        CHECK(nvidia == 2);
+        for (const auto& card : cards) {
+            CHECK(AnswerOf(card, P::InstanceId) == end);
+            CHECK(card.Of(P::Luid).source == Source::Dxgi);
+        }
+    }
+}
+
+TEST_CASE("Where SetupAPI stops early, the adapters of the devices that are left are cards")
+{
+    auto readings = TwoEqualCards();
+    readings.devices.pop_back();
+    readings.driverKeys.pop_back();
+    readings.End(Source::SetupApi) = Failed(13);
+    const auto cards = CardsOf(readings);
+    REQUIRE(cards.size() == 3);
+    CHECK(AnswerOf(cards[0], P::InstanceId) == Known(firstId));
+    CHECK(AnswerOf(cards[1], P::InstanceId) == Failed(13));
+    CHECK(AnswerOf(cards[2], P::InstanceId) == Failed(13));
+}
+
+TEST_CASE("A display configuration that is refused is no empty list")
+{
+    auto readings = TwoEqualCards();
+    readings.paths.clear();
+    readings.End(Source::DisplayConfig) = Failed(5);
+    for (const auto& card : CardsOf(readings)) {
+        CHECK(card.Of(P::Displays) == Value{Failed(5), Source::DisplayConfig});
+    }
+}
+
+TEST_CASE("Driver keys that do not come leave what else there is")
+{
+    auto readings = TwoEqualCards();
+    readings.driverKeys.clear();
+    readings.End(Source::DriverKey) = NoAnswer();
+    for (auto& device : readings.devices) {
+        At(device, D::DriverVersion) = Refused(1168);
+    }
+    const auto cards = CardsOf(readings);
+    CHECK(cards[0].Of(P::DriverVersion) == Value{missing, Source::SetupApi}); // the most preferred one
+    CHECK(AnswerOf(cards[0], P::DedicatedMemoryBytes) == Known(12 * gibibyte));
+}
+
+TEST_CASE("Without any adapter there is no card")
+{
+    CHECK(CardsOf(HealthyReadings()).empty());
+}
+
+// --- which answer decides ---
+
+TEST_CASE("The first known answer decides, then a source that was left out, then the first that is there")
+{
+    AnswersBySource sources;
+    const auto at = [&](Source source) -> Answer& { return sources[static_cast<std::size_t>(source)].otherwise; };
+    constexpr unsigned nvidia = 0x10DE;
+    const auto resolve = [&] { return Resolve(P::CoreCount, nvidia, sources); };
+    at(Source::Nvml) = Known(uint64_t{1});
+    at(Source::Nvapi) = Known(uint64_t{2});
+    CHECK(resolve() == Value{Known(uint64_t{1}), Source::Nvml});
+    at(Source::Nvml) = Failed(3);
+    CHECK(resolve() == Value{Known(uint64_t{2}), Source::Nvapi});
+    at(Source::Nvapi) = NotAsked(Reason::Asleep);
+    CHECK(resolve() == Value{NotAsked(Reason::Asleep), Source::Nvapi});
+    at(Source::Nvapi) = Unsupported(Reason::NotSupported);
+    CHECK(resolve() == Value{Failed(3), Source::Nvml});
+    at(Source::Nvml) = Unavailable(Reason::NotPresent);
+    CHECK(resolve() == Value{Unsupported(Reason::NotSupported), Source::Nvapi});
+    at(Source::Nvapi) = Unavailable(Reason::NotPresent);
+    CHECK(resolve() == Value{Unavailable(Reason::NotPresent), Source::Nvml});
+}
+
+TEST_CASE("A property without a source for the vendor is unsupported, for an unknown vendor unavailable")
+{
+    const AnswersBySource sources;
+    CHECK(Resolve(P::MemoryType, 0x10DE, sources) == Value{Unsupported(Reason::NoSource), {}});
+    CHECK(Resolve(P::CoreCount, 0x8086, sources) == Value{Unsupported(Reason::NoSource), {}});
+    CHECK(Resolve(P::DriverVersionMarketing, 0x8086, sources) == Value{Unsupported(Reason::NoSource), {}});
+    CHECK(Resolve(P::CoreCount, {}, sources) == Value{Unavailable(Reason::VendorUnknown), {}});
+}
+
+// --- order ---
+
+TEST_CASE("PCI cards come by their place, then devices by their id, then DXGI's own")
+{
+    auto readings = HealthyReadings();
+    auto onSegment = GeForce(1, 3);
+    onSegment.instanceId = PropertyOf(u"PCI\\AAA");
+    At(onSegment, D::BusNumber) = NumberProperty(0x101);
+    auto withoutPlace = GeForce(3, 4);
+    withoutPlace.instanceId = PropertyOf(u"PCI\\BBB");
+    At(withoutPlace, D::BusNumber) = NumberProperty(0xFFFFFFFF);
+    readings.devices = {BareDevice(u"ROOT\\DISPLAY\\0000"), onSegment,     withoutPlace,
+                        BareDevice(u"ACPI\\QCOM0C36\\2"),   GeForce(2, 1), GeForce(1, 2)};
+    DxgiAdapter software;
+    software.vendorId = 0x1414;
+    software.luid = 9;
+    readings.adapters = {software};
+    const std::vector<std::string> expected{
+        firstId, secondId, "PCI\\AAA", "ACPI\\QCOM0C36\\2", "PCI\\BBB", "ROOT\\DISPLAY\\0000", ""};
+    CHECK(InstanceIdsOf(CardsOf(readings)) == expected);
+    std::reverse(readings.devices.begin(), readings.devices.end());
+    CHECK(InstanceIdsOf(CardsOf(readings)) == expected);
+}
+
+// --- displays ---
+
+TEST_CASE("A display has what the configuration says, and nothing for what it does not")
+{
+    auto readings = TwoEqualCards();
+    DisplayPath bare;
+    bare.luid = 7;
+    bare.outputTechnology = 7;
+    readings.paths = {PathTo(7, u"\\\\.\\DISPLAY1"), bare};
+    readings.paths[0].mode->x = -1920;
+    bare.refreshDenominator = 1; // 0 Hz
+    readings.paths[1] = bare;
+    const auto cards = CardsOf(readings);
+    const auto& displays = std::get<Displays>(CardOf(cards, firstId).Of(P::Displays).data);
+    REQUIRE(displays.size() == 2);
+    CHECK(displays[0] == Display());
+    CHECK(displays[1].monitorName == "DELL U2720Q");
+    CHECK(displays[1].width == 3840);
+    CHECK(displays[1].height == 2160);
+    CHECK(displays[1].refreshMillihertz == 59'940); // 60000000 / 1001 = 59940.06
+    CHECK(displays[1].connector == "DisplayPort");
+    CHECK(displays[1].primary == false);
+}
+
+} // namespace
+
+} // namespace orvel::shared::inventory

@@ -1,0 +1,13 @@
+# The tests of the inventory's units that know no Windows header.
+set(inventory_pure_tests
+    Readings.cpp
+    json/JsonTest.cpp
+    matching/CardsTest.cpp
+    matching/DeviceFactsTest.cpp
+    matching/DriverFactsTest.cpp
+    matching/IdentifiersTest.cpp
+    matching/RawValuesTest.cpp
+    model/NamesTest.cpp
+    model/PropertiesTest.cpp
+    model/TextTest.cpp)
+list(TRANSFORM inventory_pure_tests PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
