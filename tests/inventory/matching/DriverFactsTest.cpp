@@ -11,7 +11,7 @@ TEST_CASE("NVIDIA's version is the last five digits of the Windows version")
     struct Pair {
         const char *windows, *nvidia;
     };
-    for (const auto& [windows, nvidia] : {
+    for (const auto& pair : {
              Pair{"32.0.15.9672", "596.72"},
              Pair{"31.0.15.3161", "531.61"},
              Pair{"9.18.13.4788", "347.88"},
@@ -20,8 +20,8 @@ TEST_CASE("NVIDIA's version is the last five digits of the Windows version")
              Pair{"32.0.16.1088", "610.88"},
              Pair{"31.0.15.61", "500.61"},
          }) {
-        CAPTURE(windows);
-        CHECK(NvidiaDriverVersion(windows) == nvidia);
+        CAPTURE(pair.windows);
+        CHECK(NvidiaDriverVersion(pair.windows) == pair.nvidia);
     }
 }
 

@@ -103,13 +103,14 @@ ReplacedImport Replace(const wchar_t* dll, const char* name, Function* replaceme
 
 TEST_CASE("A source that does not answer is abandoned, and the others are there")
 {
+    TakeSnapshot(At(Depth::Graphics, 60'000)); // the first one takes Wine long
     const Hanging hanging;
     const auto replaced = Replace(L"setupapi.dll", "SetupDiGetClassDevsW", &HangingClassDevs);
     const auto start = std::chrono::steady_clock::now();
-    const auto findings = TakeSnapshot(At(Depth::Graphics, 300));
+    const auto findings = TakeSnapshot(At(Depth::Graphics, 2000));
     const auto taken = std::chrono::steady_clock::now() - start;
-    CHECK(taken >= std::chrono::milliseconds(250));
-    CHECK(taken < std::chrono::milliseconds(3000));
+    CHECK(taken >= std::chrono::milliseconds(1900));
+    CHECK(taken < std::chrono::milliseconds(6000));
     CHECK(EndOf(findings, Source::SetupApi) == NoAnswer());
     CHECK(EndOf(findings, Source::DriverKey) == NoAnswer());
     CHECK(EndOf(findings, Source::DisplayConfig).reason != Reason::NoAnswer);
@@ -121,7 +122,7 @@ TEST_CASE("A driver key that does not answer leaves SetupAPI's values")
     const auto healthy = TakeSnapshot(At(Depth::System));
     const Hanging hanging;
     const auto replaced = Replace(L"advapi32.dll", "RegQueryValueExW", &HangingQueryValue);
-    const auto findings = TakeSnapshot(At(Depth::System, 300));
+    const auto findings = TakeSnapshot(At(Depth::System, 1000));
     CHECK(EndOf(findings, Source::SetupApi) == Known(true));
     CHECK(EndOf(findings, Source::DriverKey) == NoAnswer());
     REQUIRE(findings.cards.size() == healthy.cards.size());
@@ -134,7 +135,7 @@ TEST_CASE("A display configuration that does not answer leaves the rest")
 {
     const Hanging hanging;
     const auto replaced = Replace(L"user32.dll", "GetDisplayConfigBufferSizes", &HangingBufferSizes);
-    const auto findings = TakeSnapshot(At(Depth::System, 300));
+    const auto findings = TakeSnapshot(At(Depth::System, 1000));
     CHECK(EndOf(findings, Source::DisplayConfig) == NoAnswer());
     CHECK(EndOf(findings, Source::DriverKey) == Known(true));
     for (const auto& card : findings.cards) {
