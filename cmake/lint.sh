@@ -15,7 +15,7 @@ mkdir -p "$lint/cppcheck"
 # Translates GCC's commands for clang: adds the target and the C++ library's folders, and removes unknown options.
 library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
 jq --arg library "$library" --arg project "$project/" '[.[]
-    | select(.file | ltrimstr($project) | test("^(cmake|src|simulation|wmi-client/src|(tests/)?fallback)/[^.]*[.]cpp$"))
+    | select(.file | ltrimstr($project) | test("^(cmake|inventory|src|simulation|wmi-client/src|(tests/)?fallback)/[^.]*[.]cpp$"))
     | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-Wshadow=local|-Werror|-Winvalid-pch|-include [^ ]*cmake_pch[^ ]*"; ""))]' \
     "$2/compile_commands.json" >"$lint/compile_commands.json"
 jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
@@ -25,5 +25,5 @@ jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
 cd "$project"
 cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --language=c++ --std=c++20 --platform=win64 --inline-suppr \
     --enable=warning,performance,portability --library=windows --cppcheck-build-dir="$lint/cppcheck" \
-    -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I wmi-client/include -I simulation -I simulation/include -I tools -I fuzz -I tests \
-    --suppressions-list=cmake/cppcheck-suppressions.txt cmake src wmi-client tools fallback simulation bench fuzz tests
+    -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I inventory -I wmi-client/include -I simulation -I simulation/include -I tools -I fuzz -I tests \
+    --suppressions-list=cmake/cppcheck-suppressions.txt cmake inventory src wmi-client tools fallback simulation bench fuzz tests

@@ -267,5 +267,5 @@ int32_t OrvelInventoryToJson(const OrvelInventory* inventory, uint32_t form, cha
 
 void OrvelInventoryFreeText(char* text)
 {
-    delete[] text;
+    const std::unique_ptr<char[]> freed(text);
 }

@@ -194,6 +194,7 @@ std::vector<Card> CardsOf(const Readings& readings)
     std::stable_sort(placed.begin(), placed.end(),
                      [](const PlacedCard& left, const PlacedCard& right) { return left.place < right.place; });
     std::vector<Card> cards;
+    cards.reserve(placed.size());
     for (auto& each : placed) {
         cards.push_back(std::move(each.card));
     }

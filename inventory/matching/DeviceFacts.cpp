@@ -27,7 +27,7 @@ Answer InstanceIdAnswer(const DeviceReading& device)
 Answer ReadIdentifiers(const DeviceReading& device, const std::string& instanceId, Identifiers& identifiers)
 {
     std::vector<std::string> ids;
-    const auto answer = PropertyTexts(device.Of(D::HardwareIds), ids);
+    auto answer = PropertyTexts(device.Of(D::HardwareIds), ids);
     if (answer == Unavailable(Reason::Missing)) {
         ids = {instanceId};
     } else if (!IsKnown(answer)) {
@@ -288,6 +288,7 @@ DeviceFacts FactsOf(const DeviceReading& device)
 std::vector<DeviceFacts> FactsOf(const std::vector<DeviceReading>& devices)
 {
     std::vector<DeviceFacts> facts;
+    facts.reserve(devices.size());
     for (const auto& device : devices) {
         facts.push_back(FactsOf(device));
     }

@@ -37,7 +37,8 @@ std::optional<std::string> NvidiaDriverVersion(std::string_view windowsVersion)
     const auto& [first, second, third, last] = *fields;
     std::string digits(1, third.back());
     digits.append(4 - last.size(), '0').append(last);
-    return digits.insert(3, 1, '.');
+    digits.insert(3, 1, '.');
+    return digits;
 }
 
 std::optional<std::string> IsoDate(uint64_t fileTime)

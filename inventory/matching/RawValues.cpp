@@ -105,7 +105,7 @@ Answer RegistryMemorySize(const RawValue& value)
 
 Answer DateOf(const RawValue& value, uint32_t type)
 {
-    const auto ticks = NumberAnswer(value, value.type == type, 8);
+    auto ticks = NumberAnswer(value, value.type == type, 8);
     if (!IsKnown(ticks)) {
         return ticks;
     }

@@ -27,7 +27,7 @@ struct Slots {
 
 /// Runs `read` on a thread. `close` gets the error for what has not come when it ends, or cannot begin.
 template <typename Read, typename Close>
-void Start(std::shared_ptr<Slots> slots, Read read, Close close)
+void Start(const std::shared_ptr<Slots>& slots, Read read, Close close)
 {
     const auto error = StartThread([slots, read, close] {
         try {

@@ -47,7 +47,7 @@ uint32_t StartThread(std::function<void()> work)
     if (!thread) {
         return ::GetLastError();
     }
-    task.release(); // the thread's
+    static_cast<void>(task.release()); // the thread's
     return 0;
 }
 

@@ -11,13 +11,16 @@ source "$source/tests/support/checks.sh"
 layers=(src/formulas src/platform wmi-client src/system include src/record src/vendors
     src/vendors/intel src/vendors/nvidia src/vendors/amd src/run src/abi)
 
+# The inventory's own. It shares what knows no graphics card.
+inventory_layers=(inventory/model inventory/sources inventory/matching inventory/json inventory/snapshot inventory/interface)
+
 # Around them, what each folder may include besides itself.
 declare -A around=(
     [simulation]="src/formulas src/platform simulation/include"
     [fallback]=""
     [tools]="${layers[*]} simulation/include"
     [bench]="${layers[*]} simulation/include tools"
-    [tests]="${layers[*]} simulation simulation/include tools"
+    [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools"
     [fuzz]="src/formulas src/vendors/intel src/vendors/nvidia src/vendors/amd"
 )
 
@@ -30,6 +33,11 @@ may_include() {
     done
 }
 for layer in "${layers[@]}"; do around[$layer]=$(may_include "$layer"); done
+below="src/formulas src/platform include"
+for layer in "${inventory_layers[@]}"; do
+    around[$layer]=$below
+    below+=" $layer"
+done
 around[simulation/include]=""
 
 # folder_of FILE: the longest of the folders above that it is in.
@@ -42,7 +50,7 @@ folder_of() {
 # file_of FILE INCLUDE: the file that an include in quotes means; nothing for one that is not ours.
 file_of() {
     local root
-    for root in "${1%/*}" "${1%%/*}" src include wmi-client/include wmi-client/src simulation/include tools simulation bench tests; do
+    for root in "${1%/*}" "${1%%/*}" src include wmi-client/include wmi-client/src simulation/include tools simulation inventory bench tests; do
         [ -f "$root/$2" ] && echo "$root/$2" && return
     done
 }
@@ -87,7 +95,7 @@ check "an include of the tools in the simulation is found" finds simulation/Simu
 # --- the project --------------------------------------------------------------------------------------------------------------
 
 cd "$source" || exit 1
-check "no folder includes one above it" includes_are_right src include wmi-client simulation fallback tools bench tests fuzz
+check "no folder includes one above it" includes_are_right src include inventory wmi-client simulation fallback tools bench tests fuzz
 
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))
