@@ -4,6 +4,8 @@
 #include <fstream>
 #include <iterator>
 
+#include <nlohmann/json.hpp>
+
 #include "loading/DriverState.h"
 #include "loading/ModuleSetup.h"
 #include "machine/CurrentMachine.h"

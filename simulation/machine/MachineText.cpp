@@ -4,6 +4,8 @@
 #include <set>
 #include <string_view>
 
+#include <nlohmann/json.hpp>
+
 #include "machine/Node.h"
 
 namespace orvel::simulation {

@@ -5,6 +5,8 @@
 #include <limits>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 namespace orvel::simulation {
 
 namespace {

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include <nlohmann/json.hpp>
+
 namespace orvel::simulation {
 
 namespace {

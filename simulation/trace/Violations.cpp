@@ -3,6 +3,8 @@
 #include <mutex>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace orvel::simulation {
 
 namespace {
