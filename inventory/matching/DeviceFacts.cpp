@@ -117,7 +117,7 @@ Answer KindOf(const DeviceReading& device, const DeviceFacts& facts)
     return facts.enumerator.empty() ? Unavailable(Reason::Missing) : Known(KindByBus(facts));
 }
 
-/// A device of its own bus shows itself, even where its kind cannot be told.
+/// A device of its own bus shows itself, even where its kind is unknown.
 bool ShowsOtherCard(const DeviceFacts& facts)
 {
     const auto& kind = facts.answers.at(P::Kind);

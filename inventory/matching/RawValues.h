@@ -8,7 +8,7 @@
 
 namespace orvel::shared::inventory {
 
-// What the bytes that Windows hands out mean. A value that is not there is `unavailable`, one that Windows refuses `failed`
+// What the bytes that Windows returns mean. A value that is not there is `unavailable`, one that Windows refuses `failed`
 // with the error, and one of another type or length than the interface has `unavailable` ("unusable").
 
 /// Published numbers of the types that are read (DEVPROP_TYPE_…, REG_…).
@@ -53,7 +53,7 @@ Answer RegistryTextValue(const RawValue& value, bool isBinaryToo = false);
 /// A number of bytes, which is stored with 8 or 4 bytes under several types; 0 means nothing.
 Answer RegistryMemorySize(const RawValue& value);
 
-/// The date, as YYYY-MM-DD, of 8 bytes that are a FILETIME; 0 is none.
+/// The date, as YYYY-MM-DD, of 8 bytes that are a FILETIME; 0 means no date.
 Answer DateOf(const RawValue& value, uint32_t type);
 
 } // namespace orvel::shared::inventory

@@ -6,7 +6,7 @@
 
 namespace orvel::shared::inventory {
 
-// The texts that stand for numbers. Those of the library's own enumerations are part of its interface.
+// The names of numbers. Those of the library's own enumerations are part of its interface.
 
 const char* StatusText(Status status);
 const char* SourceText(Source source);

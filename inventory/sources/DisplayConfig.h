@@ -21,7 +21,7 @@ struct SourceMode {
 struct DisplayPath {
     uint64_t luid = 0;      ///< of the adapter
     std::u16string gdiName; ///< empty where Windows does not give it
-    uint32_t targetId = 0;  ///< tells clones of one source apart
+    uint32_t targetId = 0;  ///< distinguishes clones of one source
     std::u16string monitor; ///< name of the monitor; empty without one
     std::optional<SourceMode> mode;
     uint32_t refreshNumerator = 0;

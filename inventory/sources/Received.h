@@ -8,7 +8,7 @@
 
 namespace orvel::shared::inventory {
 
-/// What a call has handed out, and its result. Null when it has failed, whatever it has written.
+/// What a call has returned, and its result. Null when it has failed, whatever it has written.
 template <typename Interface>
 struct Received {
     HRESULT result = S_OK;

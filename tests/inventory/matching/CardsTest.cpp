@@ -80,7 +80,7 @@ Readings TwoEqualCards()
 
 // --- rule 2: by LUID ---
 
-TEST_CASE("Equal cards are told apart by their LUIDs")
+TEST_CASE("LUIDs distinguish equal cards")
 {
     const auto cards = CardsOf(TwoEqualCards());
     REQUIRE(cards.size() == 3);
@@ -223,7 +223,7 @@ TEST_CASE("A device without a subsystem agrees with every adapter of the model")
     auto other = GeForceAdapter(8, 24 * gibibyte);
     other.subsystemId = 0x11223344;
     readings.adapters = {GeForceAdapter(7, 12 * gibibyte), other};
-    for (const auto& card : CardsOf(readings)) { // two of each, which the subsystem does not tell apart for certain
+    for (const auto& card : CardsOf(readings)) { // two of each, which the subsystem does not distinguish for certain
         CHECK(AnswerOf(card, P::SharedMemoryBytes) == Known(16 * gibibyte));
         CHECK(AnswerOf(card, P::DedicatedMemoryBytes) == Unavailable(Reason::CannotTell));
     }
@@ -273,7 +273,7 @@ TEST_CASE("DXGI's flags give the kind of an adapter without a device")
     }
 }
 
-TEST_CASE("A device that DXGI does not list is a card all the same")
+TEST_CASE("A device that DXGI does not list is still a card")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForce(1, 7)};

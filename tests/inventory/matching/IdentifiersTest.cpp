@@ -38,7 +38,7 @@ TEST_CASE("The first of several ids that has identifiers counts")
     CHECK_FALSE(IdentifiersIn(std::vector<std::string>{}));
 }
 
-TEST_CASE("The bus is what stands before the first backslash")
+TEST_CASE("The bus is the text before the first backslash")
 {
     CHECK(EnumeratorOf("PCI\\VEN_10DE&DEV_2504") == "PCI");
     CHECK(EnumeratorOf("Root\\DISPLAY\\0000") == "ROOT");

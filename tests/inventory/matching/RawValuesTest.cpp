@@ -23,7 +23,7 @@ TEST_CASE("What is not there is unavailable, what is refused has failed")
     CHECK(DateOf(Refused(5), types::propertyFileTime) == Failed(5));
 }
 
-TEST_CASE("A text ends at its first NUL, and an empty one is none")
+TEST_CASE("A text ends at its first NUL, and an empty one is no value")
 {
     CHECK(PropertyText(PropertyOf(u"WUDFRd")) == Known("WUDFRd"));
     CHECK(PropertyText(PropertyOf(std::u16string_view(u"WUDFRd\0x", 8))) == Known("WUDFRd"));
@@ -72,7 +72,7 @@ TEST_CASE("A registry text is text, and bytes only where both are usual")
     CHECK(RegistryTextValue(RegistryOf(u"")) == missing);
 }
 
-TEST_CASE("A memory size is read by its length, and 0 is none")
+TEST_CASE("A memory size is read by its length, and 0 is no value")
 {
     constexpr uint64_t bytes = 24 * gibibyte;
     constexpr uint32_t binary = 3, dword = 4, qword = 11;

@@ -42,7 +42,7 @@ int CallsOf(const Run& run, Source source)
     return run.calls[static_cast<std::size_t>(source)];
 }
 
-/// The card of a bus, which its instance id ends with, or whatever else tells the two apart.
+/// The card of a bus, which its instance id ends with, or whatever else distinguishes the two.
 bool IsOnBus(const Card& card, uint64_t bus)
 {
     const auto id = TextOf(card.Of(P::InstanceId));
@@ -75,7 +75,7 @@ bool SaysRefused(const Value& value, Source source)
     return value.status == Status::Failed && value.source == source && value.code == RefusalOf(source);
 }
 
-/// Without its LUID one of two equal cards cannot be told from the other. The driver key still has its memory.
+/// Without its LUID one of two equal cards cannot be distinguished from the other. The driver key still has its memory.
 bool IsUnmatched(const Value& value, const Value& before, const Run& run)
 {
     const bool isSame = value.source == Source::DriverKey && value.data == before.data;
