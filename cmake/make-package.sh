@@ -52,7 +52,7 @@ cp -r "$source/examples" "$source/ports" "$stage/"
 
 # document FILE TARGET: copies a document and adapts it to the package, which has no ./dev.
 document() {
-    sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
+    sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e '/^<!-- .*\.\/dev generate.*-->$/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
         -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"
 }
 mkdir "$stage/docs"

@@ -342,7 +342,7 @@ done
 # --- exceptions ---------------------------------------------------------------------------------------------------------------
 
 x86_64-w64-mingw32-g++-posix -std=c++20 -O2 -shared -static "-I$source/src" "$here/throwing.cpp" \
-    "$source/src/abi/MsvcException.cpp" -o throwing.dll
+    "$source/src/abi/MsvcException.cpp" "$source/src/formulas/RunFailure.cpp" -o throwing.dll
 llvm-dlltool -m i386:x86-64 -d "$here/throwing.def" -l throwing.lib
 check "a host that catches builds in MSVC's ABI" msvc_host "$here/catching.cpp" catching throwing.lib
 run catching.exe >caught.txt 2>&1
