@@ -60,7 +60,7 @@ std::vector<std::string> MachineNames()
 
 Json Expected(const std::string& name)
 {
-    return JsonFile(std::filesystem::path(u8"" ORVEL_EXPECTED) / (name + ".json"), "run ./dev accept and review it");
+    return JsonFile(std::filesystem::path(u8"" ORVEL_EXPECTED) / (name + ".json"), "derive it by hand, see CONTRIBUTING.md");
 }
 
 Json HealthyLaptop()
