@@ -12,7 +12,7 @@ tool=x86_64-w64-mingw32
 export TZ=UTC LC_ALL=C SOURCE_DATE_EPOCH=946684800 # binutils writes timestamps into copies
 
 rm -rf "$build/package"
-mkdir -p "$stage"/{bin/fallback,debug,include,lib/cmake/orvel-graphic-cards-enumeration,lib/pkgconfig,licenses} \
+mkdir -p "$stage"/{bin/fallback,debug,include,lib/cmake,lib/pkgconfig,licenses,schema} \
     "$stage"/simulation/{include,lib,machines}
 
 # ship FILE FOLDER: copies a program or DLL, and moves its debug information to debug/.
@@ -35,17 +35,24 @@ import_libraries() {
 
 ship "$build/bin/orvel-graphic-cards-enumeration.dll" bin ""
 ship "$build/bin/orvel-shared-wmi-client.dll" bin ""
+ship "$build/bin/orvel-graphic-cards-inventory.dll" bin ""
 ship "$build/bin/orvel-graphic-cards.exe" bin ""
 ship "$build/bin/fallback/nvml.dll" bin/fallback fallback-
 for dll in orvel-simulation opencl dxgi dwmapi nvapi64 nvml atiadlxx amdadlx64; do
     $tool-objcopy --strip-all "$build/bin/simulation/$dll.dll" "$stage/simulation/$dll.dll"
 done
 import_libraries "$build/orvel-graphic-cards-enumeration.def" orvel-graphic-cards-enumeration.dll lib
+{
+    echo EXPORTS
+    sed -nE 's/^ORVEL_INVENTORY_API .*[ *](Orvel[A-Za-z]+)\(.*/    \1/p' "$source/include/OrvelInventory.h"
+} >"$build/package/inventory.def"
+import_libraries "$build/package/inventory.def" orvel-graphic-cards-inventory.dll lib
 printf 'EXPORTS\n    OrvelSimulateMachine\n    OrvelSimulateMachineText\n    OrvelSimulationReport\n    OrvelSimulationCalls\n    OrvelEndSimulation\n' \
     >"$build/package/simulation.def"
 import_libraries "$build/package/simulation.def" orvel-simulation.dll simulation/lib
 
 cp "$source"/include/*.h "$stage/include/"
+cp "$source/inventory/schema/inventory.schema.json" "$stage/schema/"
 cp "$source"/simulation/include/*.h "$stage/simulation/include/"
 cp "$source"/machines/*.json "$stage/simulation/machines/"
 cp -r "$source/examples" "$source/ports" "$stage/"
@@ -61,9 +68,14 @@ document machines/README.md simulation/machines/README.md
 sed -i 's|(\.\./docs/|(../../docs/|g' "$stage/simulation/machines/README.md"
 cp "$source"/{CHANGELOG,SECURITY}.md "$source/cmake/package/README.md" "$stage/"
 
-find_package=$stage/lib/cmake/orvel-graphic-cards-enumeration/orvel-graphic-cards-enumeration-config
-cp "$source/cmake/package/orvel-graphic-cards-enumeration-config.cmake" "$find_package.cmake"
-cmake "-DVERSION=$version" "-DFILE=$find_package-version.cmake" -P "$source/cmake/package/version-file.cmake"
+cp "$source/cmake/package/orvel-package.cmake" "$stage/lib/cmake/"
+for library in enumeration inventory; do
+    library=orvel-graphic-cards-$library
+    mkdir "$stage/lib/cmake/$library"
+    cp "$source/cmake/package/$library-config.cmake" "$stage/lib/cmake/$library/"
+    cmake "-DVERSION=$version" "-DFILE=$stage/lib/cmake/$library/$library-config-version.cmake" \
+        -P "$source/cmake/package/version-file.cmake"
+done
 for file in "$source"/cmake/package/*.pc.in; do
     sed "s/@VERSION@/$version/g" "$file" >"$stage/lib/pkgconfig/$(basename "${file%.in}")"
 done

@@ -9,46 +9,9 @@
 # the list has the simulation's nvml.dll instead of the substitute.
 
 set(_orvel orvel-graphic-cards-enumeration)
-set(${_orvel}_FOUND TRUE)
-get_filename_component(_orvel_root "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
-
-macro(_orvel_refuse reason)
-    set(${_orvel}_FOUND FALSE)
-    set(${_orvel}_NOT_FOUND_MESSAGE "${reason}")
-endmacro()
-
-# _orvel_check(PROBLEM TARGET FILE...): sets PROBLEM to the reason why a target of these files is invalid, or to empty.
-function(_orvel_check problem target)
-    set(${problem} "" PARENT_SCOPE)
-    foreach(file IN LISTS ARGN)
-        if(NOT EXISTS "${_orvel_root}/${file}")
-            set(${problem} "The package is incomplete: \"${_orvel_root}/${file}\" is missing" PARENT_SCOPE)
-            return()
-        endif()
-    endforeach()
-    if(TARGET ${target})
-        get_target_property(location ${target} IMPORTED_LOCATION)
-        if(NOT location STREQUAL "${_orvel_root}/${ARGV2}")
-            set(${problem} "${target} is \"${location}\" here already, of another copy of the package" PARENT_SCOPE)
-        endif()
-    endif()
-endfunction()
-
-# Without GLOBAL: two folders of a project may use two copies of the package.
-function(_orvel_add_library target dll)
-    if(NOT TARGET ${target})
-        add_library(${target} SHARED IMPORTED)
-        set_target_properties(${target} PROPERTIES IMPORTED_LOCATION "${_orvel_root}/${dll}" ${ARGN})
-    endif()
-endfunction()
-
-if(MINGW)
-    set(_orvel_implib lib/liborvel-graphic-cards-enumeration.dll.a)
-    set(_orvel_simulation_implib simulation/lib/liborvel-simulation.dll.a)
-else()
-    set(_orvel_implib lib/orvel-graphic-cards-enumeration.lib)
-    set(_orvel_simulation_implib simulation/lib/orvel-simulation.lib)
-endif()
+include("${CMAKE_CURRENT_LIST_DIR}/../orvel-package.cmake")
+_orvel_import_library(_orvel_implib lib orvel-graphic-cards-enumeration)
+_orvel_import_library(_orvel_simulation_implib simulation/lib orvel-simulation)
 set(_orvel_stand_ins opencl dxgi dwmapi nvapi64 nvml atiadlxx amdadlx64)
 list(TRANSFORM _orvel_stand_ins REPLACE "(.+)" "simulation/\\1.dll" OUTPUT_VARIABLE _orvel_stand_in_files)
 
@@ -57,9 +20,7 @@ _orvel_check(_orvel_problem orvel::graphic-cards-enumeration bin/orvel-graphic-c
 _orvel_check(_orvel_simulation_problem orvel::simulation simulation/orvel-simulation.dll ${_orvel_stand_in_files}
     simulation/include/OrvelSimulation.h ${_orvel_simulation_implib})
 
-if(NOT WIN32 OR NOT CMAKE_SIZEOF_VOID_P EQUAL 8)
-    _orvel_refuse("The library is for 64-bit Windows only")
-elseif(_orvel_problem)
+if(${_orvel}_FOUND AND _orvel_problem)
     _orvel_refuse("${_orvel_problem}")
 endif()
 unset(${_orvel}_simulation_FOUND)

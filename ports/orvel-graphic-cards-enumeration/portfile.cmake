@@ -9,14 +9,14 @@ endif()
 
 file(INSTALL "${package}/include/" DESTINATION "${CURRENT_PACKAGES_DIR}/include")
 file(INSTALL "${package}/bin/orvel-graphic-cards-enumeration.dll" "${package}/bin/orvel-shared-wmi-client.dll"
-    DESTINATION "${CURRENT_PACKAGES_DIR}/bin")
+    "${package}/bin/orvel-graphic-cards-inventory.dll" DESTINATION "${CURRENT_PACKAGES_DIR}/bin")
 file(INSTALL "${package}/bin/fallback" DESTINATION "${CURRENT_PACKAGES_DIR}/bin")
 file(INSTALL "${package}/bin/orvel-graphic-cards.exe" DESTINATION "${CURRENT_PACKAGES_DIR}/tools/${PORT}")
 file(INSTALL "${package}/lib/" DESTINATION "${CURRENT_PACKAGES_DIR}/lib" PATTERN "cmake" EXCLUDE)
 file(INSTALL "${package}/simulation/" DESTINATION "${CURRENT_PACKAGES_DIR}/simulation")
-# The package's config finds its files three folders up, as in the package itself.
-file(INSTALL "${package}/lib/cmake/orvel-graphic-cards-enumeration/"
-    DESTINATION "${CURRENT_PACKAGES_DIR}/lib/cmake/orvel-graphic-cards-enumeration")
+file(INSTALL "${package}/schema/" DESTINATION "${CURRENT_PACKAGES_DIR}/schema")
+# The package's configs find its files two folders up, as in the package itself.
+file(INSTALL "${package}/lib/cmake/" DESTINATION "${CURRENT_PACKAGES_DIR}/lib/cmake")
 set(VCPKG_POLICY_SKIP_MISPLACED_CMAKE_FILES_CHECK enabled)
 set(VCPKG_POLICY_ALLOW_RESTRICTED_HEADERS enabled)
 set(VCPKG_POLICY_MISMATCHED_NUMBER_OF_BINARIES enabled)

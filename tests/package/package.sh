@@ -105,6 +105,35 @@ mingw_project wrong wrong-build >/dev/null 2>&1
 cmake -S wrong -B wrong-build -DCMAKE_CROSSCOMPILING_EMULATOR="$wine" >/dev/null
 check "a wrong unit test fails" grep -q 'finds-both-chips (Failed)' <(unit_tests wrong-build)
 
+# --- the inventory -----------------------------------------------------------------------------------------------------------
+
+inventory_library=$package/lib/orvel-graphic-cards-inventory.lib
+# The library's documents are the same for every host; its DLL needs none of the others.
+msvc_c_host() { # SOURCE PROGRAM LIBRARY…: a C program in MSVC's ABI
+    clang --target=x86_64-pc-windows-msvc -std=c99 -isystem "$here/msvc-crt" -Wall -Wextra -Wpedantic -Werror \
+        "-I$package/include" -c "$1" -o "$2.obj" &&
+        lld-link /nologo /nodefaultlib /subsystem:console /entry:mainCRTStartup "/out:$2.exe" "$2.obj" startup.obj \
+            msvcrt.lib ole32.lib kernel32.lib shell32.lib "${@:3}"
+}
+source_of_host=$package/examples/inventory/main.c
+mkdir inventory-msvc && cp "$package/bin/orvel-graphic-cards-inventory.dll" inventory-msvc/
+check "the inventory's C program builds in MSVC's ABI" msvc_c_host "$source_of_host" inventory-msvc/host "$inventory_library"
+run_alone inventory/inventory-host.exe >mingw.txt 2>&1
+run_alone inventory-msvc/host.exe >msvc.txt 2>&1
+check "the inventory's program runs with its DLL alone" holds mingw.txt " adapters"
+check "the inventory's programs of both compilers print the same" same mingw.txt msvc.txt
+check "CMake copies nothing but the inventory's DLL" same <(echo inventory/orvel-graphic-cards-inventory.dll) <(ls inventory/*.dll)
+pkg_config_c_host() {
+    eval x86_64-w64-mingw32-gcc-posix -std=c99 '"$1"' -o '"$2"' "$(flags orvel-graphic-cards-inventory)"
+}
+check "the inventory's program builds with the flags of pkg-config" pkg_config_c_host "$source_of_host" inventory-pkg-config.exe
+check "the package has the schema of the inventory's documents" cmp "$package/schema/inventory.schema.json" \
+    "$source/inventory/schema/inventory.schema.json"
+grep -oE '\bOrvelInventory[A-Z][A-Za-z]*\(' "$package/include/OrvelInventory.h" | tr -d '(' | sort >declared.txt
+x86_64-w64-mingw32-objdump -p "$package/bin/orvel-graphic-cards-inventory.dll" |
+    sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '/^\t\[/ { print $NF }' | sort >exported.txt
+check "the inventory exports what its header declares, and nothing else" same declared.txt exported.txt
+
 # The plug-in in a folder of its own, loaded in every way by a host elsewhere.
 check "a host that loads a plug-in builds in MSVC's ABI" msvc_host "$here/loading.cpp" loading-msvc
 check "a host that loads a plug-in builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/loading.cpp" \
@@ -124,7 +153,7 @@ done
 # --- find_package -------------------------------------------------------------------------------------------------------------
 
 configures() { # FOLDER [PACKAGE]
-    cmake -S "$1" -B "$1/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$source/cmake/Toolchain-mingw64.cmake" \
+    cmake --fresh -S "$1" -B "$1/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$source/cmake/Toolchain-mingw64.cmake" \
         -DCMAKE_PREFIX_PATH="${2:-$package}"
 }
 refuses() { # REASON FOLDER [PACKAGE]
@@ -179,12 +208,23 @@ for file in bin/orvel-shared-wmi-client.dll lib/liborvel-graphic-cards-enumerati
     mv missing "another copy/$file"
 done
 
+cmake_lists inventory-only "find_package(orvel-graphic-cards-inventory 1.0 REQUIRED)" \
+    "if(TARGET orvel::graphic-cards-enumeration OR NOT EXISTS \"\${ORVEL_INVENTORY_SCHEMA}\")" "    message(FATAL_ERROR wrong)" \
+    "endif()"
+check "the inventory is found without the enumeration" configures inventory-only
+for file in bin/orvel-graphic-cards-inventory.dll lib/liborvel-graphic-cards-inventory.dll.a schema/inventory.schema.json; do
+    mv "another copy/$file" missing
+    check "find_package refuses an inventory without $file" refuses "/$file\" is missing" inventory-only "$work/another copy"
+    mv missing "another copy/$file"
+done
+
 # The overlay port's files, as vcpkg would lay them out.
 printf '%s\n' "function(vcpkg_install_copyright)" "endfunction()" \
     "include(\"$package/ports/orvel-graphic-cards-enumeration/portfile.cmake\")" >port.cmake
 check "the port takes the package" env ORVEL_GRAPHIC_CARDS_PACKAGE="$package" cmake -DPORT=orvel-graphic-cards-enumeration \
     -DCURRENT_PACKAGES_DIR="$work/port" -P port.cmake
 check "find_package finds the installed port" configures incomplete "$work/port"
+check "find_package finds the inventory of the installed port" configures inventory-only "$work/port"
 
 # --- documents ----------------------------------------------------------------------------------------------------------------
 
@@ -197,7 +237,7 @@ while IFS= read -r document; do
     done < <(grep -oE '\]\([^)]+\)' "$document" | grep -E '[./#]' | sed 's/^](//; s/)$//')
     check "$title speaks of nothing that is not in the package" lacks_the_project "$document"
     while IFS= read -r path; do check "$title: path $path" test -e "$package/$path"; done < <(
-        grep -oE '`(bin|debug|docs|examples|include|lib|licenses|ports|simulation)/[^`* ]*`' "$document" | tr -d '`' | grep -v NAME | sort -u)
+        grep -oE '`(bin|debug|docs|examples|include|lib|licenses|ports|schema|simulation)/[^`* ]*`' "$document" | tr -d '`' | grep -v NAME | sort -u)
 done < <(find "$package" -name '*.md')
 check "the known limits come first" same <(echo "## Known limits") <(grep -m1 '^## ' "$package/README.md")
 awk '/^```cpp$/ { wanted = 1; next } /^```$/ { wanted = 0 } wanted' "$package/README.md" >first.cpp
@@ -370,8 +410,10 @@ check "no exported class contains a standard-library type" no_std_types
 for compiler in x86_64-w64-mingw32-gcc-posix "clang --target=x86_64-pc-windows-msvc"; do
     for standard in c99 c17; do
         # shellcheck disable=SC2086 # the compiler and its option
-        check "GraphicCardLog.h compiles as $standard with ${compiler%% *}" $compiler "-std=$standard" -Wall -Wextra -Wpedantic \
-            -Werror "-I$package/include" -fsyntax-only -include GraphicCardLog.h -x c /dev/null
+        for header in GraphicCardLog.h OrvelInventory.h; do
+            check "$header compiles as $standard with ${compiler%% *}" $compiler "-std=$standard" -Wall -Wextra -Wpedantic \
+                -Werror "-I$package/include" -fsyntax-only -include $header -x c /dev/null
+        done
     done
 done
 check "GraphicCardLog.h takes in no plog that its host has not" lacks <(x86_64-w64-mingw32-g++-posix -M \
@@ -434,7 +476,7 @@ has_no_text_relocations() {
         if ((16#$page >= start && 16#$page < end)); then echo "page $page" && return 1; fi
     done
 }
-allowed='ADVAPI32|VERSION|KERNEL32|msvcrt|ole32|OLEAUT32|SHELL32|dwmapi|dxgi|nvml|orvel-shared-wmi-client|orvel-graphic-cards-enumeration'
+allowed='ADVAPI32|SETUPAPI|USER32|VERSION|KERNEL32|msvcrt|ole32|OLEAUT32|SHELL32|dwmapi|dxgi|nvml|orvel-shared-wmi-client|orvel-graphic-cards-enumeration'
 only_known_imports() {
     ! x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/.*DLL Name: \(.*\)\.dll/\1/Ip' | grep -viE "^($allowed)$"
 }

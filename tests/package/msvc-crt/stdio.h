@@ -4,13 +4,17 @@
 
 #include <stddef.h>
 
+#ifdef __cplusplus
 extern "C" {
-struct FILE {
+#endif
+typedef struct {
     char Bytes[48];
-};
+} FILE;
 FILE* __iob_func(void);
 int printf(const char* format, ...);
 int fprintf(FILE* file, const char* format, ...);
+#ifdef __cplusplus
 }
+#endif
 
 #define stderr (__iob_func() + 2)
