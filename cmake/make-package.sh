@@ -59,11 +59,11 @@ cp -r "$source/examples" "$source/ports" "$stage/"
 
 # document FILE TARGET: copies a document and adapts it to the package, which has no ./dev.
 document() {
-    sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e '/^<!-- .*\.\/dev generate.*-->$/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
+    sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e '/^<!-- .*\.\/dev generate.*-->$/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./inventory/schema/|(../schema/|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
         -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"
 }
 mkdir "$stage/docs"
-for file in hosting testing properties messages simulated-machines; do document "docs/$file.md" "docs/$file.md"; done
+for file in hosting inventory testing properties messages simulated-machines; do document "docs/$file.md" "docs/$file.md"; done
 document machines/README.md simulation/machines/README.md
 sed -i 's|(\.\./docs/|(../../docs/|g' "$stage/simulation/machines/README.md"
 cp "$source"/{CHANGELOG,SECURITY}.md "$source/cmake/package/README.md" "$stage/"

@@ -121,7 +121,7 @@ check "the inventory's C program builds in MSVC's ABI" msvc_c_host "$source_of_h
 run_alone inventory/inventory-host.exe >mingw.txt 2>&1
 run_alone inventory-msvc/host.exe >msvc.txt 2>&1
 check "the inventory's program runs with its DLL alone" holds mingw.txt " adapters"
-check "the inventory's programs of both compilers print the same" same mingw.txt msvc.txt
+check "the inventory's MSVC and MinGW programs print the same" same mingw.txt msvc.txt
 check "CMake copies nothing but the inventory's DLL" same <(echo inventory/orvel-graphic-cards-inventory.dll) <(ls inventory/*.dll)
 pkg_config_c_host() {
     eval x86_64-w64-mingw32-gcc-posix -std=c99 '"$1"' -o '"$2"' "$(flags orvel-graphic-cards-inventory)"
