@@ -12,7 +12,7 @@ label = "Video processor"
 about = '"'"'Name of the processor of the video controller in WMI; only Intel reports it, "" otherwise.'"'"'
 Intel.source = "WMI Win32_VideoController.VideoProcessor"
 "NVIDIA, AMD".source = "none"'
-insert src/vendors/intel/Intel.cpp after '^    card.AdapterStatus = ' '    ReadText(row, L"VideoProcessor", card.VideoProcessor);'
+insert src/vendors/intel/Intel.cpp after '^    card.AdapterStatus = ' '    ReadText(client, L"VideoProcessor", card.VideoProcessor);'
 insert tests/record/GraphicCardInfoTest.cpp after '^    "const char\* AdapterStatus",' '    "const char* VideoProcessor",'
 insert tests/vendors/intel/IntelTest.cpp after '^        "wmi get Status",' '        "wmi get VideoProcessor",'
 insert machines/workstation.json before '"AdapterDACType": "Internal",' '          "VideoProcessor": "Intel(R) UHD Graphics Family",'

@@ -11,35 +11,35 @@ namespace orvel::shared::enumeration {
 
 void Example::QueryInfo(GraphicCardList& list)
 {
-    wmi::WMIClient row(wmiNamespace);
-    if (row.Query(L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_FFFE%'") != 0) {
+    wmi::WMIClient client(wmiNamespace);
+    if (client.Query(L"SELECT * FROM Win32_VideoController WHERE PNPDeviceID LIKE 'PCI%VEN_FFFE%'") != 0) {
         PLOGE << "Failed to get Win32_VideoController fields from WMI";
         return;
     }
-    while (row.GetNext()) {
-        list.Append(MakeRecord(ReadAdapter(row)));
+    while (client.GetNext()) {
+        list.Append(MakeRecord(ReadAdapter(client)));
     }
 }
 
-GraphicCardProperties Example::ReadAdapter(wmi::WMIClient& row) const
+GraphicCardProperties Example::ReadAdapter(wmi::WMIClient& client) const
 {
     GraphicCardProperties card;
     card.Manufacturer = "Example";
     std::string pnpDeviceId;
-    if (ReadText(row, L"PNPDeviceID", pnpDeviceId)) {
+    if (ReadText(client, L"PNPDeviceID", pnpDeviceId)) {
         const PnpDeviceId id = ParsePnpDeviceId(pnpDeviceId);
         card.DeviceId = id.Device;
         card.SubsystemId = id.Subsystem;
     }
-    card.AvailabilityCode = GetAvailabilityCode(row);
-    card.ConfigError = GetConfigError(row);
-    card.AdapterStatus = GetAdapterStatus(row);
-    card.AdapterRam = GetAdapterRam(row);
-    card.AdapterName = GetAdapterName(row);
+    card.AvailabilityCode = GetAvailabilityCode(client);
+    card.ConfigError = GetConfigError(client);
+    card.AdapterStatus = GetAdapterStatus(client);
+    card.AdapterRam = GetAdapterRam(client);
+    card.AdapterName = GetAdapterName(client);
     card.CardName = card.AdapterName;
-    card.DriverReleaseDate = GetDriverReleaseDate(row);
+    card.DriverReleaseDate = GetDriverReleaseDate(client);
     card.MemoryType = MemoryTypeName(GetMemoryType());
-    ReadDriverAndDisplay(row, card);
+    ReadDriverAndDisplay(client, card);
     return card;
 }
 

@@ -12,7 +12,7 @@ public:
     void QueryInfo(GraphicCardList& list) override;
 
 private:
-    GraphicCardProperties ReadAdapter(wmi::WMIClient& row) const;
+    GraphicCardProperties ReadAdapter(wmi::WMIClient& client) const;
 };
 
 } // namespace orvel::shared::enumeration
