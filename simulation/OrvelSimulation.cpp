@@ -20,10 +20,10 @@ namespace {
 
 using namespace orvel::simulation;
 
-// Never destroyed: the process may end before its last reader.
+// Never destroyed: a caller may still read the texts while the process ends.
 std::string& lastProblem = *new std::string;
 std::string& lastReport = *new std::string;
-nlohmann::json& machineName = *new nlohmann::json; // outlives the machine, as the report does
+nlohmann::json& machineName = *new nlohmann::json; // the report stays readable without a machine
 
 int Finish(int result, const std::string& text, const char** problem)
 {
@@ -34,8 +34,8 @@ int Finish(int result, const std::string& text, const char** problem)
     return result;
 }
 
-/// The order matters: the computer's own WMI, which some machines ask for their rows, may load the computer's own dxgi.dll
-/// into the process, which must not come before the simulated one; and all of this may read the registry.
+/// The order matters. Some machines query the computer's own WMI, which may load the computer's own dxgi.dll, so the
+/// simulated DLLs come first. Both steps may read the computer's registry, so the registry comes last.
 std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& machine)
 {
     SetCurrentMachine(machine);

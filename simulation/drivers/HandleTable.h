@@ -7,15 +7,15 @@
 
 namespace orvel::simulation {
 
-/// A number that no handle had before. It is not a valid address, so dereferencing it fails.
+/// A value that no handle has had before. It is not a valid address, so dereferencing it fails.
 inline void* NewHandle()
 {
     static std::atomic<uint64_t> last = 0x1000000000000000;
     return reinterpret_cast<void*>(++last);
 }
 
-/// The handles of one session, each for one object of the machine. A handle is never given twice, so that one of a session
-/// that has ended does not pass for a living one.
+/// The handles of one session, one for each object of the machine. Values are never reused, so that a handle of an earlier
+/// session is not valid in a later one.
 template <typename Object>
 class HandleTable {
 public:
@@ -39,7 +39,7 @@ public:
         return object == objects.end() ? nullptr : object->second;
     }
 
-    /// Ends all handles.
+    /// Invalidates all handles.
     void Clear()
     {
         const std::scoped_lock lock(mutex);

@@ -2,11 +2,11 @@
  * Simulated machines behind the platform's real interfaces.
  *
  * A host loads orvel-simulation.dll, puts a machine in place and only then loads the product (or calls it, when the product
- * is in the process already). Everything the product asks of WMI, the registry, DXGI, the desktop window manager, OpenCL,
- * NVAPI, NVML, ADL and ADLX is answered from the machine's JSON text.
+ * is in the process already). The machine's JSON text then defines every answer of WMI, the registry, DXGI, the desktop
+ * window manager, OpenCL, NVAPI, NVML, ADL and ADLX.
  *
- * The simulated DLLs lie beside orvel-simulation.dll. All functions may be called many times, from one thread at a time; the
- * product must not be inside an enumeration meanwhile. COM must be initialised on the thread that puts a machine in place,
+ * The simulated DLLs must be beside orvel-simulation.dll. All functions may be called many times, from one thread at a time,
+ * but not during an enumeration. COM must be initialised on the thread that puts a machine in place,
  * in either kind of apartment, and must stay so until the simulation ends. Every thread then sees the machine, whatever its
  * apartment.
  */
@@ -26,37 +26,37 @@ extern "C" {
 /* What OrvelSimulateMachine and OrvelSimulateMachineText return. */
 #define ORVEL_SIMULATION_IN_PLACE 0      /* the process is on that machine */
 #define ORVEL_SIMULATION_WRONG_MACHINE 1 /* the file or text cannot be read or is wrong; nothing was changed */
-#define ORVEL_SIMULATION_NOT_IN_PLACE 2  /* the machine is right, but could not be put in place; none is in place now */
+#define ORVEL_SIMULATION_NOT_IN_PLACE 2  /* the machine is valid, but could not be put in place; none is in place now */
 
 /*
- * Puts the machine of a JSON file in place and takes the one before it away; trace and live counters start again.
+ * Puts the machine of a JSON file in place of the previous one, and clears the trace and the live counters.
  * path: UTF-8. problem (may be null): receives one line "FILE: JSON PATH: REASON", or "FILE: line L, column C: REASON" for
- * broken JSON, or an empty text on success. A null path is a wrong machine. The text belongs to the library and is valid
- * until the next call.
+ * broken JSON, or an empty text on success. A null path is a wrong machine. The library owns the text, which is valid until
+ * the next call.
  */
 ORVEL_SIMULATION_API int OrvelSimulateMachine(const char* path, const char** problem);
 
-/* The same for a machine given as JSON text; sourceName replaces the file in the problem. A null in either is a wrong
- * machine. */
+/* The same for a machine given as JSON text; sourceName replaces the file in the problem. If either is null, the machine is
+ * wrong. */
 ORVEL_SIMULATION_API int OrvelSimulateMachineText(const char* json, const char* sourceName, const char** problem);
 
 /*
  * What happened since the last machine was put in place, as JSON: {"machine": its name or null, "touched": whether
  * anything was queried from the machine, "trace": [every platform call, in order], "live": {interface: objects and sessions
  * that are still alive}, "violations": {"count": how often the caller broke a rule of an interface, "texts": ["CALL: WHAT",
- * one for each]}}. It stays readable after OrvelEndSimulation. The text belongs to the library and is valid until the next
- * call.
+ * one for each]}}. The report remains available after OrvelEndSimulation. The library owns the text, which is valid until
+ * the next call.
  */
 ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
 
 /*
- * How many platform calls since the last machine was put in place begin with `start`, in the words of the report's trace:
+ * How many platform calls since the last machine was put in place begin with `start`, written as in the report's trace:
  * "nvml nvmlInit_v2" counts the calls of one function, "nvml " those of an interface, "" all. -1 when `start` is null.
  */
 ORVEL_SIMULATION_API int OrvelSimulationCalls(const char* start);
 
-/* Takes the machine away: the process sees the computer's own WMI, registry and libraries again, save for those simulated
- * libraries that somebody else still holds. Without a machine in place it does nothing. */
+/* Ends the simulation: the process sees the computer's own WMI, registry and DLLs again, except simulated DLLs that other
+ * code still holds. Does nothing without a machine in place. */
 ORVEL_SIMULATION_API void OrvelEndSimulation(void);
 
 #ifdef __cplusplus

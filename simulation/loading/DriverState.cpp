@@ -9,7 +9,7 @@ namespace {
 
 using States = std::vector<std::pair<std::wstring_view, void (*)()>>;
 
-/// Made on first use: the drivers' own static objects fill it.
+/// Created on first use, because static objects of the drivers add to it.
 States& AllStates()
 {
     static auto* const states = new States;

@@ -4,18 +4,18 @@
 
 namespace orvel::simulation {
 
-/// The state of a simulated driver between calls: sessions, handles, objects. A driver declares one of these, with the
-/// function that forgets it all, beside its state.
+/// Resets the state that a simulated driver keeps between calls: sessions, handles, objects. A driver declares one of these
+/// beside its state.
 class DriverState {
 public:
-    /// `forget` runs when a machine is put in place and, where `dllName` is given, when that DLL leaves the process.
+    /// `forget` runs when a machine is put in place and, if `dllName` is given, when that DLL is unloaded.
     explicit DriverState(void (*forget)(), const wchar_t* dllName = L"");
 };
 
-/// For a new machine: forgets the state of every driver.
+/// Resets every driver, for a new machine.
 void ForgetDriverStates();
 
-/// For a DLL that leaves the process.
+/// Resets the driver of a DLL that is unloaded.
 void ForgetDriverStateOf(std::wstring_view dllName);
 
 } // namespace orvel::simulation

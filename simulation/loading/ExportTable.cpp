@@ -6,8 +6,8 @@
 #include "loading/ModuleAccess.h"
 
 // GetProcAddress searches the module's sorted table of names. A name is hidden by changing its last character in memory to
-// one below all letters: nobody asks for the changed name, and the table stays sorted as long as no two of its names differ
-// in the last character alone.
+// one below all letters: no caller searches for the changed name, and the table stays sorted as long as no two of its names
+// differ in the last character alone.
 
 namespace orvel::simulation {
 

@@ -7,21 +7,21 @@
 
 namespace orvel::simulation {
 
-/// Imports of a loaded module that lead to a simulated DLL for a while. A program that is linked against the product has
-/// bound its imports before any machine is in place.
+/// Imports of a loaded module that are redirected to a simulated DLL. They are bound before any machine is in place when a
+/// program is linked against the product.
 class RedirectedImports {
 public:
-    /// Lets everything that `importer` imports from the DLL of this name lead to `target`, where that has it.
+    /// Redirects everything that `importer` imports from the DLL of this name to `target`, if `target` exports it.
     void Redirect(HMODULE importer, const wchar_t* dllName, HMODULE target);
 
-    /// Lets all imports lead where they led before.
+    /// Undoes all redirections.
     void Restore();
 
 private:
     std::vector<std::pair<ULONG_PTR*, ULONG_PTR>> former;
 };
 
-/// Lets all imports of a module that lead to the function `from` lead to `to`.
+/// Replaces the function `from` by `to` in all imports of a module.
 void ReplaceImported(HMODULE importer, FARPROC from, FARPROC to);
 
 } // namespace orvel::simulation

@@ -1,5 +1,5 @@
-/* The whole body of every simulated interface DLL. Its exports are forwarders (see exports/), so the simulation itself lives
- * once, in orvel-simulation.dll; this part only reports that the DLL comes and goes. */
+/* The code of every simulated interface DLL. The DLL's exports are forwarders (see exports/) to orvel-simulation.dll, which
+ * contains the simulation. This function only reports that the DLL is loaded or unloaded. */
 #include <windows.h>
 
 __declspec(dllimport) BOOL SimulationAttach(HMODULE module);

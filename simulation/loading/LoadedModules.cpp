@@ -13,8 +13,7 @@ namespace orvel::simulation {
 
 namespace {
 
-// The notification of ntdll.dll for a DLL that is loaded or unloaded, as Windows documents it; mingw-w64 does not declare
-// it.
+// ntdll.dll's notification of loaded and unloaded DLLs, which Windows documents and mingw-w64 does not declare.
 constexpr ULONG dllLoaded = 1;
 struct DllNotification {
     ULONG flags;
@@ -43,7 +42,7 @@ Function* NtFunction(const char* name)
     return FunctionIn<Function>(GetModuleHandleW(L"ntdll.dll"), name);
 }
 
-/// Windows' own modules, and this one, keep their way to the computer.
+/// Windows' own modules and this one must reach the computer's own functions.
 bool KeepsItsImports(HMODULE module)
 {
     return module == OwnModule() || FoldCase(PathOf(module)).starts_with(lead.systemFolder);

@@ -22,7 +22,7 @@ Function* FunctionIn(HMODULE module, const char* name)
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-/// A place in the image of a loaded module.
+/// A position in the image of a loaded module.
 template <typename Content>
 Content* At(HMODULE module, DWORD offset)
 {
@@ -38,7 +38,7 @@ const Content* DirectoryOf(HMODULE module, size_t entry)
     return offset == 0 ? nullptr : At<Content>(module, offset);
 }
 
-/// Writes into an image, where the loader has made it read-only too.
+/// Writes into an image, even where the loader has made it read-only.
 template <typename Content>
 void Overwrite(Content* place, Content content)
 {

@@ -12,35 +12,35 @@
 #include "machine/Text.h"
 #include "trace/Violations.h"
 
-// How the simulated DLLs come to be found. A DLL that the process has loaded satisfies every later request for its bare
-// name, be it LoadLibrary or another DLL's import. So the DLLs that the machine has are loaded here, by full path, before
-// the product asks for them. For those it lacks, this folder is put on the search path in front of the system's: the search
-// ends at our DLL, whose SimulationAttach refuses to be loaded, and the computer's own one is not reached.
+// How Windows finds the simulated DLLs. A loaded DLL satisfies every later request for its bare name, by LoadLibrary or by
+// another DLL's import. So the DLLs that the machine has are loaded here, by full path, before the product requests them.
+// For those that the machine lacks, this folder precedes the system's on the search path: the search ends at our DLL, whose
+// SimulationAttach makes loading fail, and does not reach the computer's own DLL.
 //
-// A machine may leave all of it to that search: then nothing is loaded here, and a DLL leaves the process with the product's
-// last reference.
+// A machine with the key "searched" relies on the search path alone: nothing is loaded here, and a DLL is unloaded with the
+// product's last reference.
 //
-// nvml.dll, dxgi.dll and dwmapi.dll are imports of the product. They are always there, also before a machine is in place,
-// when a program that is linked against the product starts. In such a program they are bound to the computer's own DLLs by
-// the time a machine is put in place, so the product's imports are led to ours.
+// The product imports nvml.dll, dxgi.dll and dwmapi.dll, so these can always be loaded, even without a machine. In a program
+// that is linked against the product, the imports are bound to the computer's own DLLs before a machine is put in place, so
+// they are redirected to ours.
 
 namespace orvel::simulation {
 
 namespace {
 
-// A loader may count references in 16 bits, so there can be many of them, but not any number.
-constexpr int pinCount = 4096;          // more than a run releases too often
-constexpr int pinCountWithGaps = 16384; // the same, if functions are missing: each search for one may release
-constexpr int mostReferences = 0x10000; // to be released at once
+// A loader may count references in 16 bits, so their number is limited.
+constexpr int pinCount = 4096;          // more than the surplus releases of one run
+constexpr int pinCountWithGaps = 16384; // with missing functions, each failed lookup may release one too
+constexpr int mostReferences = 0x10000; // that Release tries to release
 
-/// What the simulation does so that a DLL that the machine has is found.
+/// How the simulation holds a DLL that the machine has.
 enum class Hold {
     No, // Windows' own search finds it
     Once,
-    Pinned, // with more references than are ever released
+    Pinned, // with more references than the product ever releases
 };
 
-/// What a machine says of a DLL.
+/// How a machine defines a DLL.
 struct Wish {
     Standing standing = Standing::Missing;
     std::vector<std::string> missing = {}; // functions
@@ -69,7 +69,7 @@ Wish DwmOf(const Machine& machine)
     return {machine.dwm.standing};
 }
 
-/// Both the export of nvapi64.dll and the functions that it returns can be missing.
+/// The key lists both the export of nvapi64.dll and the functions that it resolves; only the export is hidden here.
 Wish NvapiOf(const Machine& machine)
 {
     std::vector<std::string> missing = machine.nvapi.model.unresolved;
@@ -102,7 +102,7 @@ struct Module {
     std::atomic<HMODULE> attached = nullptr; // our DLL, while it is loaded
     std::vector<std::string> hiddenNames = {};
     HiddenExports hiddenExports = {};
-    HMODULE held = nullptr; // the reference that the simulation itself has
+    HMODULE held = nullptr; // the simulation's own reference
 };
 
 /// The DLLs that are simulated, in the order in which they are put in place.
@@ -119,7 +119,7 @@ struct Modules {
     RedirectedImports productImports = {};
 };
 
-/// Never destroyed: the DLLs report their end after this one's own static objects are gone.
+/// Never destroyed: the DLLs report their unloading after this DLL's static objects have been destroyed.
 Modules& modules = *new Modules;
 
 std::wstring SimulationFolder()
@@ -154,13 +154,13 @@ void AddReferences(const Module& module, int count)
     }
 }
 
-/// Holds the DLL so often that a product that releases too many references cannot unload it.
+/// Adds so many references to the DLL that a product that releases too many cannot unload it.
 void Pin(const Module& module)
 {
     AddReferences(module, module.hiddenNames.empty() ? pinCount : pinCountWithGaps);
 }
 
-/// Releases our references. A pinned DLL leaves the process: the product may have released, or kept, any number.
+/// Releases our references. A pinned DLL is unloaded: how many references the product has released or kept is unknown.
 void Release(Module& module)
 {
     if (module.held) {
@@ -172,13 +172,13 @@ void Release(Module& module)
     }
 }
 
-/// The product, where the program was linked against it or has loaded it already; else null.
+/// The product if it is loaded, else null.
 HMODULE Product()
 {
     return GetModuleHandleW(L"orvel-graphic-cards-enumeration.dll");
 }
 
-/// Where the program was linked against the product, the product's imports were bound before there was a machine.
+/// If the program is linked against the product, the product's imports were bound before a machine was in place.
 void RedirectProduct()
 {
     for (const Module& module : modules.all) {
@@ -211,7 +211,7 @@ std::optional<std::string> LoadSimulated(Module& module)
     return std::nullopt;
 }
 
-/// Lets the computer's own DLL be found. One that the computer lacks is then not found at all.
+/// Loads the computer's own DLL. If the computer lacks it, the product does not find one either.
 std::optional<std::string> LoadSystem(Module& module)
 {
     if (module.attached) {
@@ -223,7 +223,7 @@ std::optional<std::string> LoadSystem(Module& module)
     return std::nullopt;
 }
 
-/// For a DLL that the search has to find: nothing else of this name may be loaded.
+/// For a DLL that the product finds on the search path: no other DLL of this name may be loaded.
 std::optional<std::string> LeaveToSearch(const Module& module)
 {
     const HMODULE loaded = GetModuleHandleW(module.name);
@@ -239,7 +239,8 @@ std::optional<std::string> PutInPlace(Module& module, const Wish& wish)
     module.isAllowed = isSimulated;
     module.isPinned = hold == Hold::Pinned;
     if (const HMODULE still = module.attached; still) {
-        // Somebody kept the DLL of the machine before. If this machine has none, a DLL without functions comes closest.
+        // Other code still holds the previous machine's DLL. If this machine lacks it, a DLL without functions is the
+        // nearest.
         module.hiddenExports.Restore();
         module.hiddenExports.Hide(still, standing == Standing::Missing && !isSimulated ? ExportedNames(still) : missing);
     }
@@ -299,7 +300,7 @@ bool IsLoadedFor(const std::string& call, const wchar_t* dllName)
 
 HMODULE SystemModule(const wchar_t* dllName)
 {
-    // From here on both are in the process. Ours must stay, or the name would mean the other one for the next machine.
+    // From here on both DLLs are loaded. Ours must stay, or the name would mean the computer's own for the next machine.
     if (const Module* const module = FindModule(dllName); module->attached) {
         AddReferences(*module, 1);
     }
@@ -321,7 +322,7 @@ SIMULATED BOOL SimulationAttach(HMODULE handle)
     return TRUE;
 }
 
-/// Called by a simulated DLL as it leaves the process.
+/// Called by a simulated DLL on unloading.
 SIMULATED void SimulationDetach(HMODULE handle)
 {
     Module* const module = FindModule(handle);

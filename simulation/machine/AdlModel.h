@@ -45,7 +45,7 @@ struct AdlAdapterModel {
 struct AdlModel {
     std::vector<std::string> missing;
     Status create;
-    bool context = true; // whether the create call returns a context, with any status
+    bool context = true; // whether the create call returns a context, whatever its status
     std::map<int32_t, AdlAdapterModel> adapters;
 };
 

@@ -8,7 +8,7 @@
 
 namespace orvel::simulation {
 
-/// None: a null pointer.
+/// Without a value, the call returns a null pointer.
 using AdlxText = std::optional<std::string>;
 
 struct AdlxGpuModel {
@@ -31,7 +31,7 @@ struct AdlxModel {
     OutputStatus getPerformanceMonitoringServices;
     OutputStatus getSupportedGpuMetrics;
     OutputStatus getCurrentGpuMetrics;
-    std::optional<uint64_t> shrinkAfter; // calls of "item at index" until the list reports one GPU fewer
+    std::optional<uint64_t> shrinkAfter; // after this many calls of "item at index", the list reports one GPU fewer
     std::vector<AdlxGpuModel> gpus;
 };
 

@@ -9,13 +9,13 @@
 
 namespace orvel::simulation {
 
-/// A status that a machine file sets for a call; 0 (success everywhere) unless it does.
+/// The status that a machine file sets for a call; default 0, which every interface uses for success.
 struct Status {
     bool given = false; // the file has the key
     int32_t code = 0;
 };
 
-/// What a call does to the caller's memory where a machine file lets it misbehave.
+/// What a call writes to the caller's memory. A machine file can make it misbehave.
 enum class Writes {
     AsUsual,
     Nothing,      // also on success
@@ -41,7 +41,7 @@ inline void FillWithRubbish(std::initializer_list<Area> areas)
     }
 }
 
-/// What a machine file lets one call answer: a value, a failure, or a failure that still writes a value.
+/// The answer of one call in a machine file: a value, a failure, or a failure that still writes a value.
 template <typename Value>
 struct Answer {
     bool given = false; // the file has the key
@@ -50,7 +50,7 @@ struct Answer {
     Writes writes = Writes::AsUsual;
 
     /// The status of the call; `write` receives the value if there is one to write. `areas` is all that the call may write
-    /// to. A call that the file does not describe answers `notSupported`.
+    /// to. A call that the file does not describe returns `notSupported`.
     template <typename Write>
     int32_t Give(int32_t notSupported, std::initializer_list<Area> areas, Write&& write) const
     {
@@ -65,7 +65,7 @@ struct Answer {
         return status;
     }
 
-    /// The same for a call that writes the value alone.
+    /// The same for a call that writes only the value.
     int32_t GiveTo(Value* target, int32_t notSupported) const
     {
         return Give(notSupported, {{target, sizeof *target}}, [target](const Value& written) { *target = written; });

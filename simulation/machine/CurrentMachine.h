@@ -6,7 +6,7 @@
 
 namespace orvel::simulation {
 
-/// The machine in place; one without any interface when none is. Its parts keep their addresses while it is held.
+/// The machine in place, or a machine without interfaces. Its parts keep their addresses while a caller holds it.
 std::shared_ptr<const Machine> CurrentMachine();
 
 void SetCurrentMachine(std::shared_ptr<const Machine> machine);

@@ -6,7 +6,7 @@
 
 namespace orvel::simulation {
 
-/// What the desktop window manager answers: without more, success and composition on.
+/// What the desktop window manager returns. Default: success, and composition is on.
 struct DwmModel {
     Status status;
     std::optional<bool> enabled;

@@ -16,11 +16,11 @@
 
 namespace orvel::simulation {
 
-/// The origin of an interface of a machine.
+/// Where a machine's interface comes from.
 enum class Standing {
     Missing,   // the machine has no such interface
-    Simulated, // the model answers
-    System,    // the computer's own stays in place
+    Simulated, // the model defines the answers
+    System,    // the computer's own interface
 };
 
 template <typename Model>
@@ -32,7 +32,7 @@ struct Interface {
 /// One simulated machine, as its file describes it.
 struct Machine {
     std::optional<std::string> name;
-    bool searched = false; // Windows' own search has to find the DLLs that are loaded at run time
+    bool searched = false; // Windows finds the DLLs that are loaded at run time by its own search
     Interface<DwmModel> dwm;
     Interface<WmiModel> wmi;
     Interface<RegistryModel> registry;

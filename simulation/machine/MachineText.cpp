@@ -14,8 +14,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Follows the parser through the text to refuse a key that occurs twice in one object: the finished JSON would only show
-/// the last of the two.
+/// Refuses a key that occurs twice in one object. It runs during parsing, because the parsed JSON only has the last of the
+/// two.
 class DuplicateGuard {
 public:
     void See(Json::parse_event_t event, const Json& parsed)
@@ -75,7 +75,7 @@ std::string PlaceOf(const std::string& text, size_t byte)
     return "line " + std::to_string(line) + ", column " + std::to_string(1 + (end - lineStart));
 }
 
-/// The parser's message after the given mark, without classification and position.
+/// The part of the parser's message after `mark`, which ends its classification and position.
 std::string WordsBehind(const char* mark, const Json::exception& error)
 {
     const std::string words = error.what();
@@ -100,7 +100,7 @@ Json Parse(const std::string& text)
         });
     } catch (const Json::parse_error& error) {
         throw MachineError(PlaceOf(text, error.byte) + ": " + ReasonOf(error));
-    } catch (const Json::exception& error) { // a number that no type holds
+    } catch (const Json::exception& error) { // a number that fits no type
         throw MachineError("/: " + WordsBehind("] ", error));
     }
 }

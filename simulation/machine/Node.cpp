@@ -78,7 +78,7 @@ std::string TypeOf(const nlohmann::json& json)
     return json.is_boolean() ? (json.get<bool>() ? "true" : "false") : json.is_string() ? "a text" : json.type_name();
 }
 
-/// A number, or an object with it as "status" and `more` beside it.
+/// A number, or an object with the number as "status" and the fields of `more`.
 void ReadStatus(const Node& node, Status& target, Fields more)
 {
     target.given = true;

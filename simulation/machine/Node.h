@@ -15,7 +15,7 @@
 
 namespace orvel::simulation {
 
-/// A machine that is refused; the text is "JSON PATH: REASON".
+/// Thrown for an invalid machine; the text is "JSON PATH: REASON".
 class MachineError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -29,20 +29,20 @@ using ReadField = std::function<void(const Node&)>;
 /// The keys that an object may have, each with its reader.
 using Fields = std::vector<std::pair<std::string, ReadField>>;
 
-/// A place in a machine's JSON: the value and the path to it. Whatever does not fit is refused with the path.
+/// A position in a machine's JSON: the value and its path. Every reader throws MachineError for a value that does not fit.
 class Node {
 public:
     Node(const nlohmann::json& value, std::string path);
 
     [[noreturn]] void Refuse(const std::string& reason) const;
 
-    /// Reads the object key by key; a key without a reader is refused with the list of those that have one.
+    /// Reads the object key by key; for a key without a reader, the error lists the keys that have one.
     void ReadFields(const Fields& fields) const;
 
     /// The elements of an array.
     std::vector<Node> Elements() const;
 
-    /// The members of an object whose keys are free.
+    /// The members of an object with arbitrary keys.
     std::vector<std::pair<std::string, Node>> Members() const;
 
     bool IsNull() const;
@@ -57,10 +57,11 @@ public:
     bool Flag() const;
     double Real() const;
 
-    /// A whole number, also one written as text ("-1", "0x80041010"), as its 64 bits; refused outside lowest to highest.
+    /// A whole number, also one written as text ("-1", "0x80041010"), as its 64 bits. It must be in the range from lowest to
+    /// highest.
     uint64_t Whole(int64_t lowest, uint64_t highest) const;
 
-    /// A status: 32 bits, signed or not.
+    /// A status: 32 bits, signed or unsigned.
     int32_t StatusCode() const;
 
 private:
@@ -83,7 +84,7 @@ void ReadInto(const Node& node, OutputStatus& target);
 /// "nothing" or "rubbish", and for a text "unterminated".
 void ReadWrites(const Node& node, Writes& target, bool isText);
 
-/// The reader for names of functions, each out of `known`.
+/// The reader for an array of function names, all of which must be in `known`.
 ReadField NamesInto(std::vector<std::string>& target, const std::vector<std::string>& known);
 
 template <typename Element>
@@ -102,7 +103,7 @@ void ReadWithBareStatus(const Node& node, Answer<Value>& target)
     target.status = node.StatusCode();
 }
 
-/// Values of a fixed number, or a refusal with `expected`.
+/// An array of exactly Length elements; the error for another length contains `expected`.
 template <typename Element, size_t Length>
 void ReadInto(const Node& node, std::array<Element, Length>& target, const char* expected)
 {

@@ -4,7 +4,7 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr uint32_t clockTypes = 16; // numbers of four bits
+constexpr uint32_t clockTypes = 16; // four bits
 constexpr uint32_t undefinedBits = 0x5A5A5A5A & ~1U;
 
 /// The functions that nvapi_QueryInterface resolves, and itself.
@@ -29,7 +29,7 @@ const std::vector<std::string> functions = {
     "0xD2D25687",
 };
 
-/// One answer for every clock type, or an object that has the types as keys.
+/// One answer for every clock type, or an object with the types as keys.
 void ReadClocks(const Node& node, NvapiClockAnswers& target)
 {
     const bool isOfAll = !node.IsObject() || node.Members().empty() || node.HasKey("status") || node.HasKey("domain0") ||
@@ -45,7 +45,7 @@ void ReadClocks(const Node& node, NvapiClockAnswers& target)
     node.ReadFields(fields);
 }
 
-/// A flag, beside which the bits that NVAPI does not define are rubbish, or the whole word.
+/// A flag, in a word whose undefined bits are rubbish, or the whole word.
 ReadField AsEccWord(uint32_t& target)
 {
     return [&target](const Node& node) {
@@ -67,7 +67,7 @@ void ReadGpus(const Node& node, std::vector<NvapiGpuModel>& target)
 
 } // namespace
 
-/// Declared here for Answer<NvapiMultiGpuWords>, which has no general reader.
+/// Answer<NvapiMultiGpuWords> needs a reader of its own, because its type is a std::array.
 static void ReadInto(const Node& node, NvapiMultiGpuWords& target)
 {
     ReadInto(node, target, "expected two words, those at the offsets 8 and 12");

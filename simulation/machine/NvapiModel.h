@@ -24,7 +24,7 @@ struct NvapiMemoryInfo {
     uint64_t offset40 = 0;
 };
 
-/// A clock domain; one that is not given is not present.
+/// A clock domain. Default: not present.
 struct NvapiClock {
     bool present = false;
     uint32_t kilohertz = 0;
@@ -38,7 +38,7 @@ struct NvapiClocks {
 /// The answer for every clock type, or one for each.
 struct NvapiClockAnswers {
     Answer<NvapiClocks> ofAll;
-    std::map<uint32_t, Answer<NvapiClocks>> byType; // where there are any, the only ones
+    std::map<uint32_t, Answer<NvapiClocks>> byType; // if not empty, used instead of ofAll
 };
 
 /// Whole words, of which NVAPI defines bit 0.
@@ -75,7 +75,7 @@ struct NvapiModel {
     std::vector<std::string> unresolved;
     Status initialize;
     Status unload;
-    OutputStatus enumPhysicalGpus; // not given: by the number of GPUs
+    OutputStatus enumPhysicalGpus; // default: success if there are GPUs
     Answer<NvapiMultiGpuWords> multiGpu;
     std::vector<NvapiGpuModel> gpus;
 };

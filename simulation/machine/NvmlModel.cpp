@@ -4,7 +4,7 @@ namespace orvel::simulation {
 
 namespace {
 
-constexpr int32_t highestArgument = 7; // of all threshold and clock numbers that NVML has
+constexpr int32_t highestArgument = 7; // of NVML's numbers for thresholds and clocks
 
 const std::vector<std::string> functions = {
     "nvmlInit_v2",

@@ -8,7 +8,7 @@ namespace {
 
 const std::vector<std::string> functions = {"clGetPlatformIDs", "clGetDeviceIDs", "clGetDeviceInfo"};
 
-/// A count call's status, which can have its own count: {"status": N, "value": COUNT}.
+/// The status of a count call, optionally with a count: {"status": N, "value": COUNT}.
 ReadField AsCountStatus(Answer<uint32_t>& target)
 {
     return [&target](const Node& node) { ReadWithBareStatus(node, target); };

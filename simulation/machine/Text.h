@@ -11,7 +11,7 @@ std::wstring ToWide(std::string_view text);
 /// UTF-16 to UTF-8; halves of surrogate pairs become replacement characters.
 std::string ToUtf8(std::wstring_view text);
 
-/// The text in lower case, the same in every locale: two texts are equal "ignoring case" when their folded forms are.
+/// The text in lower case, independent of the locale. Two texts are equal "ignoring case" if their folded forms are equal.
 std::wstring FoldCase(std::wstring_view text);
 
 } // namespace orvel::simulation

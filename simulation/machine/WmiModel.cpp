@@ -85,7 +85,7 @@ std::optional<std::wstring> TextOf(const WmiValue& value)
     return text.str();
 }
 
-/// The members of a property that is written as an object; their order in the file does not matter.
+/// The members of a property that is written as an object, in any order.
 struct WrittenProperty {
     std::optional<WmiType> type;
     std::optional<Node> value;

@@ -14,15 +14,16 @@ enum class WmiType { Null, Uint32, Ui4, I4, R4, R8, Text, Flag };
 
 struct WmiValue {
     WmiType type = WmiType::Null;
-    int64_t whole = 0; // of the whole numbers and the flag
+    int64_t whole = 0; // for whole numbers and the flag
     double real = 0;
     std::wstring text;
 };
 
 struct WmiProperty {
     int32_t status = 0;
-    std::optional<WmiValue> value;           // none: Get writes nothing
-    std::optional<std::wstring> seenByQuery; // what a condition compares; none: the condition sees nothing
+    std::optional<WmiValue> value; // empty: Get writes nothing
+    std::optional<std::wstring>
+        seenByQuery; // what a condition compares; empty: the condition treats the property as missing
 };
 
 /// The properties by their names in folded case.
@@ -30,8 +31,8 @@ using WmiRowModel = std::map<std::wstring, WmiProperty>;
 
 struct WmiFailure {
     std::wstring contains;
-    std::optional<uint32_t> nth; // 1-based; none: every query
-    std::optional<uint32_t> row; // 1-based: the row that cannot be given; none: the query itself
+    std::optional<uint32_t> nth; // 1-based; empty: every query
+    std::optional<uint32_t> row; // 1-based: the row that fails; empty: the query itself fails
     int32_t status = 0;
 };
 

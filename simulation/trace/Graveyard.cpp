@@ -9,8 +9,8 @@
 
 #include "trace/Violations.h"
 
-// An object of COM or ADLX begins with a pointer to its table of functions, whose first parameter is the object. All entries
-// of the dead table lead to one function: on 64-bit Windows it may be called with any parameters.
+// A COM or ADLX object begins with a pointer to its table of functions, whose first parameter is the object. All entries of
+// a dead object's table point to one function: on 64-bit Windows it may be called with any parameters.
 
 namespace orvel::simulation {
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::array interfaceNames = {"wmi", "dxgi", "nvapi", "nvml", "adl", "adlx"}; // in the order of Counted
 
-/// A run makes the same few hundred calls over and over, so a call is kept as the number of its text: four bytes each.
+/// Runs repeat the same few hundred calls, so the trace stores each call as the four-byte number of its text.
 struct Record {
     std::mutex mutex;
     std::unordered_map<std::string, uint32_t> numbers;

@@ -10,7 +10,7 @@ namespace orvel::simulation {
 /// The interfaces whose living objects are counted.
 enum class Counted { Wmi, Dxgi, Nvapi, Nvml, Adl, Adlx };
 
-/// The interface's name as the trace has it, e.g. "nvapi".
+/// The interface's name in the trace, e.g. "nvapi".
 const char* NameOf(Counted kind);
 
 /// Adds one platform call to the trace, e.g. "nvml nvmlInit_v2".
@@ -41,7 +41,7 @@ public:
 
 private:
     Counted counted;
-    unsigned generation; // of the trace in which the object was counted
+    unsigned generation; // identifies the trace in which the object was counted
 };
 
 } // namespace orvel::simulation

@@ -10,7 +10,7 @@ namespace orvel::simulation {
 /// no session"). `call` is written as in the trace.
 void AddViolation(const std::string& call, const std::string& what);
 
-/// The same for a call that is refused: returns its status.
+/// The same for a call that fails; returns the call's status.
 template <typename Code>
 Code Refuse(const std::string& call, const char* what, Code status)
 {

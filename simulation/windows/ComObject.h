@@ -10,7 +10,8 @@
 namespace orvel::simulation {
 
 /// IUnknown for a counted COM object: `Object` is the class itself, `Contract` the interface it implements, `Bases` the
-/// interfaces between that and IUnknown. Any other interface is refused. After the last release every call is a violation.
+/// interfaces between that and IUnknown. QueryInterface fails for any other. After the last release every call is a
+/// violation.
 template <typename Object, Counted Kind, typename Contract, typename... Bases>
 class ComObject : public Contract {
 public:

@@ -24,7 +24,7 @@ std::wstring ScratchPath()
     return L"Software\\orvel-simulation\\" + std::to_wstring(GetCurrentProcessId());
 }
 
-/// Volatile: after a process that ends without undoing the override, a restart removes the key.
+/// Volatile: if a process ends without deleting the key, a restart removes it.
 RegistryKey CreateKey(HKEY parent, const std::wstring& path)
 {
     HKEY key = nullptr;
@@ -70,7 +70,7 @@ std::optional<std::string> FillKey(HKEY root, const RegistryKeyModel& model)
 
 std::optional<std::string> FillScratch(const RegistryModel& model)
 {
-    RegDeleteTreeW(HKEY_CURRENT_USER, ScratchPath().c_str()); // left by another process of the same number
+    RegDeleteTreeW(HKEY_CURRENT_USER, ScratchPath().c_str()); // left by an earlier process with the same id
     scratch = CreateKey(HKEY_CURRENT_USER, ScratchPath());
     if (!scratch) {
         return "the scratch key below HKEY_CURRENT_USER cannot be made";

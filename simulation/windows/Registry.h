@@ -7,13 +7,13 @@
 
 namespace orvel::simulation {
 
-/// Shows the process the machine's keys in place of the computer's HKEY_LOCAL_MACHINE. Returns what went wrong, if anything.
+/// Redirects HKEY_LOCAL_MACHINE of this process to the machine's keys. Returns the reason of a failure.
 std::optional<std::string> PutRegistryInPlace(const Machine& machine);
 
-/// Shows the computer's own keys again and deletes the scratch key.
+/// Ends the redirection, and deletes the scratch key.
 void TakeRegistryAway();
 
-/// Shows the computer's own keys for a while, if others are in place.
+/// Suspends and resumes the redirection, if there is one.
 void PauseRegistry();
 void ResumeRegistry();
 

@@ -2,8 +2,8 @@
 
 namespace orvel::simulation {
 
-/// While it lives, calls of this thread reach the computer's own HKEY_LOCAL_MACHINE and DXGI. The computer's own WMI, which
-/// some machines ask for their rows, needs both: under Wine it runs inside this process.
+/// During its lifetime, calls of this thread reach the computer's own HKEY_LOCAL_MACHINE and DXGI. The computer's own WMI,
+/// which some machines query for their rows, needs both: under Wine it runs inside this process.
 class SystemScope {
 public:
     SystemScope();
@@ -11,7 +11,7 @@ public:
     SystemScope& operator=(const SystemScope&) = delete;
     ~SystemScope();
 
-    /// Whether this thread has one.
+    /// Whether this thread is inside a scope.
     static bool IsActive();
 };
 

@@ -7,13 +7,12 @@
 #include "windows/SystemScope.h"
 #include "wmi/WmiServices.h"
 
-// How WMI comes to be simulated: CoCreateInstance(CLSID_WbemLocator) in the product gives the simulated locator. Everything
-// else follows from that: the locator gives simulated services, those give enumerators, and those give rows.
+// How WMI is simulated: CoCreateInstance(CLSID_WbemLocator) in the product returns the simulated locator. The locator
+// returns simulated services, these return enumerators, and these return rows.
 //
-// A class object that is registered with COM is asked before the registry is, but it serves the apartment alone that has
-// registered it. A host may put the machine in place on one thread and enumerate on another. So the imports of
-// CoCreateInstance lead here as well, in every module that is not one of Windows' own; the class object serves the other
-// ways to a locator, such as CoGetClassObject.
+// COM prefers a registered class object to the registry, but only in the apartment that registered it. A host may put the
+// machine in place on one thread and enumerate on another. So the imports of CoCreateInstance are redirected to this file as
+// well, in every module except Windows' own; the class object covers other ways to a locator, such as CoGetClassObject.
 
 namespace orvel::simulation {
 
@@ -60,7 +59,7 @@ private:
     std::shared_ptr<WmiSession> session;
 };
 
-/// Lives as long as the process: COM holds it while it is registered, and releases it in its own time.
+/// Lives as long as the process: COM holds it while it is registered, and may release it late.
 class LocatorFactory final : public IClassFactory {
 public:
     void Serve(std::shared_ptr<WmiSession> next) { session = std::move(next); }

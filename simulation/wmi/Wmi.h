@@ -7,11 +7,11 @@
 
 namespace orvel::simulation {
 
-/// Registers the simulated WMI in place of the computer's own for this process. Needs COM on the calling thread. Returns
-/// what went wrong, if anything.
+/// Registers the simulated WMI in place of the computer's own for this process. COM must be initialised on the
+/// calling thread. Returns the reason of a failure.
 std::optional<std::string> PutWmiInPlace(const Machine& machine);
 
-/// Leaves the computer's own WMI in its place again; objects that are still held stay usable.
+/// Restores the computer's own WMI; objects that callers still hold stay usable.
 void TakeWmiAway();
 
 } // namespace orvel::simulation

@@ -10,15 +10,15 @@
 
 namespace orvel::simulation {
 
-/// One row of a class, wherever it comes from.
+/// One row of a class, from the machine's file or the computer's own WMI.
 class WmiRow {
 public:
     virtual ~WmiRow() = default;
 
-    /// As IWbemClassObject::Get, for a query that shows every property.
+    /// As IWbemClassObject::Get, for a query that selects every property.
     virtual HRESULT Get(LPCWSTR name, VARIANT* value, CIMTYPE* type, LONG* flavor) const = 0;
 
-    /// What a query's condition compares; nothing if it sees nothing of the property.
+    /// What a query's condition compares; empty if the condition treats the property as missing.
     virtual std::optional<std::wstring> TextOf(const std::wstring& name) const = 0;
 };
 

@@ -16,7 +16,7 @@ using Microsoft::WRL::ComPtr;
 
 using Clock = std::chrono::steady_clock;
 
-/// What WMI finds for a query, and when it has found it.
+/// The result of a query, and the time when it is available.
 struct WmiAnswer {
     HRESULT status = WBEM_S_NO_ERROR;
     std::shared_ptr<const WqlQuery> query;
@@ -25,7 +25,7 @@ struct WmiAnswer {
     Clock::time_point ready;
 };
 
-/// Sleeping is only exact to some milliseconds, so the last part is spent in a loop.
+/// Sleeping is exact only to a few milliseconds, so the last part is a busy loop.
 void WaitUntil(Clock::time_point end)
 {
     constexpr auto inexact = std::chrono::milliseconds(2);
@@ -104,7 +104,8 @@ void TakeAll(IEnumWbemClassObject& source, const WqlQuery& query, WmiRows& rows)
     }
 }
 
-/// The whole class from the computer's own WMI; the condition is applied here, as it knows patterns that not every WMI does.
+/// The whole class from the computer's own WMI. The condition is applied here, because not every WMI supports all
+/// patterns.
 HRESULT SelectFromSystem(const WqlQuery& query, IWbemServices& services, WmiRows& rows)
 {
     const SystemScope scope;
@@ -176,7 +177,7 @@ HRESULT WmiSession::ConnectSystem(BSTR name, ComPtr<IWbemServices>& services) co
     }
     const SystemScope scope;
     const HRESULT result = locator->ConnectServer(name, nullptr, nullptr, nullptr, 0, nullptr, nullptr, &services);
-    if (SUCCEEDED(result)) { // an object of this process, as Wine has it, refuses the blanket, and needs none
+    if (SUCCEEDED(result)) { // fails for an in-process object, as under Wine, which needs no blanket
         CoSetProxyBlanket(services.Get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
                           RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
     }

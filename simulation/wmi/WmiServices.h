@@ -7,7 +7,7 @@
 
 namespace orvel::simulation {
 
-/// What all WMI objects of one machine share.
+/// The data that all WMI objects of one machine share.
 class WmiSession {
 public:
     WmiSession(std::shared_ptr<const Machine> machine, Microsoft::WRL::ComPtr<IWbemLocator> systemLocator);
@@ -17,13 +17,13 @@ public:
     /// False if the machine has no WMI at all.
     bool IsPresent() const;
 
-    /// The rows of a class that the query wants. Fails for an unknown class.
+    /// The rows that match the query. Fails for an unknown class.
     HRESULT Select(const WqlQuery& query, IWbemServices* systemServices, WmiRows& rows) const;
 
     /// Counts the query for every failure entry that its text matches; the first that applies, or null.
     const WmiFailure* PlannedFailure(const std::wstring& text);
 
-    /// Connects to the computer's own WMI if the rows come from there; otherwise there is nothing to connect to.
+    /// Connects to the computer's own WMI if the rows come from there; otherwise does nothing.
     HRESULT ConnectSystem(BSTR name, Microsoft::WRL::ComPtr<IWbemServices>& services) const;
 
 private:
@@ -46,7 +46,7 @@ private:
     Microsoft::WRL::ComPtr<IWbemServices> system;
 };
 
-/// Takes as long as a call on the machine takes, to the microsecond.
+/// Waits for the latency of a call on the machine, exact to the microsecond.
 void Wait(uint32_t microseconds);
 
 } // namespace orvel::simulation

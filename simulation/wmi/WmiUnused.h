@@ -4,11 +4,11 @@
 
 #include "windows/ComObject.h"
 
-// The functions of WMI's interfaces that nobody here needs.
+// The functions of WMI's interfaces that the product never calls.
 
 namespace orvel::simulation {
 
-/// A published WMI status as what functions return.
+/// A published WMI status as the HRESULT that functions return.
 constexpr HRESULT Result(WBEMSTATUS status)
 {
     return static_cast<HRESULT>(status);

@@ -31,8 +31,7 @@ std::wstring TakeWord(std::wstring_view& rest)
     return word;
 }
 
-/// Takes a text up to its closing apostrophe; nothing if it is not closed. A backslash takes its own meaning and that of an
-/// apostrophe away.
+/// Takes a text up to its closing apostrophe; empty if there is none. A backslash escapes an apostrophe or a backslash.
 std::optional<std::wstring> TakeText(std::wstring_view& rest)
 {
     std::wstring text;
@@ -83,7 +82,7 @@ std::optional<Tokens> Tokenize(std::wstring_view rest)
     }
 }
 
-/// Walks through the tokens; every operation fails, and stays where it is, if the next token is not the expected one.
+/// Reads the tokens in order; every operation fails, without advancing, if the next token is not the expected one.
 class Parser {
 public:
     explicit Parser(Tokens all) : tokens(std::move(all)) {}
@@ -161,7 +160,7 @@ bool ParseConditions(Parser& parser, WqlQuery& query)
     return true;
 }
 
-/// Both folded already. After a mismatch, the run that the last % matches is made one character longer.
+/// Compares folded texts. After a mismatch, the last % matches one more character.
 bool Matches(std::wstring_view text, std::wstring_view pattern)
 {
     size_t at = 0;

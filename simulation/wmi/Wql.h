@@ -15,19 +15,19 @@ struct WqlCondition {
 
 /// SELECT properties FROM class WHERE conditions. Names and texts are kept as written.
 struct WqlQuery {
-    std::vector<std::wstring> properties; // none: all of them
+    std::vector<std::wstring> properties; // empty: all
     std::wstring className;
     std::vector<WqlCondition> conditions; // all must hold
 };
 
-/// The query in the text, or nothing if the text is not a query.
+/// The query, or empty if the text is not a valid query.
 std::optional<WqlQuery> ParseWql(std::wstring_view text);
 
-/// Whether a property's text fulfils the condition. Upper and lower case are the same; in a pattern % matches any run of
-/// characters and _ for any one.
+/// Whether a property's text fulfils the condition. Case-insensitive; in a pattern, % matches any text and _ any one
+/// character.
 bool Fulfils(const WqlCondition& condition, std::wstring_view text);
 
-/// Whether the query shows the property.
+/// Whether the query selects the property.
 bool Shows(const WqlQuery& query, std::wstring_view property);
 
 } // namespace orvel::simulation

@@ -26,7 +26,7 @@ constexpr const wchar_t* adlDll = L"atiadlxx.dll";
 
 // Sizes of structures, in bytes.
 constexpr size_t coreInfoSize = 64;
-constexpr size_t coreInfoReserved = 44; // at its end
+constexpr size_t coreInfoReserved = 44; // at the end of the structure
 constexpr size_t crossfireCombSize = 16;
 constexpr size_t crossfireInfoSize = 12;
 constexpr int32_t activitySize = 40;
@@ -48,7 +48,7 @@ std::string CallOf(const char* name, int32_t adapter)
     return std::string("adl ") + name + " " + std::to_string(adapter);
 }
 
-/// Gives an adapter's answer, if the machine has the adapter.
+/// Returns the adapter's answer, or a failure if the machine has no such adapter.
 template <typename Value, typename Write>
 int32_t Give(int32_t adapter, Answer<Value> AdlAdapterModel::*member, int32_t leftOut, std::initializer_list<Area> areas,
              Write&& write)
@@ -59,8 +59,8 @@ int32_t Give(int32_t adapter, Answer<Value> AdlAdapterModel::*member, int32_t le
     return found == adapters.end() ? ADL_ERR_INVALID_ADL_IDX : (found->second.*member).Give(leftOut, areas, write);
 }
 
-/// A function of ADL2, which needs a living context; null is that of the first ADL, which nobody has created. All
-/// areas have to be there.
+/// A function of ADL2, which needs a valid context and no null area. A null context is the global one of the old ADL_
+/// functions, which no caller has created.
 template <typename Value, typename Write>
 int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<Value> AdlAdapterModel::*member,
                       std::initializer_list<Area> areas, Write&& write)
@@ -124,7 +124,7 @@ SIMULATED int32_t Sim_ADL2_Adapter_Graphic_Core_Info_Get(void* context, int32_t 
                          });
 }
 
-/// The combination selects the chain of the query: none.
+/// The combination selects a chain of adapters. The product selects none, so all of its bytes are 0.
 SIMULATED int32_t Sim_ADL2_Adapter_Crossfire_Get(void* context, int32_t adapter, void* combination, void* info)
 {
     const char* const name = "ADL2_Adapter_Crossfire_Get";
@@ -136,7 +136,8 @@ SIMULATED int32_t Sim_ADL2_Adapter_Crossfire_Get(void* context, int32_t adapter,
                          [info](const AdlCrossfire& crossfire) { Put(info, 8, crossfire.iSupported); });
 }
 
-/// A function of the first ADL: after ADL2_Main_Control_Create alone it does not work, unless the file says so.
+/// An old ADL_ function: it needs the global context, which ADL2_Main_Control_Create does not create. It therefore fails
+/// unless the machine file has an answer.
 SIMULATED int32_t Sim_ADL_Overdrive5_CurrentActivity_Get(int32_t adapter, int32_t* activity)
 {
     const std::string call = CallOf("ADL_Overdrive5_CurrentActivity_Get", adapter);

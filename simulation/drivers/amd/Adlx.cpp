@@ -8,15 +8,15 @@ using namespace orvel::simulation;
 
 namespace {
 
-/// The caller's function that frees memory of ADL.
+/// The caller's function that frees memory from the ADL callback.
 using AdlxFree = void(__stdcall*)(void** buffer);
 
 constexpr uint64_t fullVersion = 0x0001000200000048; // 1.2.0, build 72
 
 constexpr int32_t adapterListSize = 4096; // bytes
 
-/// ADLX lets ADL list its adapters, which takes memory from the caller, and gives that back to the caller. False where the
-/// caller has no memory.
+/// ADLX makes ADL list its adapters: ADL allocates the list with the caller's callback, and ADLX frees it with the other
+/// one. False if the allocation fails.
 bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
 {
     void* buffer = AllocateFromAdlCaller(context, adapterListSize);
@@ -95,7 +95,8 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
     }
     const auto machine = CurrentMachine();
     const OutputStatus& answer = machine->adlx.model.initializeWithCallerAdl;
-    const bool isSimulated = machine->adl.standing != Standing::System; // the computer's own contexts are not known here
+    const bool isSimulated =
+        machine->adl.standing != Standing::System; // contexts of the computer's own ADL cannot be checked
     if (isSimulated && !IsAdlContextAlive(context)) {
         AddViolation(call, "the ADL context is not alive");
         return ADLX_ADL_INIT_ERROR;

@@ -9,8 +9,8 @@
 #include "trace/Violations.h"
 
 // The tables at the end of the first unnamed namespace give each interface its functions by the published slot numbers.
-// Slots that nobody here needs answer "not supported". A function is only reached through a living object, so there is a
-// session.
+// Slots that the product never calls return "not supported". A function is only reached through a valid object, so a session
+// exists.
 
 namespace orvel::simulation {
 
@@ -56,7 +56,7 @@ int32_t RefuseArgument(const std::string& call, const char* what)
     return Refuse(call, what, ADLX_INVALID_ARGS);
 }
 
-/// For what needs ADL: the caller must not have destroyed the context that it has lent.
+/// For calls that use ADL: the caller must not have destroyed the ADL context that it passed to the initialisation.
 void CheckContext(const std::string& call)
 {
     void* const context = Session().adlContext;
@@ -65,7 +65,7 @@ void CheckContext(const std::string& call)
     }
 }
 
-/// Hands an object out with a reference added, or null if the status is a failure.
+/// Returns an object with a reference added, or null if the status is a failure.
 int32_t HandOut(const std::string& call, const OutputStatus& answer, const AdlxInterface& contract, const AdlxGpuModel* gpu,
                 AdlxObject** target)
 {
@@ -81,7 +81,7 @@ int32_t HandOut(const std::string& call, const OutputStatus& answer, const AdlxI
     return answer.code;
 }
 
-/// The same for an object that speaks about a GPU.
+/// The same for an object that belongs to a GPU.
 int32_t HandOutOfGpu(const std::string& call, const OutputStatus& answer, const AdlxInterface& contract, AdlxObject* gpu,
                      AdlxObject** target)
 {
@@ -97,7 +97,7 @@ int32_t HandOutOfGpu(const std::string& call, const OutputStatus& answer, const 
     return RefuseArgument(call, "the GPU is not alive");
 }
 
-/// Texts belong to the GPU.
+/// The GPU owns the returned text.
 int32_t GiveText(const char* name, AdlxObject* self, const char** target, Answer<AdlxText> AdlxGpuModel::*member)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
@@ -119,7 +119,7 @@ template <typename Value>
 int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Answer<Value> AdlxGpuModel::*member)
 {
     std::string call = "adlx ";
-    call += name; // GCC 12 sees an overflow in the sum of the two
+    call += name; // in one expression, GCC 12 warns of an overflow that cannot happen
     AddToTrace(call);
     if (!target) {
         return RefuseArgument(call, "a null pointer");

@@ -43,7 +43,7 @@ struct AdlxObject {
 
     void* const* table;
     const AdlxInterface* contract;
-    const AdlxGpuModel* gpu; // the GPU that the object is or speaks about
+    const AdlxGpuModel* gpu; // the GPU that the object is or belongs to
     long references = 0;     // of a counted object
     std::map<const std::string*, char*> lentTexts;
 };
@@ -60,19 +60,19 @@ public:
     AdlxObject* System() { return system; }
     AdlxObject* Mapping() { return mapping; }
 
-    /// The object of this interface and GPU with a reference added; a new one unless there is one already.
+    /// The object of this interface and GPU with a reference added. Created unless it exists already.
     AdlxObject* HandOut(const AdlxInterface& contract, const AdlxGpuModel* gpu);
 
     /// Releases a reference; the last release invalidates the object. Returns the remaining number.
     long Release(AdlxObject* object);
 
-    /// Whether the pointer is a living object of this interface.
+    /// Whether the pointer is a valid object of this interface.
     bool Has(const AdlxObject* object, const AdlxInterface& contract) const;
 
-    /// The names of the interfaces of which somebody holds a reference.
+    /// The names of the interfaces whose objects the caller has not released.
     std::string HeldObjects() const;
 
-    void* adlContext = nullptr; // that the caller has lent; null without one
+    void* adlContext = nullptr; // passed by the caller; null without one
 
 private:
     LiveObject live{Counted::Adlx};
@@ -85,7 +85,7 @@ private:
 struct AdlxState {
     std::recursive_mutex mutex; // for all objects as well
     std::shared_ptr<const Machine> machine;
-    uint64_t itemCalls = 0; // of "item at index"
+    uint64_t itemCalls = 0; // calls of "item at index"
     std::optional<AdlxSession> session;
 };
 

@@ -105,7 +105,7 @@ const NvapiFunction* FindFunction(uint32_t id)
 
 } // namespace
 
-/// Leaves no trace itself: the functions that it resolves do.
+/// Not in the trace: only the functions that it resolves are.
 SIMULATED void* Sim_nvapi_QueryInterface(uint32_t id)
 {
     const NvapiFunction* const function = FindFunction(id);

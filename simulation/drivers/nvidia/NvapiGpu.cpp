@@ -12,7 +12,8 @@
 #include "trace/Violations.h"
 
 // Every function has the same steps: trace the call, find the GPU by its handle, check the arguments, return the model's
-// result. Structures are byte areas with the published offsets; what the model does not say of them becomes rubbish.
+// result. Structures are byte areas with the published offsets; bytes that the model does not define are filled with
+// rubbish.
 
 namespace orvel::simulation {
 
@@ -53,8 +54,8 @@ uint32_t WordAt(const void* area, size_t offset)
     return word;
 }
 
-/// Traces the call and runs `give` on the model of the GPU of this handle. Null is no GPU: the caller may
-/// have read it from a slot that no GPU has filled.
+/// Traces the call and runs `give` on the model of the GPU of this handle. A null handle is not a violation: the caller may
+/// have read it from an array element without a GPU.
 template <typename Give>
 int32_t OnGpu(const std::string& call, const void* handle, Give&& give)
 {
@@ -62,7 +63,7 @@ int32_t OnGpu(const std::string& call, const void* handle, Give&& give)
     if (!IsInNvapiSession(call)) {
         return NVAPI_API_NOT_INITIALIZED;
     }
-    const auto machine = CurrentMachine(); // holds the model
+    const auto machine = CurrentMachine(); // keeps the model alive
     if (const NvapiGpuModel* const gpu = NvapiHandles().Find(handle)) {
         return give(*gpu);
     }
@@ -105,8 +106,8 @@ int32_t GiveNumber(const char* name, const void* handle, int32_t* target, Answer
     });
 }
 
-/// For a structure that starts with a version word, whose lower half is the structure's size. `write` finds everything
-/// behind that word full of rubbish.
+/// For a structure that starts with a version word, whose lower half is the structure's size. Everything after that word is
+/// filled with rubbish before `write` runs.
 template <typename Value, typename Write>
 int32_t GiveStructure(const std::string& call, void* area, uint32_t version, const Answer<Value>& answer, Write&& write)
 {
@@ -201,8 +202,8 @@ int32_t GiveMemoryInfo(const std::string& call, const NvapiGpuModel& gpu, void* 
     return status;
 }
 
-// Intended: no version word is asked for, unlike by a real driver, unless the machine's file refuses the call. The product
-// passes the structure without one.
+// Intended: unlike a real driver, this accepts a structure without a version word, as the product passes it. A machine file
+// can refuse the call.
 int32_t GetMemoryInfoEx(void* handle, void* area)
 {
     const std::string call = "nvapi NvAPI_GPU_GetMemoryInfoEx";
@@ -216,7 +217,7 @@ void PutClock(void* area, size_t domain, const NvapiClock& clock)
     Put(area, 12 + 8 * domain, clock.kilohertz);
 }
 
-/// All domains but those of the file are not present, with a frequency that means nothing.
+/// Domains that the file does not list are not present, and their frequency is rubbish.
 void PutClocks(void* area, uint32_t type, const NvapiClocks& clocks)
 {
     Put(area, 4, type);

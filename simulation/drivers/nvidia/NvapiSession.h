@@ -15,14 +15,14 @@ constexpr int32_t NVAPI_INCOMPATIBLE_STRUCT_VERSION = -9;
 constexpr int32_t NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE = -101;
 constexpr int32_t NVAPI_NOT_SUPPORTED = -104;
 
-/// The two refusals of a caller that breaks a rule, which is a violation.
+/// Adds the violation, and returns NVAPI's status for it.
 int32_t RefuseNull(const std::string& call);
 int32_t RefuseVersion(const std::string& call);
 
-/// Whether NVAPI is initialised; for a call that needs it. One that comes outside a session is a violation.
+/// Whether NVAPI is initialised. A call that needs a session and has none is a violation.
 bool IsInNvapiSession(const std::string& call);
 
-/// Begins a session, or counts it where there is one.
+/// Begins a session. Sessions nest, and are counted.
 void BeginNvapiSession();
 
 /// Ends a session of BeginNvapiSession. The last end invalidates all handles.

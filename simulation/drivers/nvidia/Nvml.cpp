@@ -31,13 +31,13 @@ const DriverState state([] {
     deviceHandles.Clear();
 });
 
-/// Traces the call and runs `give` on the model of the device of this handle. A null handle is no violation: it
-/// is what the caller has where NVML gave none.
+/// Traces the call and runs `give` on the model of the device of this handle. A null handle is not a violation: the caller
+/// may have failed to get a handle.
 template <typename Give>
 int32_t OnDevice(const std::string& call, const void* handle, Give&& give)
 {
     AddToTrace(call);
-    const auto machine = CurrentMachine(); // holds the model
+    const auto machine = CurrentMachine(); // keeps the model alive
     if (const NvmlDeviceModel* const device = deviceHandles.Find(handle)) {
         return give(*device);
     }
@@ -63,7 +63,7 @@ int32_t GiveNumber(const char* name, const void* handle, uint32_t* target, Answe
     });
 }
 
-/// A function whose answer depends on its second argument. A status of the whole function speaks for every argument.
+/// A function whose answer depends on its second argument. A status for the whole function applies to every argument.
 int32_t GiveByArgument(const char* name, const void* handle, int32_t argument, uint32_t* target,
                        Answer<NvmlAnswers> NvmlDeviceModel::*member)
 {
@@ -103,7 +103,7 @@ int32_t GiveSerial(const NvmlDeviceModel& device, char* target, uint32_t length)
                        [&](const std::string& text) { PutSerial(target, length, text, isTerminated); });
 }
 
-/// NVML's own words for its status codes.
+/// The text that NVML has for a status code.
 const char* ErrorText(int32_t status)
 {
     static const auto* const texts = new std::map<int32_t, const char*>{

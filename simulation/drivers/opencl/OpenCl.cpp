@@ -44,7 +44,7 @@ void Hand(const std::vector<const Object*>& objects, HandleTable<Object>& handle
     }
 }
 
-/// A count call: the count that the file sets, or the true one, if the call is to write any.
+/// A count call: writes the count that the file sets, or the true one, unless the file prevents it.
 cl_int Count(const Answer<uint32_t>& answer, size_t objects, cl_uint* count)
 {
     if (answer.writes == Writes::Rubbish) {
@@ -57,7 +57,7 @@ cl_int Count(const Answer<uint32_t>& answer, size_t objects, cl_uint* count)
     return answer.status;
 }
 
-/// A call for the handles that the file lets fail or misbehave.
+/// A call for handles for which the file sets a failure or misbehaviour.
 cl_int Misbehave(const OutputStatus& fetch, cl_uint entries, void* handles)
 {
     if (fetch.writes == Writes::Rubbish) {
@@ -86,7 +86,7 @@ std::vector<const Object*> PointersTo(const std::vector<Object>& objects, cl_dev
     return pointers;
 }
 
-/// Whether the file itself decides what the count call answers, rather than the devices it lists.
+/// Whether the file sets the result of the count call, which otherwise follows from the devices listed.
 bool IsDecided(const Answer<uint32_t>& count)
 {
     return count.status != 0 || count.value.has_value() || count.writes != Writes::AsUsual;
@@ -126,7 +126,7 @@ const void* DataOf(const OpenClValue& value)
     return text ? static_cast<const void*>(text->c_str()) : &std::get<uint32_t>(value);
 }
 
-/// {"status": N} fails the size call; {"status": N, "value": V} lets it succeed and fails the value call.
+/// With {"status": N} the size call fails; with {"status": N, "value": V} it succeeds, and the value call fails.
 cl_int GiveParameter(const std::string& call, const Answer<OpenClValue>& answer, size_t capacity, void* target, size_t* size)
 {
     if (!answer.value) {
@@ -209,7 +209,7 @@ SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type
     if (!IsCallable(call)) {
         return CL_OUT_OF_RESOURCES;
     }
-    const auto machine = CurrentMachine(); // holds the models
+    const auto machine = CurrentMachine(); // keeps the models alive
     const OpenClPlatform* const platform = platformHandles.Find(handle);
     if (!platform) {
         return handle ? Refuse(call, "the platform is not alive", CL_INVALID_PLATFORM) : CL_INVALID_PLATFORM;
@@ -227,7 +227,7 @@ SIMULATED cl_int WINAPI Sim_clGetDeviceInfo(cl_device_id handle, cl_device_info 
     if (!IsCallable(call)) {
         return CL_OUT_OF_RESOURCES;
     }
-    const auto machine = CurrentMachine(); // holds the models
+    const auto machine = CurrentMachine(); // keeps the models alive
     const cl_int status = GetDeviceInfo(call, handle, parameter, capacity, target, size);
     if (status != CL_SUCCESS) {
         AddOpenClReference();
