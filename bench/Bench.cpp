@@ -1,7 +1,7 @@
 // orvel-bench MACHINES SHIPPED OUTPUT: measures, prints a table and writes it as JSON. MACHINES: the folder of the machine
-// files, SHIPPED: that of the DLLs as they are shipped.
-// orvel-bench MACHINES traces: whether product and floor make the same platform calls in the same order, as the exit status.
-// orvel-bench MACHINES load|peak|before: one figure of a fresh process, which is its exit status.
+// files; SHIPPED: the folder of the DLLs as they are shipped.
+// orvel-bench MACHINES traces: exits with 0 if product and floor make the same platform calls in the same order, else
+// with 1. orvel-bench MACHINES load|peak|before: exits with one figure, measured in this fresh process.
 
 #include <cstdio>
 #include <exception>
@@ -20,7 +20,7 @@ using namespace orvel::bench;
 
 constexpr int freshProcesses = 5;
 
-/// Ends at once, because remaining destructors must not run against unloaded simulated DLLs.
+/// Ends the process at once, because remaining destructors must not call simulated DLLs that are unloaded.
 [[noreturn]] void End(size_t status)
 {
     std::fflush(nullptr);

@@ -4,17 +4,17 @@ namespace orvel::bench {
 
 class FloorWmi;
 
-/// Looks up the functions that the product imports when it is loaded. To be called when the machine is in place.
+/// Looks up the functions that the product imports when it is loaded. Call it after the machine is put in place.
 void PrepareFloor();
 
-/// Makes the platform calls of one enumeration of a healthy machine, in the product's order, straight on the interfaces. WMI
-/// is asked each distinct question once. Other values live only where the next call depends on them.
+/// Makes the platform calls of one enumeration of a healthy machine, in the product's order, directly on the interfaces.
+/// Each distinct WMI query is sent once. Other values are only kept if a later call depends on them.
 void RunFloor();
 
-/// NVIDIA's part of the preparation: NVML.
+/// The part of PrepareFloor for NVML.
 void PrepareNvidiaFloor();
 
-// The runs of the single vendors.
+// The parts of RunFloor for each vendor.
 void RunIntelFloor(FloorWmi& wmi);
 void RunNvidiaFloor(FloorWmi& wmi);
 void RunAmdFloor(FloorWmi& wmi);

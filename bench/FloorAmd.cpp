@@ -102,7 +102,7 @@ void Start(Adlx& adlx, ADL_CONTEXT_HANDLE context)
     initialize(0x0001000200000048, &adlx.System, &adlx.Mapping, context, &Free);
 }
 
-/// What the calls of one GPU hang on.
+/// The values of one GPU that later calls need.
 struct Gpu {
     const char* Name = "";
     const char* DeviceId = "";

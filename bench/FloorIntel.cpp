@@ -16,7 +16,7 @@ using namespace shared::enumeration;
 
 constexpr cl_uint intelVendor = 0x8086;
 
-/// What the calls of one adapter hang on.
+/// The values of one adapter that later calls need.
 struct Adapter {
     char DeviceId[5] = "";
     char Name[256] = "";

@@ -15,7 +15,7 @@ namespace {
 
 using namespace shared::enumeration;
 
-// What the product imports of NVML.
+// The functions that the product imports from NVML.
 struct Nvml {
     decltype(&nvmlInit_v2) Init;
     decltype(&nvmlShutdown) Shutdown;
@@ -39,7 +39,7 @@ void FindIn(HMODULE module, const char* name, Function& function)
     function = FindFunction<Function>(module, name);
 }
 
-/// NVAPI, with a lookup of the function on every call.
+/// NVAPI; every call looks up its function, as in the product.
 struct Nvapi {
     ModuleHandle Module{::LoadLibraryW(L"nvapi64.dll")};
     void* (*QueryInterface)(uint32_t id) = Module ? FindFunction<void* (*)(uint32_t)>(Module.get(), "nvapi_QueryInterface")
@@ -52,7 +52,7 @@ struct Nvapi {
     }
 };
 
-/// A GPU in both interfaces, and a buffer for results.
+/// A GPU's handles in both interfaces, and a buffer for results.
 struct Gpu {
     const Nvapi& Api;
     NvPhysicalGpuHandle Handle;

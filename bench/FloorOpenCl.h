@@ -6,7 +6,7 @@
 
 namespace orvel::bench {
 
-/// OpenCL as long as it is used.
+/// Loads opencl.dll; the handle keeps it loaded.
 shared::enumeration::ModuleHandle LoadOpenCl();
 
 /// Reads a parameter of the first device with this name and vendor, listing the devices and looking up every function on

@@ -2,13 +2,13 @@
 
 namespace orvel::bench {
 
-/// Looks up what the product imports of DXGI and the desktop window manager.
+/// Looks up the functions that the product imports from DXGI and the desktop window manager.
 void PrepareSystemFloor();
 
-/// Describes every adapter of DXGI.
+/// Reads the description of every DXGI adapter.
 void ReadSharedMemory();
 
-/// Asks whether desktop composition is on.
+/// Queries whether desktop composition is on.
 void ReadComposition();
 
 } // namespace orvel::bench

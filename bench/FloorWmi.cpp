@@ -57,7 +57,7 @@ FloorAnswer& FloorWmi::Ask(const wchar_t* wql)
 
 FloorRows::FloorRows(FloorWmi& wmi, const wchar_t* wql) : answer(&wmi.Ask(wql))
 {
-    answer->At(0); // the answer has come when its first row has
+    answer->At(0); // the result is available when its first row is
 }
 
 bool FloorRows::Next()

@@ -11,29 +11,29 @@
 
 namespace orvel::bench {
 
-/// A VARIANT that is cleared at its end.
+/// Clears a VARIANT on destruction.
 struct Value {
     VARIANT Variant{};
     shared::enumeration::ClearedVariant Cleared{&Variant};
 
-    /// The text of a value that is one.
+    /// The value must be a text.
     const wchar_t* Text() const { return Variant.bstrVal; }
 };
 
-/// WMI's answer to one query, as far as it has been fetched.
+/// The rows of one query that have been fetched so far.
 struct FloorAnswer {
     Microsoft::WRL::ComPtr<IEnumWbemClassObject> Source;
     std::vector<Microsoft::WRL::ComPtr<IWbemClassObject>> Rows;
     bool IsWhole = false;
 
-    /// Fetches up to the row at `index`; null when there are fewer.
+    /// Fetches rows up to `index`. Null if there are fewer rows.
     IWbemClassObject* At(size_t index);
 };
 
-/// The one connection of an enumeration, and each distinct query that was sent on it.
+/// The only connection of an enumeration, and the results of its distinct queries.
 class FloorWmi {
 public:
-    /// Sends a query unless it was sent before. Connects at the first one.
+    /// Sends a query unless it was sent before. The first query connects.
     FloorAnswer& Ask(const wchar_t* wql);
 
 private:
@@ -41,7 +41,7 @@ private:
     std::map<std::wstring, FloorAnswer> answers;
 };
 
-/// A walk through the rows of one query.
+/// Iterates over the rows of one query.
 class FloorRows {
 public:
     FloorRows(FloorWmi& wmi, const wchar_t* wql);
@@ -55,7 +55,7 @@ private:
     IWbemClassObject* row = nullptr;
 };
 
-// The queries on the memory modules. Those for speed and width send all three.
+// The queries for the memory modules. The functions for speed and width send all three queries.
 void ReadMemoryType(FloorWmi& wmi);
 void ReadMemorySpeed(FloorWmi& wmi);
 void ReadTotalWidth(FloorWmi& wmi);

@@ -34,7 +34,7 @@ size_t CountOf(const Trace& trace, const std::string& prefix)
         std::count_if(trace.begin(), trace.end(), [&](const std::string& call) { return call.starts_with(prefix); }));
 }
 
-/// Loads the library when it is first called; the machine is in place by then.
+/// Loads the library on the first call, which must follow Simulate: the library must bind to the simulated DLLs.
 void LoadProduct()
 {
     static const char* const missing = [] {

@@ -8,7 +8,7 @@
 
 namespace orvel::bench {
 
-/// What was measured on one machine. Times in microseconds.
+/// The figures of one machine. Times are in microseconds.
 struct Figures {
     std::string Machine;
     size_t Cards = 0;
@@ -17,24 +17,24 @@ struct Figures {
     size_t Calls = 0; ///< platform calls in the trace
     size_t Connections = 0;
     size_t Queries = 0;
-    double Modelled = 0; ///< one enumeration where WMI takes its time
-    double Ideal = 0;    ///< one connection and each distinct query once, one after another
+    double Modelled = 0; ///< one enumeration with the latency of a real WMI
+    double Ideal = 0;    ///< the latencies of one connection and of each distinct query, added up
     bool HasSameTrace = false;
 };
 
-/// Loads the simulation beside this program and puts the process on a machine; throws std::runtime_error. The product is
-/// loaded by its first enumeration.
+/// Loads the simulation beside this program and puts a machine in place; throws std::runtime_error. Does not load the
+/// product.
 void Simulate(const nlohmann::json& machine);
 
 Figures MeasureMachine(const Machine& machine);
 
-/// Whether product and floor leave the same trace on the machine; if not, the first difference goes to the error stream.
+/// Whether product and floor make the same platform calls on the machine. If not, prints the first difference to stderr.
 bool HasSameTrace(const nlohmann::json& machine);
 
-/// Microseconds that this process, which has not loaded the product yet, takes to load it on the machine.
+/// The time for loading the product on the machine, in microseconds. The process must not have loaded it yet.
 double MeasureLoading(const nlohmann::json& machine);
 
-/// Peak working set of this process in KiB on the machine, after one enumeration or without the product.
+/// Peak working set of this process in KiB, after one enumeration on the machine or without the product.
 size_t MeasurePeakWorkingSet(const nlohmann::json& machine, bool isEnumerated);
 
 double Median(std::vector<double> values);

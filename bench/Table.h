@@ -9,16 +9,16 @@
 
 namespace orvel::bench {
 
-/// Everything that one run of the benchmark found out.
+/// The results of one run of the benchmark.
 struct Results {
     std::vector<Figures> Machines;
     double LoadMicroseconds = 0;
     size_t PeakWorkingSetKib = 0;
-    size_t PeakWorkingSetBeforeKib = 0; ///< of the same process on the same machine without the product
+    size_t PeakWorkingSetBeforeKib = 0; ///< the same without the product
     std::map<std::string, std::uintmax_t> DllBytes;
 };
 
-/// What was set out to be reached at most, and what was.
+/// An upper limit for a figure, and the measured value.
 struct Target {
     std::string Name;
     double Limit;
