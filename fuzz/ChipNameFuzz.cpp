@@ -1,4 +1,5 @@
-// Any text as a card's name, converter type or size: the code gives the result of the equivalent regular expressions.
+// For any text as a card's name, converter type or memory size, the code returns the result of the equivalent regular
+// expressions.
 
 #include <regex>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-// Any text as a location: the search finds the bus that the equivalent regular expression finds.
+// For any text as a location, the search finds the same bus as the equivalent regular expression.
 
 #include <regex>
 

@@ -1,4 +1,4 @@
-// Any text as a number: converted as the C library does it, or refused with the promised words.
+// Any text is converted to the same number as by the C library, or refused with the documented exception.
 
 #include <cerrno>
 #include <cmath>
@@ -24,7 +24,7 @@ Words WordsOf(const std::string& function)
     return {"invalid " + function + " argument", function + " argument out of range"};
 }
 
-/// Runs a conversion; false when it was refused.
+/// Runs a conversion; false if it is refused with a documented exception.
 template <typename Number, typename Convert>
 bool Converts(const char* function, Number& number, Convert convert)
 {
@@ -33,7 +33,7 @@ bool Converts(const char* function, Number& number, Convert convert)
                     {{typeid(std::invalid_argument), words.Invalid}, {typeid(std::out_of_range), words.OutOfRange}});
 }
 
-/// What the C library reads as a whole number; false where there is none, or none of 64 bits.
+/// Reads a whole number with the C library; false if there is none, or none that fits 64 bits.
 bool ReadWhole(const std::string& text, int base, long long& number)
 {
     char* end = nullptr;

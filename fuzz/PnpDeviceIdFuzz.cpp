@@ -1,4 +1,4 @@
-// Any text as a Plug and Play identifier: it is cut at its places, or refused as too short.
+// Any text as a Plug and Play identifier is cut at the fixed positions, or refused as too short.
 
 #include <stdexcept>
 

@@ -11,7 +11,7 @@
 
 namespace orvel::fuzz {
 
-/// Ends the process, which the fuzzer reports with the input.
+/// Aborts the process unless `holds`; the fuzzer then reports the input.
 inline void Require(bool holds, const char* what)
 {
     if (!holds) {
@@ -25,7 +25,7 @@ struct Promise {
     std::string_view Message;
 };
 
-/// Runs the operation; false when it threw one of the promised exceptions. Any other one ends the process.
+/// Runs the operation; false if it throws one of the promised exceptions. Any other exception aborts the process.
 template <typename Operation>
 bool Succeeds(Operation operation, std::initializer_list<Promise> promises)
 {

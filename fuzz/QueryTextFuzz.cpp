@@ -1,4 +1,4 @@
-// Any text as a device id or a name in a query: it appears there unchanged, between the fixed words.
+// Any text as a device id or a name appears in the query unchanged, between the fixed words.
 
 #include "Promised.h"
 #include "formulas/VideoControllerQuery.h"

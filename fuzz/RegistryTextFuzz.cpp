@@ -1,4 +1,4 @@
-// Any bytes as a registry text, and any text as a driver's matching device id.
+// Any bytes are read as a registry text up to the first NUL; any text is compared as a driver's matching device id.
 
 #include <cstring>
 
@@ -23,7 +23,7 @@ void CheckText(const uint8_t* data, std::size_t size)
 
 } // namespace
 
-/// The first eight bytes are the two identifiers.
+/// The first eight bytes are the vendor and device identifiers, the rest is the matching device id.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 {
     CheckText(data, size);

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD CORPUS OPTION…: runs every fuzz target of a native build with these options of the fuzzer, on the seeds here and
-# on the folder CORPUS, where new inputs are kept; "" keeps none. Inputs that fail go to BUILD/failing.
+# run.sh BUILD CORPUS OPTION…: runs every fuzz target of a native build with these fuzzer options, on the seeds of this folder
+# and on the folder CORPUS, which also receives new inputs; with "", new inputs are discarded. Failing inputs go to
+# BUILD/failing.
 set -euo pipefail
 
 build=$1
