@@ -24,8 +24,8 @@ namespace orvel::shared::wmi {
 /// and namespace share a connection, which the last of them closes. WMISession lets clients share results too.
 class ORVEL_WMI_CLIENT_API WMIClient {
 public:
-    /// A client of a namespace such as L"\\\\.\\root\\cimv2". It connects at its first query. If that fails, each of its
-    /// queries fails with the connection's status; the next client tries again.
+    /// A client of a namespace such as L"\\\\.\\root\\cimv2". The first query connects. If the connection fails, each query
+    /// of this client fails with its status; the next client tries again.
     explicit WMIClient(const wchar_t* namespacePath);
     WMIClient(const WMIClient&) = delete;
     WMIClient& operator=(const WMIClient&) = delete;
@@ -33,11 +33,11 @@ public:
     virtual ~WMIClient();
 
     /// Sends a query for a later Query of the same text, so that WMI can process several concurrently. Does nothing if no
-    /// WMISession is open on this thread, or if it has the result. The later Query returns any failure.
+    /// WMISession is open on this thread, or if the session has cached the result. The later Query returns any failure.
     void Prepare(const wchar_t* wql);
 
-    /// Runs a WQL text and waits for its result, so that a wrong text or class fails here. Releases the previous result set;
-    /// no row is current afterwards. After a failed query there is no result set.
+    /// Runs a WQL query and waits for its result, so that an invalid query or class fails here. Releases the previous result
+    /// set; no row is current afterwards. After a failed query there is no result set.
     virtual long Query(const wchar_t* wql);
 
     /// Makes the next row current; false at the end, or if WMI fails.

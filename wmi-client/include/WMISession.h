@@ -8,8 +8,8 @@ namespace orvel::shared::wmi {
 
 class SessionMemory;
 
-/// While it is open, the clients of its thread share one connection to a namespace, and each WQL text is sent once: a later
-/// query of the same text on the same namespace returns the cached rows.
+/// While a session is open, the clients of its thread share one connection per namespace, and each WQL text is sent once: a
+/// later query with the same text on the same namespace returns the cached rows.
 ///
 /// Failures are not cached: after a failed connection, query or row the next client tries again. Rows are fetched on first
 /// use. Clients of other threads are not affected. Sessions nest; the innermost one applies. Destroy it on the thread that

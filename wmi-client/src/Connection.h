@@ -13,8 +13,8 @@ namespace orvel::shared::wmi {
 /// A connection to one WMI namespace, closed with its last owner.
 class Connection {
 public:
-    /// The open connection to the namespace on this thread, or a new one. A failed connection is returned only to its
-    /// caller: the next caller tries again.
+    /// The open connection to the namespace on this thread, or a new one. A failed connection is not shared: the next caller
+    /// tries again.
     static std::shared_ptr<const Connection> To(const std::wstring& namespacePath);
 
     explicit Connection(const std::wstring& namespacePath);

@@ -14,8 +14,8 @@ public:
     /// The rows of `source`; a failure if it is null.
     ResultSet(HRESULT sent, Microsoft::WRL::ComPtr<IEnumWbemClassObject> source);
 
-    /// Waits until WMI has a first row or reports that there is none. Returns 0, or the status of the failure: WMI reports a
-    /// wrong text or class here.
+    /// Waits until WMI has a first row or reports that there is none. Returns 0, or the status of the failure: WMI reports
+    /// an invalid query or class here.
     HRESULT Await();
 
     /// The row at `index`, counted from 0; null at the end, or if WMI fails.
