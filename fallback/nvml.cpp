@@ -1,9 +1,9 @@
 // nvml.dll for computers without an NVIDIA driver.
 //
 // orvel-graphic-cards-enumeration.dll imports nvml.dll when it is loaded, so a host that must start on every computer ships
-// this one beside its program. If the system folder has the driver's nvml.dll, every call is forwarded to it; otherwise NVML
-// reports that no driver is loaded. The driver's DLL is loaded when the first session starts and released when the last one
-// ends: a DLL must not load or free another one while it is itself being loaded or freed.
+// this DLL beside its program. If the system folder has the driver's nvml.dll, every call is forwarded to it; otherwise the
+// initialisation reports that no driver is loaded. The driver's DLL is loaded when the first session starts and released
+// when the last one ends: a DLL must not load or free another one while it is itself being loaded or freed.
 
 #include <atomic>
 #include <mutex>
@@ -36,7 +36,7 @@ HMODULE LoadDriver()
     if (characters == 0 || characters >= MAX_PATH) {
         return nullptr;
     }
-    // With its full path: the bare name would find this DLL.
+    // The full path is needed, because the bare name would find this DLL.
     const HMODULE found = ::LoadLibraryW((std::wstring(folder) + L"\\nvml.dll").c_str());
     if (found == OwnModule()) {
         ::FreeLibrary(found);
@@ -45,7 +45,7 @@ HMODULE LoadDriver()
     return found;
 }
 
-/// The driver's nvml.dll while sessions are open in it, which NVML counts. Without a session it is not loaded.
+// The driver's nvml.dll is loaded only while it has sessions. NVML counts sessions, so this DLL counts them too.
 std::mutex sessionMutex;
 unsigned int sessions = 0;
 std::atomic<HMODULE> driver = nullptr;
