@@ -1,4 +1,4 @@
-# Flags of everything that is built here.
+# Compiler and linker flags of all targets.
 if(NOT CMAKE_BUILD_TYPE)
     set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
 endif()

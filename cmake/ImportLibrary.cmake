@@ -1,7 +1,7 @@
 # orvel_import_library(TARGET DEFINITION): a library to link with, created from the names of a module-definition file.
 function(orvel_import_library target definition)
     add_library(${target} INTERFACE)
-    # Runs in its own folder: the path that the tool receives becomes part of the symbols.
+    # The tool runs in the folder of the file, because the path that it receives becomes part of the symbols.
     set(folder ${CMAKE_BINARY_DIR}/lib)
     file(MAKE_DIRECTORY ${folder})
     if(MSVC)

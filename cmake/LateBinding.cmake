@@ -1,5 +1,5 @@
-# orvel_late_binding(TARGET DLL): a library to link with, whose functions are bound when the program has loaded the DLL itself
-# and called BindLate. The program therefore starts without the DLL, and can report what is missing.
+# orvel_late_binding(TARGET DLL): a library to link with. Its functions are bound when the program calls BindLate, after it has
+# loaded the DLL itself. The program therefore starts without the DLL, and can report what is missing.
 function(orvel_late_binding target dll)
     add_library(${target} INTERFACE)
     if(MSVC)

@@ -21,7 +21,8 @@ DWORD WINAPI TakeTlsIndex();
 
 extern "C" {
 
-// With --wrap, the linker resolves the runtime's import of TlsAlloc to the second name, and the first name to TlsAlloc.
+// With --wrap, the linker resolves the runtime's import of TlsAlloc to __wrap___imp_TlsAlloc, and __real___imp_TlsAlloc to
+// TlsAlloc.
 extern decltype(&::TlsAlloc) __real___imp_TlsAlloc;
 extern decltype(&::TlsAlloc) __wrap___imp_TlsAlloc;
 decltype(&::TlsAlloc) __wrap___imp_TlsAlloc = TakeTlsIndex;

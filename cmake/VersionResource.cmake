@@ -1,4 +1,4 @@
-# orvel_version_resource(TARGET FILE DESCRIPTION): gives a program or DLL a version resource with the project's version.
+# orvel_version_resource(TARGET FILE DESCRIPTION): adds a resource with the project's version to a program or DLL.
 function(orvel_version_resource target file description)
     set(ORVEL_FILE_NAME ${file})
     set(ORVEL_FILE_DESCRIPTION ${description})

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# lint.sh PROJECT BUILD: the prose linter, clang-format on all sources, clang-tidy on the product's with the cross-build's own
-# commands, and cppcheck on everything that is built. Any finding fails.
+# lint.sh PROJECT BUILD: runs the prose linter, clang-format on all sources, clang-tidy on the product's sources with the
+# commands of the cross-build, and cppcheck on everything that is built. Any finding fails.
 set -euo pipefail
 
 project=$1

@@ -2,9 +2,9 @@
 # make-late-binding.sh DEFINITION OUTPUT: writes, as assembler, a pointer for each function that a DLL exports under a C or
 # GCC name.
 #
-# Code that calls an imported function goes through the pointer `__imp_NAME`. Here these pointers are ordinary data, and the
-# program fills them after it has loaded the DLL. A delay-load table would do the same, but newer linkers put it among the
-# read-only data, where mingw's helper fails to write.
+# A call of an imported function uses the pointer `__imp_NAME`. Here these pointers are ordinary data, which the program fills
+# after it has loaded the DLL. A delay-load table would do the same, but newer linkers put it into the read-only data, where
+# mingw's helper cannot write.
 set -euo pipefail
 
 names=$(sed -n 's/^    \([A-Za-z_][A-Za-z0-9_]*\).*/\1/p' "$1")

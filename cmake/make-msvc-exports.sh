@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Prints the module-definition file that gives every public operation its MSVC name beside GCC's: make-msvc-exports.sh INCLUDE
+# make-msvc-exports.sh INCLUDE: prints the module-definition file that exports every public operation under its MSVC name, in
+# addition to its GCC name.
 #
 # clang names each operation of the public headers for both ABIs. Where the ABIs differ by more than the name (a constructor
 # returns its object; an exception must be translated) the MSVC name refers to a separate entry point.
@@ -8,7 +9,7 @@ include=$1
 
 # One line per public operation of a class: its kind, its name, its mangled name.
 operations() {
-    printf '#include "%s.h"\n' "$1" | # the header itself as the main file would warn about its pragma
+    printf '#include "%s.h"\n' "$1" | # not the header itself: as the main file it would warn about its pragma
         clang++ --target="$2" -U_MSC_VER -std=c++20 -I"$include" -x c++ -fsyntax-only -Xclang -ast-dump=json - |
         jq -r --arg class "$1" '.. | objects | select(.kind == "CXXRecordDecl" and .name == $class and .completeDefinition)
             | .inner[]? | select(.kind | test("^CXX(Method|Constructor|Destructor)Decl$"))

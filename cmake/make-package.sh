@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Creates the package from a finished build: make-package.sh SOURCE BUILD DIST. The same build produces the same bytes.
+# make-package.sh SOURCE BUILD DIST: creates the package from a finished build. The same build produces the same bytes.
 set -euo pipefail
 source=$1
 build=$2
@@ -24,7 +24,7 @@ ship() {
     (cd "$stage/debug" && $tool-objcopy --add-gnu-debuglink="$3$file.debug" "$stage/$2/$file")
 }
 
-# import_libraries DEFINITION DLL FOLDER: creates one for MSVC, and one for MinGW without MSVC's names.
+# import_libraries DEFINITION DLL FOLDER: creates an import library for MSVC, and one for MinGW without the MSVC names.
 import_libraries() {
     local stem=${2%.dll} definition=$build/package/$2.def
     { echo "LIBRARY $2"; sed 's/ = [^ ]*//; s/ @[0-9]*$//' "$1"; } >"$definition"
@@ -57,7 +57,7 @@ cp "$source"/simulation/include/*.h "$stage/simulation/include/"
 cp "$source"/machines/*.json "$stage/simulation/machines/"
 cp -r "$source/examples" "$source/ports" "$stage/"
 
-# document FILE TARGET: copies a document and adapts it to the package, which has no ./dev.
+# document FILE TARGET: copies a document and adapts its paths and commands to the package, which has no ./dev.
 document() {
     sed -e '/(\.\.\/CONTRIBUTING\.md)/d' -e '/^<!-- .*\.\/dev generate.*-->$/d' -e 's|\./dev host|orvel-graphic-cards|g' -e 's|(\.\./inventory/schema/|(../schema/|g' -e 's|(\.\./machines/|(../simulation/machines/|g' \
         -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"

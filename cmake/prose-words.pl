@@ -1,6 +1,6 @@
 #!/usr/bin/perl
-# prose-words.pl WORDS EXEMPT FILE...: prints each word of WORDS that a file contains, as FILE:LINE: word -> better word, and fails if
-# there are any. Skips the texts of EXEMPT. Finds phrases across line breaks, also between lines of a comment.
+# prose-words.pl WORDS EXEMPT FILE...: prints each match of WORDS in the files as FILE:LINE: word -> better word, and fails if there
+# is one. Ignores the texts of EXEMPT. Also finds phrases across line breaks, even between lines of a comment.
 use strict;
 use warnings;
 

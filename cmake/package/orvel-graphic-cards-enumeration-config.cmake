@@ -1,12 +1,12 @@
-# find_package(orvel-graphic-cards-enumeration [COMPONENTS simulation]): the library for hosts that MSVC or MinGW builds.
+# find_package(orvel-graphic-cards-enumeration [COMPONENTS simulation]): the library for MSVC and MinGW hosts.
 #
 #   orvel::graphic-cards-enumeration   the library, with the DLLs that it needs at run time
-#   orvel::nvml                        the substitute nvml.dll, which comes with the library
-#   orvel::simulation                  component simulation: simulated machines for a host's own tests; its property
-#                                      ORVEL_MACHINES is the folder of the machine files
+#   orvel::nvml                        the substitute nvml.dll, for computers without an NVIDIA driver
+#   orvel::simulation                  only with the component: simulated machines for a host's own tests; the property
+#                                      ORVEL_MACHINES of the target is the folder of the machine files
 #
-# $<TARGET_RUNTIME_DLLS:program> lists all DLLs that the program needs beside it. If the program links the simulation directly,
-# the list has the simulation's nvml.dll instead of the substitute.
+# $<TARGET_RUNTIME_DLLS:program> lists all DLLs that must be in the program's folder. If the program links the simulation
+# directly, the list contains the simulation's nvml.dll instead of the substitute.
 
 set(_orvel orvel-graphic-cards-enumeration)
 include("${CMAKE_CURRENT_LIST_DIR}/../orvel-package.cmake")
@@ -42,7 +42,7 @@ foreach(_orvel_component IN LISTS ${_orvel}_FIND_COMPONENTS)
 endforeach()
 
 if(${_orvel}_FOUND)
-    # Only the loader uses these DLLs. Where CMake still requires an import library, it is the library's.
+    # No program links to these DLLs, but CMake requires an import library for each, so they get the library's.
     _orvel_add_library(orvel::wmi-client bin/orvel-shared-wmi-client.dll)
     _orvel_add_library(orvel::nvml bin/fallback/nvml.dll IMPORTED_IMPLIB "${_orvel_root}/${_orvel_implib}")
     _orvel_add_library(orvel::graphic-cards-enumeration bin/orvel-graphic-cards-enumeration.dll

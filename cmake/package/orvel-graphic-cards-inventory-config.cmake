@@ -1,8 +1,8 @@
-# find_package(orvel-graphic-cards-inventory): the inventory of graphics adapters for C and C++ programs that MSVC or MinGW builds.
+# find_package(orvel-graphic-cards-inventory): the inventory of graphics adapters for MSVC and MinGW programs in C or C++.
 #
 #   orvel::graphic-cards-inventory   the library; $<TARGET_RUNTIME_DLLS:program> lists its DLL
 #
-# ORVEL_INVENTORY_SCHEMA is the path of the JSON schema of its documents.
+# ORVEL_INVENTORY_SCHEMA is the path of the JSON schema for inventory documents.
 
 set(_orvel orvel-graphic-cards-inventory)
 include("${CMAKE_CURRENT_LIST_DIR}/../orvel-package.cmake")

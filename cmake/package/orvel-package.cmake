@@ -1,4 +1,4 @@
-# What the package's find_package files share. The caller sets _orvel to the name that find_package got.
+# Shared by the package's find_package files. The caller sets _orvel to the name that was passed to find_package.
 
 get_filename_component(_orvel_root "${CMAKE_CURRENT_LIST_DIR}/../.." ABSOLUTE)
 
@@ -7,7 +7,7 @@ macro(_orvel_refuse reason)
     set(${_orvel}_NOT_FOUND_MESSAGE "${reason}")
 endmacro()
 
-# _orvel_check(PROBLEM TARGET FILE...): sets PROBLEM to the reason why a target of these files is invalid, or to empty.
+# _orvel_check(PROBLEM TARGET FILE...): sets PROBLEM to the reason why TARGET cannot be made of these files, or to "".
 function(_orvel_check problem target)
     set(${problem} "" PARENT_SCOPE)
     foreach(file IN LISTS ARGN)
@@ -24,7 +24,7 @@ function(_orvel_check problem target)
     endif()
 endfunction()
 
-# Without GLOBAL: two folders of a project may use two copies of the package.
+# Not GLOBAL, because two folders of a project may use two copies of the package.
 function(_orvel_add_library target dll)
     if(NOT TARGET ${target})
         add_library(${target} SHARED IMPORTED)
