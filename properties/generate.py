@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes what repeats properties.toml: generate.py [--check | --count]
+"""Generates code and documents from properties.toml: generate.py [--check | --count]
 
 Each file named in `regions` has regions that begin with a line "Made from properties/properties.toml by ./dev generate." and
-end with "clang-format on" (in documents: "End of what is made"). --check names the files that are not as they would be
-written, and ends with 1; --count prints how many properties there are. A mistake in the table ends with 2.
+end with "clang-format on" (in documents: "End of what is made"). --check lists the outdated files and exits with 1 if there
+are any; --count prints the number of properties. An error in the table exits with 2.
 """
 
 import re
@@ -74,7 +74,7 @@ def mistakes_of(item, units):
 
 
 def mistakes_of_setting(item, vendor, cell):
-    """Whether the vendor's sources, or those of all vendors, set the property where it has a source, and only there."""
+    """Checks that the code of the vendor, or of all vendors, sets the property if and only if it has a source."""
     own = f"src/vendors/{vendor.lower()}"
     own_sets, base_sets = (sets_property(folder, item["name"]) for folder in (own, "src/vendors"))
     if cell.get("source") == "none":
@@ -98,7 +98,7 @@ def mistakes_of_cell(cell):
 
 
 def is_logging_operation(reader, bodies=[]):
-    """Whether the sources define the operation, and its body has a log line. "Class::" is any operation of the class."""
+    """Whether src/ defines the operation, and its body has a log line. "Class::" is any operation of the class."""
     if not bodies:
         definition = re.compile(r"^(?:[\w:<>*& ]+ )?\*?([\w:]+)\([^;{}]*\)[^;{}]*\n\{\n(.*?)^\}", re.M | re.S)
         for path in (root / "src").rglob("*.cpp"):
@@ -120,8 +120,8 @@ def wrap(text, first, rest):
 
 
 def fill(words, first, rest, last):
-    """The words as a list in lines, with `last` behind them."""
-    listed = ", ".join(word.replace(" ", "\0") for word in words) + last # one that has a space stays in one line
+    """The words as a comma-separated list in wrapped lines, followed by `last`."""
+    listed = ", ".join(word.replace(" ", "\0") for word in words) + last # NUL keeps a word that contains a space in one line
     return [line.replace("\0", " ") for line in wrap(listed, first, rest)]
 
 
@@ -224,7 +224,7 @@ def sources(vendors, units, properties, **_):
 
 
 def in_docs(cell, item, names):
-    """A source as the documents show it: without its interface's name, and with names in backticks."""
+    """A source as the documents show it: without the name of its interface, and with identifiers in backticks."""
     if "always" in cell:
         return f"always `\"{cell['always']}\"`"
     if cell["source"] == "none":
@@ -248,7 +248,7 @@ def matrix(vendors, properties, **_):
 
 # --- files --------------------------------------------------------------------------------------------------------------------
 
-# What fills the regions of each file, in their order.
+# The functions that write the regions of each file, in the order of the regions.
 regions = {
     "include/GraphicCardInfo.h": [header_constructor, header_getters, header_members],
     "src/record/GraphicCardInfo.cpp": [record],
@@ -266,7 +266,7 @@ region = re.compile(rf"(^[^\n]*{re.escape(mark)}[^\n]*\n(?: *// clang-format off
 
 
 def made_file(path, table):
-    """The file's text with its regions as they have to be."""
+    """The file's current text, and its text with generated regions."""
     makers = iter(regions[path])
     text = (root / path).read_text(encoding="utf-8")
     made, count = region.subn(lambda match: match[1] + "".join(line + "\n" for line in next(makers)(**table)) + match[3], text)
