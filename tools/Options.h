@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -8,13 +9,25 @@
 namespace orvel::tools {
 
 /// What the program is to show.
-enum class Mode { Cards, Explain, Doctor, ListMachines };
+enum class Mode { Cards, Explain, Doctor, ListMachines, Inventory };
+
+/// The forms of the inventory.
+enum class InventoryFormat { Text, Json, Flat };
+
+/// What the inventory is asked for, and how it is written.
+struct InventoryOptions {
+    InventoryFormat Format = InventoryFormat::Text;
+    uint32_t Depth = 0;               ///< as in OrvelInventory.h; 0: the library's default
+    uint32_t TimeoutMilliseconds = 0; ///< 0: the library's default
+    bool IsWakingAllowed = false;
+};
 
 struct Options {
     Mode Show = Mode::Cards;
     bool Json = false;
     bool Brief = false;
     bool Log = false;
+    InventoryOptions Inventory;
     std::optional<std::string> Machine; ///< a file, or the short name of a shipped machine
     std::optional<std::string> Output;  ///< a file instead of standard output
 };

@@ -46,7 +46,9 @@ void WriteFrom(std::ostream& out, const std::string& text, size_t indent)
 
 void WriteEntry(std::ostream& out, const std::string& label, const std::string& value)
 {
-    out << "    " << label << std::string(labelColumns - 4 - label.size(), ' ');
+    const size_t used = 4 + label.size();
+    out << "    " << label
+        << (used < labelColumns ? std::string(labelColumns - used, ' ') : "\n" + std::string(labelColumns, ' '));
     WriteFrom(out, value, labelColumns);
 }
 

@@ -5,7 +5,7 @@
 
 namespace orvel::tools {
 
-/// Writes a label and a value side by side, the value wrapped at 80 columns.
+/// Writes a label and a value side by side, the value wrapped at 80 columns. A label that is too long has a line of its own.
 void WriteEntry(std::ostream& out, const std::string& label, const std::string& value);
 
 /// Writes a text indented by so many columns and wrapped at 80.

@@ -1,5 +1,7 @@
 #include <cstdio>
+#include <exception>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <windows.h>
@@ -18,6 +20,8 @@
 #include "MachineFiles.h"
 #include "Options.h"
 #include "OutputFile.h"
+#include "inventory/InventoryLibrary.h"
+#include "inventory/InventoryText.h"
 #include "platform/TextEncoding.h"
 
 namespace orvel::tools {
@@ -104,6 +108,37 @@ int RunEnumeration(const Options& options, const TextStyle& style)
     return report.Error ? Fail(ExitException, Describe(*report.Error)) : status;
 }
 
+std::string Render(const Options& options, const InventorySnapshot& snapshot, const TextStyle& style)
+{
+    switch (options.Inventory.Format) {
+    case InventoryFormat::Json:
+        return snapshot.Full;
+    case InventoryFormat::Flat:
+        return snapshot.Flat;
+    case InventoryFormat::Text:
+        break;
+    }
+    return InventoryAsText(ReadInventory(snapshot.Full, snapshot.Table), style.IsColoured);
+}
+
+int RunInventory(const Options& options, const TextStyle& style)
+{
+    const auto library = LoadInventoryLibrary();
+    if (const auto* problem = std::get_if<std::string>(&library)) {
+        return Fail(ExitNoLibrary, *problem);
+    }
+    const auto taken = TakeInventory(std::get<InventoryLibrary>(library), options.Inventory);
+    if (const auto* problem = std::get_if<std::string>(&taken)) {
+        return Fail(ExitException, *problem);
+    }
+    try {
+        return Finish(options, Render(options, std::get<InventorySnapshot>(taken), style), ExitDone);
+    } catch (const std::exception& error) {
+        return Fail(ExitNoLibrary,
+                    std::string("the document of orvel-graphic-cards-inventory.dll cannot be read: ") + error.what());
+    }
+}
+
 /// Simulates the machine. Returns ExitDone, or the exit status of the failure.
 int TakeMachine(const std::string& nameOrFile)
 {
@@ -130,6 +165,9 @@ int Run(const Options& options)
         return status;
     }
     const TextStyle style{options.Brief, !options.Output && IsTerminal()};
+    if (options.Show == Mode::Inventory) {
+        return RunInventory(options, style);
+    }
     return options.Show == Mode::Doctor ? RunDoctor(options, style) : RunEnumeration(options, style);
 }
 

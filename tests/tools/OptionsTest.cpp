@@ -54,6 +54,49 @@ TEST_CASE("Options with a file take the next argument, in any order")
     CHECK((options.Json && options.Log && options.Brief));
 }
 
+TEST_CASE("The inventory has options of its own, which follow it")
+{
+    const Options plain = Parsed({"inventory"});
+    CHECK(plain.Show == Mode::Inventory);
+    CHECK(plain.Inventory.Format == InventoryFormat::Text);
+    CHECK(plain.Inventory.Depth == 0);
+    CHECK(plain.Inventory.TimeoutMilliseconds == 0);
+    CHECK_FALSE(plain.Inventory.IsWakingAllowed);
+    const Options options = Parsed({"inventory", "--depth", "graphics", "--timeout", "250", "--wake", "--machine", "laptop",
+                                    "--output", "file", "--flat"});
+    CHECK(options.Inventory.Depth == 2);
+    CHECK(options.Inventory.TimeoutMilliseconds == 250);
+    CHECK(options.Inventory.IsWakingAllowed);
+    CHECK(options.Machine == "laptop");
+    CHECK(options.Output == "file");
+    CHECK(options.Inventory.Format == InventoryFormat::Flat);
+    CHECK(Parsed({"inventory", "--json"}).Inventory.Format == InventoryFormat::Json);
+    CHECK(Parsed({"inventory", "--format", "json"}).Inventory.Format == InventoryFormat::Json);
+}
+
+TEST_CASE("A wrong option of the inventory is reported in one line that names it")
+{
+    const std::vector<std::vector<std::string>> wrong = {{"--depth", "abyss"},  {"--timeout", "0"},
+                                                         {"--timeout", "soon"}, {"--format", "xml"},
+                                                         {"--flat", "--json"},  {"--json", "--format", "json"},
+                                                         {"--brief"},           {"stray"}};
+    for (std::vector<std::string> arguments : wrong) {
+        const std::string named = arguments.front();
+        arguments.insert(arguments.begin(), "inventory");
+        const Ending ending = Ended(arguments);
+        CAPTURE(ending.Text);
+        CHECK(ending.Status == ExitWrongInput);
+        CHECK(ending.Text.find(named) != std::string::npos);
+        CHECK(ending.Text.find('\n') == std::string::npos);
+    }
+    for (const char* option : {"--json", "--brief", "--explain"}) { // of the program, not of the inventory
+        const Ending ending = Ended({option, "inventory"});
+        CHECK(ending.Status == ExitWrongInput);
+        CHECK(ending.Text.starts_with(option));
+    }
+    CHECK(Ended({"inventory", "--help"}).Text.find("--wake") != std::string::npos);
+}
+
 TEST_CASE("A wrong option is reported in one line that names it")
 {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--nonsense"}, {"stray"}, {"--machine"}}) {
