@@ -1,5 +1,5 @@
-// Every machine file of the project against everything that its enumeration reports, derived by hand from the values of the
-// file: machines/expected holds it under the same name.
+// Enumerates every machine file of the project, and compares all results with the file of the same name in
+// machines/expected, which is derived by hand from the values of the machine file.
 
 #include <doctest/doctest.h>
 

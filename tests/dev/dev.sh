@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# How ./dev ends where it cannot go on. dev.sh SOURCE
+# dev.sh SOURCE: tests how ./dev exits when it cannot continue.
 set -uo pipefail
 source=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 source "$source/tests/support/checks.sh"
 
-# A project that consists of ./dev, and a PATH with the tools it needs and stand-ins for those that reach the system.
+# A project that consists of ./dev only, and a PATH with the tools that it needs and stand-ins for those that change the system.
 mkdir -p "$work/project" "$work/bin"
 cp "$source/dev" "$work/project/"
 for tool in bash sh dirname cat grep cut awk mkdir rm find basename realpath flock printf; do

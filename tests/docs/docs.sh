@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the documents against what they describe: links, commands, paths, tables and programs. docs.sh SOURCE BUILD WINE
+# docs.sh SOURCE BUILD WINE: checks the links, commands, paths, tables and programs in the documents.
 set -uo pipefail
 source=$1
 build=$2
@@ -34,7 +34,7 @@ blocks() {
 # spans FILE: the texts in backticks of a document's prose, one a line.
 spans() { prose "$1" | { grep -oE '`[^`]+`' || true; } | sed 's/^`//; s/`$//'; }
 
-# anchors FILE: the names under which a document's headings are linked to.
+# anchors FILE: the link targets of a document's headings.
 anchors() {
     prose "$1" | sed -n 's/^##* //p' | tr '[:upper:]' '[:lower:]' | sed "s/[^a-z0-9 _-]//g; s/ /-/g"
 }
@@ -122,7 +122,7 @@ for block in $(blocks docs/hosting.md "cpp complete"); do
 done
 check "docs/hosting.md has a complete program" test "${count:-0}" -gt 0
 
-# Parts of a program: their includes go to the top, the rest into a function that has an enumeration.
+# Fragments of programs: their includes go to the top, the rest into a function with an enumeration as a variable.
 for document in "${documents[@]}"; do
     for block in $(blocks "$document" cpp); do
         {

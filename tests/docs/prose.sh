@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the prose linter's word search. prose.sh SOURCE
+# prose.sh SOURCE: tests the word search of the prose linter.
 set -uo pipefail
 source=$1
 work=$(mktemp -d)

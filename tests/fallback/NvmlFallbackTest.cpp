@@ -1,5 +1,5 @@
-// The nvml.dll for computers without an NVIDIA driver, as a program meets it that loads it. Where it looks for the driver's
-// own one is turned to a folder of the tests, so that the computer's system folder plays no part.
+// The nvml.dll for computers without an NVIDIA driver, loaded by a program. Its search for the driver's nvml.dll is
+// redirected to a folder of the tests, so that the results do not depend on the computer's system folder.
 
 #include <cstring>
 #include <filesystem>
@@ -21,7 +21,7 @@ namespace {
 
 using Device = void*;
 
-std::filesystem::path folderOfDriver; // in place of the system folder
+std::filesystem::path folderOfDriver; // replaces the system folder
 
 std::filesystem::path ProgramFolder()
 {
@@ -40,7 +40,7 @@ UINT WINAPI TellFolderOfDriver(LPWSTR buffer, UINT size)
     return static_cast<UINT>(folder.size());
 }
 
-/// The fallback, freshly loaded on a computer whose driver's nvml.dll is in this folder of the tests.
+/// Loads the fallback on a computer whose driver's nvml.dll is in this folder of the tests.
 class Fallback {
 public:
     explicit Fallback(const char* driver) : module(::LoadLibraryW((ProgramFolder() / "fallback" / "nvml.dll").c_str()))
@@ -91,7 +91,7 @@ std::vector<std::string> ImportedNames()
     return names;
 }
 
-/// Every function answers as on a computer without a driver.
+/// Every function returns the result for a computer without a driver.
 void CheckHasNoDriver(const Fallback& nvml)
 {
     unsigned int number = 77;
@@ -118,7 +118,7 @@ void CheckHasNoDriver(const Fallback& nvml)
 
 } // namespace
 
-TEST_CASE("The fallback exports what the library imports, and nothing else")
+TEST_CASE("The fallback exports exactly the functions that the library imports")
 {
     const Fallback nvml("no-driver");
     const auto names = ImportedNames();
@@ -211,7 +211,7 @@ TEST_CASE("The driver's own nvml.dll is loaded from the first session to the end
     CHECK(isLoaded());
     CHECK(nvml.Call("nvmlShutdown") == 0);
     CHECK_FALSE(isLoaded());
-    CHECK(nvml.Call("nvmlShutdown") == 1); // no session: not initialised
+    CHECK(nvml.Call("nvmlShutdown") == 1); // without a session, NVML is not initialised
     CHECK(nvml.ErrorString(101) == "Unknown Error");
 }
 

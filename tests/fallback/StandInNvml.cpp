@@ -1,5 +1,6 @@
-// Stands in for the nvml.dll that NVIDIA's driver puts into the system folder: an old one, without nvmlDeviceGetSerial.
-// Every result shows that the call and its arguments were forwarded. Sessions begin and end with success, and are counted.
+// Replaces the nvml.dll that NVIDIA's driver installs in the system folder: an old version, without nvmlDeviceGetSerial.
+// Every result shows that the call and its arguments were forwarded. Sessions always begin and end successfully, and are
+// counted.
 
 #define STAND_IN extern "C" __declspec(dllexport)
 

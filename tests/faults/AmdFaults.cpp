@@ -1,5 +1,5 @@
-// Most ADL results are used with any status, and some only on failure: a failing call that writes its value is a different
-// fault from one that does not.
+// Most ADL results are used whatever the status, and some only on failure. A failing call that writes its value is therefore
+// a different fault from one that writes nothing.
 
 #include "Faults.h"
 
@@ -11,9 +11,9 @@ const std::string amd = "AMD";
 
 struct AdlFunction {
     const char* Name;
-    Fields WhenMissing; ///< from the library, or refused without a value
+    Fields WhenMissing; ///< the function is missing, or the call fails without a value
     Fields WhenRefusedWithValue;
-    Fields WhenRefusedWithRubbish; ///< each number is 0x5A5A5A5A, which is no mode of ECC
+    Fields WhenRefusedWithRubbish; ///< each number is 0x5A5A5A5A, which is not an ECC mode
 };
 
 const std::vector<AdlFunction> adlFunctions = {
@@ -21,7 +21,7 @@ const std::vector<AdlFunction> adlFunctions = {
     {"ADL2_Adapter_Crossfire_Get", {"AmdCrossfire"}, {}, {"AmdCrossfire"}},
     {"ADL_Overdrive5_CurrentActivity_Get", {}, {"PciLanes"}, {"PciLanes"}},
     {"ADL2_Workstation_ECC_Caps", {"EccStatus"}, {}, {}},
-    {"ADL2_Workstation_ECC_Get", {}, {"EccStatus"}, {}}, // a success counts as supported; so does a mode that is not known
+    {"ADL2_Workstation_ECC_Get", {}, {"EccStatus"}, {}}, // both a success and an unknown mode mean "supported"
     {"ADL2_Workstation_ECCData_Get",
      {},
      {"EccSingleBitErrors", "EccDoubleBitErrors"},
@@ -36,10 +36,10 @@ Consequence Others(const Fields& fields)
 const std::vector<std::pair<const char*, Consequence>> gpuFaults = {
     {"VendorId", Lost({amd})}, // an identifier that is not a number
     {"DeviceId", Lost({amd})},
-    {"PNPString", Lost({amd})}, // too short to be cut
-    {"Name", Lost({amd})},      // no row of WMI has this name
+    {"PNPString", Lost({amd})}, // shorter than the positions of the subsystem
+    {"Name", Lost({amd})},      // no WMI row has this name
     {"TotalVRAM", Other(amd, {"MemorySize"})},
-    {"AdapterIndex", Nothing()}, // 0, which is the healthy one
+    {"AdapterIndex", Nothing()}, // the default 0 is also the healthy value
     {"IsSupportedGPUClockSpeed", Nothing()},
     {"GPUClockSpeed", Nothing()},
 };
@@ -51,7 +51,8 @@ std::vector<Fault> AdlFaults()
     std::vector<Fault> faults;
     faults.push_back(Removing(Pointer("/adl"), Lost({amd})));
     faults.push_back(Setting(Pointer("/adl/context"), false, Lost({amd})));
-    faults.push_back(Setting(Pointer("/adl/ADL2_Main_Control_Create"), -1, Nothing())); // the context alone counts
+    faults.push_back(
+        Setting(Pointer("/adl/ADL2_Main_Control_Create"), -1, Nothing())); // only the context matters, not the status
     faults.push_back(Hiding("adl", "ADL2_Main_Control_Create", Lost({amd})));
     faults.push_back(Hiding("adl", "ADL2_Main_Control_Destroy", StaysAlive("adl")));
     faults.push_back(Hiding("adl", "ADL_Adapter_ObservedClockInfo_Get", Nothing()));

@@ -1,5 +1,5 @@
-// The healthy workstation with every single call of the platform failed that a machine can fail, one at a time, and with
-// pairs of such faults: the effect of each fault is written beside it by hand; everything else must be unchanged.
+// Every platform call of the healthy workstation that a machine file can make fail fails once, one at a time and in pairs.
+// The expected effect is written next to each fault by hand; everything else must stay unchanged.
 
 #include <algorithm>
 #include <random>
@@ -51,7 +51,7 @@ void CheckNothingLives(const Enumerated& result, const std::set<std::string>& al
     }
 }
 
-/// The enumeration may throw only the status of a query for the machine's memory.
+/// The only exception that the enumeration may throw is the status of a query for the memory modules.
 void CheckThrown(const Json& thrown)
 {
     CHECK_MESSAGE((thrown == nullptr || thrown["type"] == "long"), "left with " << thrown.dump());
@@ -114,7 +114,7 @@ std::vector<Fault> AllFaults()
     return all;
 }
 
-/// Calls whose failure has another name in a machine file; none where no machine can fail them.
+/// Calls whose failure has another name in a machine file; an empty name means that no machine can make the call fail.
 const std::map<std::string, std::string> otherNames = {{"query", "/wmi/failures"},
                                                        {"DwmIsCompositionEnabled", "/dwm"},
                                                        {"CreateDXGIFactory", "/dxgi/factory"},
@@ -127,7 +127,7 @@ const std::map<std::string, std::string> otherNames = {{"query", "/wmi/failures"
                                                        {"Size", ""},
                                                        {"Release", ""}};
 
-/// What a call is known by in a machine file: the function, or the property that is read.
+/// The name of a call in a machine file: the function, or the property that is read.
 std::string NameOfCall(const std::string& call)
 {
     std::istringstream words(call);
@@ -158,7 +158,7 @@ bool MayHitAnyone(const Fault& fault)
     return fault.Edits.front().Path.to_string().starts_with("/wmi/failures");
 }
 
-/// The vendors that neither fault touches keep their records.
+/// Vendors that neither fault affects must keep their records.
 void CheckPair(const Enumerated& healthy, const Fault& first, const Fault& second)
 {
     INFO(first.Name << " and " << second.Name);
@@ -176,47 +176,47 @@ void CheckPair(const Enumerated& healthy, const Fault& first, const Fault& secon
                                either.Changed.contains(manufacturer);
         CHECK_MESSAGE((isTouched || (after.contains(manufacturer) && after.at(manufacturer) == card)), manufacturer);
     }
-    Enumerate(HealthyWorkstation()); // ends what was left open
+    Enumerate(HealthyWorkstation()); // closes what the faults left open
 }
 
 } // namespace
 
-TEST_CASE("Each WMI query fails once")
+TEST_CASE("A failed WMI query has only the listed effects")
 {
     Sweep(WmiQueryFaults(Enumerate(HealthyWorkstation()).Trace));
 }
 
-TEST_CASE("WMI without a connection, a class, a row or a property")
+TEST_CASE("WMI without a connection, a class, a row or a property has only the listed effects")
 {
     Sweep(WmiRowFaults());
 }
 
-TEST_CASE("A fault of the desktop window manager, DXGI or the registry")
+TEST_CASE("A fault of the desktop window manager, DXGI or the registry has only the listed effects")
 {
     Sweep(SystemFaults());
 }
 
-TEST_CASE("A fault of OpenCL")
+TEST_CASE("A fault of OpenCL has only the listed effects")
 {
     Sweep(OpenClFaults());
 }
 
-TEST_CASE("A fault of NVAPI")
+TEST_CASE("A fault of NVAPI has only the listed effects")
 {
     Sweep(NvapiFaults());
 }
 
-TEST_CASE("A fault of NVML")
+TEST_CASE("A fault of NVML has only the listed effects")
 {
     Sweep(NvmlFaults());
 }
 
-TEST_CASE("A fault of ADL")
+TEST_CASE("A fault of ADL has only the listed effects")
 {
     Sweep(AdlFaults());
 }
 
-TEST_CASE("A fault of ADLX")
+TEST_CASE("A fault of ADLX has only the listed effects")
 {
     Sweep(AdlxFaults());
 }
@@ -235,7 +235,7 @@ TEST_CASE("The sweeps cover every call of a healthy enumeration")
                                   << "; give machines/workstation.json what is asked for, and tests/faults/ its fault");
 }
 
-TEST_CASE("Two faults at once, in a sample of 200 pairs")
+TEST_CASE("Two faults at once affect only the vendors that they affect alone, in a sample of 200 pairs")
 {
     const std::vector<Fault> faults = AllFaults();
     const Enumerated healthy = Enumerate(HealthyWorkstation());

@@ -10,7 +10,7 @@ using shared::enumeration::vendors;
 
 namespace {
 
-/// Whether a fault before this one has left the place as the healthy machine has it: "-" is the end of an array.
+/// Whether the position still exists after an earlier fault; "-" is the end of an array.
 bool IsThere(const Json& machine, const Edit& edit)
 {
     const Pointer parent = edit.Path.parent_pointer();
@@ -18,12 +18,12 @@ bool IsThere(const Json& machine, const Edit& edit)
         return false;
     }
     if (machine[parent].is_object() && machine[parent].contains("status") && edit.Path.back() != "enabled") {
-        return parent.back() == "dwm"; // a refused call has no members
+        return parent.back() == "dwm"; // a failing call has no members
     }
     return edit.Path.back() == "-" || edit.Value || machine.contains(edit.Path);
 }
 
-/// The machine's adapters of a manufacturer, as WMI has them.
+/// The WMI rows of a manufacturer's adapters.
 Json AdaptersOf(const Json& machine, const std::string& manufacturer)
 {
     const Pointer adapters("/wmi/classes/Win32_VideoController");

@@ -1,5 +1,4 @@
-// A getter's call that fails costs the record the getter's properties and nothing else; without a session there is no
-// record.
+// A failed call of a getter only resets the getter's properties to their defaults. Without a session there is no record.
 
 #include "Faults.h"
 

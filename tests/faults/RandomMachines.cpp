@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint32_t allOnes = 0xFFFFFFFF;
 
-/// Makes one machine. Every choice is drawn from the generator by remainder, so that it is the same with every library.
+/// Creates one machine. Choices are remainders of random numbers, not std distributions, whose results differ by library.
 class Maker {
 public:
     explicit Maker(uint32_t seed) : random(seed), oddness(2 + Below(40)) {}
@@ -49,7 +49,7 @@ private:
     void ChangeAdlx(Json& adlx);
 
     std::mt19937 random;
-    uint32_t oddness; ///< per cent of the places that are changed
+    uint32_t oddness; ///< percentage of the values that are changed
 };
 
 Json Maker::OddUnsigned()
@@ -136,7 +136,7 @@ Json Maker::OddRegistryValue()
     }
 }
 
-/// Another number, text or flag in place of some that stand in a value.
+/// Replaces some of the numbers, texts and flags in a value.
 void Maker::ChangeLeaves(Json& value, bool isSigned)
 {
     if (value.is_structured()) {
@@ -154,7 +154,7 @@ void Maker::ChangeLeaves(Json& value, bool isSigned)
     }
 }
 
-/// Functions that are refused, refused with a value or with rubbish, not supported, or answer something odd.
+/// Makes functions fail, fail with a value or with rubbish, be unsupported, or return something odd.
 void Maker::ChangeCalls(Json& functions, bool isSigned)
 {
     std::vector<std::string> names;
@@ -177,7 +177,7 @@ void Maker::ChangeCalls(Json& functions, bool isSigned)
     }
 }
 
-/// None, one or many of what there is.
+/// Removes, keeps or repeats the elements.
 void Maker::Repeat(Json& array, uint32_t most)
 {
     if (!IsOdd()) {
@@ -238,7 +238,7 @@ void Maker::ChangeRegistry(Json& registry)
         registry["SYSTEM\\CurrentControlSet\\Enum\\PCI\\VEN_8086&DEV_4680&A" + std::string(Below(180), 'x')] =
             Json::object();
     }
-    if (IsOdd()) { // a deep tree, and a value at its end
+    if (IsOdd()) { // a deep tree with a value at its end
         std::string path = "SYSTEM\\CurrentControlSet\\Control\\Video\\{0}";
         for (uint32_t level = Below(60); level > 0; --level) {
             path += "\\" + std::to_string(level);
@@ -297,7 +297,7 @@ void Maker::ChangeNvapi(Json& nvapi)
     ChangeNames(nvapi["unresolved"], {"NvAPI_Unload", "NvAPI_GPU_GetFullName", "NvAPI_GPU_GetECCErrorInfo", "0xD2D25687"});
 }
 
-/// The capability's numbers are signed; thresholds and clocks are one call for each argument.
+/// The capability's numbers are signed; thresholds and clocks have one answer for each argument.
 void Maker::ChangeNvmlDevice(Json& device)
 {
     Json signedCalls = {{"nvmlDeviceGetCudaComputeCapability", device["nvmlDeviceGetCudaComputeCapability"]}};

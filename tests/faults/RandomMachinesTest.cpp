@@ -1,5 +1,5 @@
-// On random machines the library does not crash, its records are complete, and it throws only statuses.
-// ORVEL_SOAK_MACHINES and ORVEL_SOAK_SEED choose how many and which; ./dev soak sets the first.
+// On random machines the library does not crash, its records are complete, and it throws only statuses. ORVEL_SOAK_MACHINES
+// is the number of machines, which ./dev soak sets; ORVEL_SOAK_SEED is the first seed.
 
 #include <chrono>
 #include <cstdio>
@@ -45,7 +45,7 @@ bool Refuses(const Json& machine, const char* api, const char* function)
     return answer != 0;
 }
 
-/// Interfaces whose sessions need not have ended: those whose end is refused, and ADLX where AMD's query fails.
+/// Interfaces whose sessions may stay open: those whose shutdown fails, and ADLX if AMD's query fails.
 std::set<std::string> Unended(const Json& machine, const Enumerated& result)
 {
     std::set<std::string> interfaces;
@@ -73,12 +73,12 @@ bool IsNumber(const Json& value)
 void CheckCard(const Json& card, const Json& healthy)
 {
     CHECK(card.size() == healthy.size());
-    const bool isCut = card["Manufacturer"] == "Nvidia"; // NVAPI cuts texts where they are too long
+    const bool isCut = card["Manufacturer"] == "Nvidia"; // NVAPI truncates long texts
     for (const auto& [name, value] : card.items()) {
         INFO(name);
         const Json& usual = healthy.at(name);
         CHECK((usual.is_number() ? IsNumber(value) : value.type() == usual.type()));
-        const bool isAnyBytes = name == "BiosVersion"; // which the registry holds, halves of UTF-16 pairs too
+        const bool isAnyBytes = name == "BiosVersion"; // the registry may contain lone surrogates
         if (value.is_string() && !isCut && !isAnyBytes) {
             CHECK(value.get<std::string>().find("\xEF\xBF\xBD") == std::string::npos); // the replacement of invalid UTF-8
         }
@@ -102,7 +102,7 @@ void CheckMachine(uint32_t seed, const Json& healthyCard)
         CHECK_MESSAGE((objects == 0 || unended.contains(api)), api << " has " << objects << " live objects");
     }
     if (unended.contains("adlx")) {
-        Enumerate(Machine("workstation")); // ends what is left open
+        Enumerate(Machine("workstation")); // closes what was left open
     }
 }
 
@@ -110,7 +110,7 @@ void CheckMachine(uint32_t seed, const Json& healthyCard)
 
 TEST_SUITE_BEGIN("soak");
 
-TEST_CASE("Random machines give complete records, or end a vendor's run")
+TEST_CASE("On random machines each vendor's records are complete, or its run ends")
 {
     const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
     const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 500);

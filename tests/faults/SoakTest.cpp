@@ -1,4 +1,4 @@
-// What a host pays that enumerates again and again: nothing may add up. ORVEL_SOAK_ROUNDS chooses how often.
+// A host that enumerates repeatedly must not accumulate resources. ORVEL_SOAK_ROUNDS is the number of enumerations.
 
 #include <cstdlib>
 
@@ -17,15 +17,15 @@ using namespace orvel::tests;
 
 namespace {
 
-constexpr int roundsPerMachine = 100; // the simulation keeps a trace, which each machine restarts
-constexpr int roundsBefore = 300; // until the heaps have all the memory that the released objects the simulation keeps need
+constexpr int roundsPerMachine = 100; // each new machine clears the simulation's trace
+constexpr int roundsBefore = 300;     // until the heaps include the released objects that the simulation keeps
 
 void EnumerateOnce()
 {
     orvel::shared::enumeration::GraphicCardEnumeration enumeration;
     try {
         enumeration.QueryGraphicCards();
-    } catch (long) { // a status of WMI, on the machine that is made for it
+    } catch (long) { // the WMI status that one of the machines causes
     }
 }
 
@@ -69,12 +69,12 @@ void CheckNothingAddsUp(const Json& machine, int rounds, void (*enumerate)() = E
     MESSAGE(rounds << " rounds: handles " << first.Handles << " to " << last.Handles << ", modules " << first.Modules
                    << " to " << last.Modules << ", heap KiB " << first.HeapBytes / 1024 << " to " << last.HeapBytes / 1024
                    << ", private KiB " << first.PrivateBytes / 1024 << " to " << last.PrivateBytes / 1024);
-    CHECK(last.Handles <= first.Handles + 2); // the system opens one for itself now and then
+    CHECK(last.Handles <= first.Handles + 2); // the system occasionally opens one for itself
     CHECK(last.Modules == first.Modules);
     CHECK(last.TlsIndexes == first.TlsIndexes);
-    // Less than a text of one byte a round, which takes a block of 16; and what the heaps themselves need now and then.
+    // A leak of one byte per round would need a block of 16 bytes each. 4096 is for the heaps' own management.
     CHECK(last.HeapBytes <= first.HeapBytes + 4096 + 8 * static_cast<size_t>(rounds));
-    // The heaps take memory in large pieces, and which ones depends on the order in which the simulation releases objects.
+    // The heaps commit memory in large pieces, depending on the order in which the simulation releases objects.
     CHECK(last.PrivateBytes <= first.PrivateBytes + 8 * 1024 * 1024);
 }
 
@@ -117,7 +117,7 @@ TEST_CASE("Repeated enumerations that leave ADLX open do not leak")
     Json machine = HealthyWorkstation();
     machine["wmi"]["failures"].push_back({{"contains", "VEN_1002"}, {"status", -1}});
     CheckNothingAddsUp(machine, Rounds() / 5);
-    EnumerateRounds(HealthyWorkstation(), 1, EnumerateOnce); // ends it
+    EnumerateRounds(HealthyWorkstation(), 1, EnumerateOnce); // terminates ADLX
 }
 
 TEST_CASE("Repeated enumerations without OpenCL's functions do not leak")

@@ -1,4 +1,4 @@
-// Desktop window manager, DXGI, the registry and OpenCL: what several vendors ask.
+// Faults of the desktop window manager, DXGI, the registry and OpenCL, which several vendors use.
 
 #include "Faults.h"
 
@@ -13,7 +13,7 @@ const std::string amd = "AMD";
 const std::string pciRoot = "SYSTEM\\CurrentControlSet\\Enum\\PCI\\VEN_";
 const std::string videoRoot = "SYSTEM\\CurrentControlSet\\Control\\Video\\";
 
-/// The workstation's registry keys, each with the vendor whose record is read from it; "" for none.
+/// The vendor whose record is read from this registry key of the workstation; "" for none.
 std::string OwnerOf(const std::string& key)
 {
     if (key.starts_with(videoRoot)) {
@@ -33,18 +33,18 @@ void AddKeyFaults(std::vector<Fault>& faults, const std::string& key, const Json
     for (const auto& value : values.items()) {
         faults.push_back(Removing(path / value.key(), expected));
     }
-    if (field == "BusId") { // a text without a location is converted too
+    if (field == "BusId") { // the conversion of a text without a bus number throws
         const Consequence ends = owner.empty() ? Nothing() : Lost({owner});
         faults.push_back(Setting(path / "LocationInformation", "Internal High Definition Audio Bus", ends));
         faults.push_back(Setting(path / "LocationInformation", "(99999999999,0,0)", ends));
     }
 }
 
-/// What happens when the OpenCL devices of every platform, or of one platform, are not to be had.
+/// The effect if the devices of every OpenCL platform, or of one platform, cannot be listed.
 const Consequence noDevices = Lost({intel}) + Other(amd, {"ChipName"});
 const std::vector<Consequence> withoutDevicesOfPlatform = {Nothing(), Lost({intel}), Other(amd, {"ChipName"})};
 
-/// Of NVIDIA's device only the name is queried; of AMD's the name and vendor, then the name again.
+/// The library queries only the name of NVIDIA's device; of AMD's, the name and the vendor, then the name again.
 Consequence OfParameter(size_t platform, const std::string& parameter)
 {
     const bool isIdentity = parameter == "CL_DEVICE_NAME" || parameter == "CL_DEVICE_VENDOR_ID";
@@ -59,7 +59,7 @@ void AddPlatformFaults(std::vector<Fault>& faults, size_t index, const Json& pla
     faults.push_back(Setting(path / "devices_count", StatusAndValue(-5, 1), Nothing())); // the count that it wrote is used
     faults.push_back(Setting(path / "devices_fetch", -5, expected));
     faults.push_back(Setting(path / "devices_fetch", StatusAndRubbish(-5), expected));
-    faults.push_back(Setting(path / "devices_count", StatusAndRubbish(-5), expected)); // no believable count
+    faults.push_back(Setting(path / "devices_count", StatusAndRubbish(-5), expected)); // an implausible count
     faults.push_back(Setting(path / "devices", Json::array(), expected));
     faults.push_back(Setting(path / "devices" / 0 / "type", "cpu", expected));
     for (const auto& [name, value] : platform["devices"][0].items()) {
@@ -86,7 +86,7 @@ std::vector<Fault> SystemFaults()
     faults.push_back(Setting(Pointer("/dwm/status"), "0x80263001", noAero));
     faults.push_back(Setting(Pointer("/dwm/enabled"), false, noAero));
 
-    const Consequence noFactory = Lost({intel, amd}); // the size is a text without digits
+    const Consequence noFactory = Lost({intel, amd}); // the shared memory is then a text without digits
     faults.push_back(Removing(Pointer("/dxgi"), noFactory));
     faults.push_back(Setting(Pointer("/dxgi/factory"), "0x887A0004", noFactory));
     const std::vector<std::string> vendorOfAdapter = {amd, "", intel, ""};

@@ -1,6 +1,6 @@
-// A failed query of a vendor's own ends that vendor's run; one of the machine's memory leaves as a bare status and takes the
-// vendors that follow with it. A property that cannot be read has its default in the record, and ends the run only where a
-// lookup or conversion does not take the default.
+// A failed query for a vendor's adapters ends that vendor's run. A failed query for the memory modules is thrown as a bare
+// status and ends the following vendors' runs too. A property that cannot be read has its default in the record, and ends
+// the run only if a lookup or conversion fails for the default.
 
 #include "Faults.h"
 
@@ -22,8 +22,8 @@ const std::string intel = "Intel";
 const std::string nvidia = "Nvidia";
 const std::string amd = "AMD";
 
-/// The first vendor runs until another one queries its adapters. Each query is sent once, by the first vendor that needs its
-/// answer.
+/// The vendor whose run sends a query; a run is recognised by the query for the vendor's adapters. Each query is sent once,
+/// by the first vendor that needs its result.
 struct Progress {
     std::string Vendor = std::string(vendors[0].Manufacturer);
     std::map<std::string, int> Seen; ///< queries so far, by text
@@ -50,7 +50,7 @@ Consequence OfQuery(const std::string& wql, const std::string& vendor)
     return leavesAdlx ? Lost({amd}) + StaysAlive("adlx") : Lost({vendor});
 }
 
-/// What a property that cannot be read does, where all three vendors treat it alike: its field, or "" for none.
+/// The field that an unreadable property changes, for properties that all three vendors treat alike; "" for none.
 const std::map<std::string, std::string> commonFields = {
     {"ConfigManagerErrorCode", ""}, // the default is the healthy value
     {"ConfigManagerUserConfig", ""},
@@ -62,7 +62,7 @@ const std::map<std::string, std::string> commonFields = {
     {"Status", "AdapterStatus"},
 };
 
-/// A property of the vendor's adapter cannot be read, but the query's condition sees it.
+/// A property of the vendor's adapter cannot be read, but the query's condition matches it.
 Consequence OfAdapter(const std::string& vendor, const std::string& property)
 {
     if (IsGuest(vendor)) {
@@ -71,10 +71,10 @@ Consequence OfAdapter(const std::string& vendor, const std::string& property)
     if (property == "Availability") {
         return Lost({vendor}); // code 0 has no name
     }
-    if (property == "AdapterRAM") { // Intel converts its text
+    if (property == "AdapterRAM") { // Intel converts the text to a number
         return vendor == intel ? Lost({intel}) : Other(vendor, {"AdapterRam"});
     }
-    if (property == "Name") { // Intel's OpenCL device is found by it
+    if (property == "Name") { // the key for finding Intel's OpenCL device
         return vendor == intel ? Lost({intel}) : Other(vendor, {"AdapterName"});
     }
     if (property == "PNPDeviceID") {
@@ -91,14 +91,14 @@ Consequence OfAdapter(const std::string& vendor, const std::string& property)
     return field->second.empty() ? Nothing() : Other(vendor, {field->second});
 }
 
-/// The same, where the condition sees nothing either: a row that is selected by the property is not found.
+/// The same if the condition does not match the property either: a row that is selected by the property is not found.
 Consequence OfInvisible(const std::string& vendor, const std::string& property)
 {
     const bool isSelectedBy = property == "PNPDeviceID" || (property == "Name" && vendor == amd);
     return isSelectedBy ? Lost({vendor}) : OfAdapter(vendor, property);
 }
 
-/// Type and width are the first module's, unless it reports none; the speed is the fastest one's before a failed read.
+/// Type and width are the first module's, unless it reports none; the speed is the fastest module's before a failed read.
 Consequence OfModule(size_t module, const std::string& property)
 {
     if (module > 0) {
@@ -140,7 +140,7 @@ void AddClassFaults(std::vector<Fault>& faults)
     const Consequence noSerial = Other(intel, {"GraphicsCardSn"}) + Other(amd, {"GraphicsCardSn"});
     faults.push_back(Removing(classes / "Win32_Bios", Lost({intel, amd})));
     faults.push_back(Setting(classes / "Win32_Bios", Json::array(), noSerial));
-    // NVIDIA's run reads the row that it did not get: its availability code 0 has no name.
+    // NVIDIA's run reads from the missing row, and the default availability code 0 has no name.
     faults.push_back(Removing(classes / "Win32_VideoController", Lost({intel, nvidia, amd}) + StaysAlive("adlx")));
     faults.push_back(Setting(classes / "Win32_VideoController", Json::array(), Lost({intel, nvidia, amd})));
     faults.push_back(Removing(classes / "Win32_PhysicalMemory", Thrown(invalidClass, {intel, nvidia, amd})));

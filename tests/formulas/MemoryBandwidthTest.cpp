@@ -7,7 +7,7 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("The transfer factor of a memory type is 1 or 2, and types without one throw")
+TEST_CASE("The transfer factor of a memory type is 1 or 2, and a type without a factor throws")
 {
     for (uint32_t code = 0; code <= 40; ++code) {
         CAPTURE(code);

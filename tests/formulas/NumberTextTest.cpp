@@ -6,7 +6,7 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("Text without a number is an invalid argument of the function's own name")
+TEST_CASE("A text without a number throws invalid_argument with the function's name")
 {
     for (const char* text : {"", "abc", "-", " "}) {
         CAPTURE(text);
@@ -18,7 +18,7 @@ TEST_CASE("Text without a number is an invalid argument of the function's own na
     }
 }
 
-TEST_CASE("A number too large for its type is out of range under the function's own name")
+TEST_CASE("A number that its type cannot hold throws out_of_range with the function's name")
 {
     CHECK_THROWS_WITH_AS(ToInt("2147483648"), "stoi argument out of range", std::out_of_range);
     CHECK_THROWS_WITH_AS(ToInt("-2147483649"), "stoi argument out of range", std::out_of_range);

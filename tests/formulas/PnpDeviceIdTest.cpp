@@ -6,7 +6,7 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("Vendor, device and subsystem are cut from their fixed positions")
+TEST_CASE("Vendor, device and subsystem are read from fixed positions")
 {
     const PnpDeviceId id = ParsePnpDeviceId(R"(PCI\VEN_8086&DEV_5917&SUBSYS_225D17AA&REV_07\3&11583659&0&10)");
     CHECK(id.Vendor == "8086");
@@ -14,7 +14,7 @@ TEST_CASE("Vendor, device and subsystem are cut from their fixed positions")
     CHECK(id.Subsystem == "225D-17AA");
 }
 
-TEST_CASE("An identifier that ends before a position throws; one that ends within a part truncates it")
+TEST_CASE("An identifier that ends before a part throws; an identifier that ends within a part truncates the part")
 {
     const std::string whole = R"(PCI\VEN_8086&DEV_5917&SUBSYS_225D17AA)";
     for (const size_t size : {0U, 7U, 8U, 16U, 28U, 32U}) {

@@ -6,7 +6,7 @@
 
 namespace orvel::shared::inventory {
 
-/// An answer as a failing test shows it.
+/// The text of an answer in the output of a failing test.
 inline doctest::String toString(const Answer& answer)
 {
     std::string text = StatusText(answer.status);

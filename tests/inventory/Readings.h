@@ -8,7 +8,7 @@
 
 namespace orvel::shared::inventory {
 
-// Readings for tests, as Windows gives them.
+// Readings for tests, in the form in which Windows returns them.
 
 RawValue Refused(uint32_t error);
 RawValue PropertyOf(std::u16string_view text);
@@ -21,31 +21,31 @@ RawValue FileTimeProperty(uint64_t ticks);
 RawValue RegistryOf(std::u16string_view text);
 RawValue RegistryBytes(uint32_t type, std::vector<unsigned char> bytes);
 
-/// The bytes of a number, lowest first.
+/// The bytes of a number, least significant first.
 std::vector<unsigned char> BytesOf(uint64_t number, std::size_t count);
 
 RawValue& At(DeviceReading& device, DeviceProperty property);
 RawValue& At(DriverKeyReading& key, DriverKeyValue value);
 
-/// A device that has nothing but an instance id.
+/// A device with an instance id and no other property.
 DeviceReading BareDevice(std::u16string_view instanceId);
 
-/// NVIDIA's GeForce RTX 3060 at a bus, without a problem and awake.
+/// NVIDIA's GeForce RTX 3060 on this bus, without a problem and awake.
 DeviceReading GeForce(uint32_t bus, uint64_t luid);
 
-/// The same without the property that Windows 10 brought.
+/// The same without the LUID property, which exists since Windows 10.
 DeviceReading GeForceWithoutLuid(uint32_t bus);
 
-/// A key without a value.
+/// A driver key without values.
 DriverKeyReading EmptyKey();
 
-/// The adapter of GeForce.
+/// The DXGI adapter of the device GeForce.
 DxgiAdapter GeForceAdapter(uint64_t luid, uint64_t dedicatedBytes);
 
-/// Readings of sources that have all answered, of which the vendors' are left out by the depth.
+/// Readings in which every source has answered, except the vendors' libraries, which the depth excludes.
 Readings HealthyReadings();
 
-/// The card of an instance id; fails the test where there is none.
+/// The card with this instance id; fails the test if there is none.
 const Card& CardOf(const std::vector<Card>& cards, const std::string& instanceId);
 
 inline constexpr uint64_t gibibyte = 1 << 30;

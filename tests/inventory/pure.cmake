@@ -1,4 +1,4 @@
-# The tests of the inventory's units that know no Windows header.
+# The tests of the inventory's units that include no Windows header.
 set(inventory_pure_tests
     Readings.cpp
     json/JsonTest.cpp

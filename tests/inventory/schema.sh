@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks documents of this computer against the published schema, and that the schema refuses what is not one; the names in it
-# are the library's. schema.sh SOURCE BUILD WINE
+# schema.sh SOURCE BUILD WINE: checks that documents of this computer match the published schema, that the schema rejects invalid
+# documents, and that its names are those of the library.
 set -uo pipefail
 source=$1
 build=$2
@@ -41,7 +41,7 @@ broken "a value that is not known and there" '.cards[0].memory_type.value = "GDD
 broken "a failure without a code" '.cards[0].name = {value: null, status: "failed", source: "setupapi", code: null, reason: "refused"}'
 broken "a source that does not exist" '.sources[0].name = "wmi"'
 
-# later FILTER: what a later release may append to a document.
+# later FILTER: a document with an addition that a later release may make.
 later() {
     jq "$1" "$work/full-2.json" >"$work/later.json"
     check "the schema accepts a later release's $2" still_valid "$work/later.json"
@@ -50,7 +50,7 @@ later '.cards[0].colour = .cards[0].name' property
 later '.sources += [{name: "level_zero", state: "answered", code: null, reason: null}]' source
 later '.cards[0].uuid = {value: null, status: "unavailable", source: "level_zero", code: null, reason: "too hot"}' reason
 
-# The schema's lists are the library's.
+# The schema lists the same names as the library.
 names() { grep -oE '^ *\{P::\w+, "[a-z_]+"' "$source/inventory/model/Properties.cpp" | grep -oE '[a-z_]+"$' | tr -d '"'; }
 check "the schema's properties are the table's" \
     diff <(names) <(jq -r '."$defs".fullCard.properties | keys_unsorted[]' "$schema")

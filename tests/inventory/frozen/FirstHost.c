@@ -1,5 +1,5 @@
-/* A C program of the first release: compiled with a copy of the header that never changes. It reads every value through the
- * interface, and prints the snapshot as JSON. FirstHost DEPTH FORM */
+/* FirstHost DEPTH FORM: a C program of the first release, compiled with a copy of its header that never changes. It reads
+ * every value through the interface, and prints the snapshot as JSON. */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -1,4 +1,4 @@
-// The C interface, on the computer's own platform: whatever cards it has, the rules hold.
+// The C interface on the computer's own platform. The rules hold for any cards.
 
 #include <array>
 #include <cstring>
@@ -24,7 +24,7 @@ Structure Sized()
     return structure;
 }
 
-/// A snapshot at a depth, freed at the end.
+/// Takes a snapshot at a depth, and frees it on destruction.
 class Taken {
 public:
     explicit Taken(uint32_t depth = ORVEL_INVENTORY_DEPTH_SYSTEM)
@@ -81,7 +81,7 @@ TEST_CASE("Wrong options give no snapshot")
     CHECK(OrvelInventoryTake(nullptr, nullptr) == ORVEL_INVENTORY_INVALID_ARGUMENT);
 }
 
-TEST_CASE("Null is a snapshot without anything")
+TEST_CASE("A null snapshot has no cards and no sources")
 {
     OrvelInventoryFree(nullptr);
     OrvelInventoryFreeText(nullptr);
@@ -120,7 +120,7 @@ TEST_CASE("Indexes out of range and null pointers are refused")
     CHECK(OrvelInventoryToJson(inventory, 0, nullptr, nullptr) == ORVEL_INVENTORY_INVALID_ARGUMENT);
 }
 
-TEST_CASE("A structure is filled as far as its caller knows it")
+TEST_CASE("A structure is filled up to the size that its caller sets")
 {
     struct Later {
         OrvelInventoryProperty known;
@@ -131,8 +131,8 @@ TEST_CASE("A structure is filled as far as its caller knows it")
     REQUIRE(OrvelInventoryGetProperty(0, &later.known) == ORVEL_INVENTORY_OK);
     CHECK(std::string(later.known.name) == "instance_id");
     CHECK(later.known.size == sizeof(OrvelInventoryProperty) + 8);
-    CHECK(later.more == 0);   // what this release does not know
-    CHECK(later.beyond == 7); // what the caller has not given
+    CHECK(later.more == 0);   // a member of a later release
+    CHECK(later.beyond == 7); // beyond the caller's size
     later.known.size = sizeof(OrvelInventoryProperty) - 1;
     CHECK(OrvelInventoryGetProperty(0, &later.known) == ORVEL_INVENTORY_INVALID_ARGUMENT);
 }
@@ -149,7 +149,7 @@ TEST_CASE("Every property of the table is found by its name")
     }
 }
 
-/// A value of the C interface as JSON has it.
+/// A value of the C interface in the form of the JSON document.
 nlohmann::json AsJson(const OrvelInventoryValue& value)
 {
     if (value.status != ORVEL_INVENTORY_KNOWN || value.type == ORVEL_INVENTORY_DISPLAYS) {
@@ -161,7 +161,7 @@ nlohmann::json AsJson(const OrvelInventoryValue& value)
     return value.type == ORVEL_INVENTORY_BOOL ? nlohmann::json(value.number != 0) : nlohmann::json(value.number);
 }
 
-TEST_CASE("The C interface, the full and the flat form say the same")
+TEST_CASE("The C interface, the full and the flat form contain the same values")
 {
     const char* statuses[] = {"known", "unsupported", "unavailable", "failed", "not asked"};
     for (const uint32_t depth : {1U, 2U, 3U}) {
@@ -193,7 +193,7 @@ TEST_CASE("The C interface, the full and the flat form say the same")
     }
 }
 
-TEST_CASE("A depth leaves out the sources behind it")
+TEST_CASE("A depth excludes the sources of greater depths")
 {
     const auto state = [](const nlohmann::json& document, const std::string& name) {
         for (const auto& source : document["sources"]) {
@@ -221,7 +221,7 @@ TEST_CASE("At depth system neither DXGI nor COM nor a vendor's library is loaded
     }
 }
 
-/// Runs on a thread with a stack of that size.
+/// Runs on a thread with a stack of this size.
 void RunOnThread(SIZE_T stackBytes, std::function<void()> run)
 {
     const auto thread = ::CreateThread(
@@ -236,7 +236,7 @@ void RunOnThread(SIZE_T stackBytes, std::function<void()> run)
     ::CloseHandle(thread);
 }
 
-TEST_CASE("A stack of 64 KiB is enough")
+TEST_CASE("A snapshot needs a stack of at most 64 KiB")
 {
     int32_t result = -1;
     char* text = nullptr;
@@ -251,7 +251,7 @@ TEST_CASE("A stack of 64 KiB is enough")
     OrvelInventoryFreeText(text);
 }
 
-TEST_CASE("Eight threads take snapshots at once, and all find the same")
+TEST_CASE("Eight threads that take snapshots at once get the same result")
 {
     const auto expected = JsonOf(Taken(ORVEL_INVENTORY_DEPTH_GRAPHICS), ORVEL_INVENTORY_JSON_FULL);
     std::array<nlohmann::json, 8> found;
@@ -278,13 +278,13 @@ DWORD Handles()
     return count;
 }
 
-TEST_CASE("Many snapshots leave no handle behind")
+TEST_CASE("Repeated snapshots do not leak handles")
 {
     const auto take = [](int rounds) {
         for (int round = 0; round < rounds; ++round) {
             const Taken inventory(ORVEL_INVENTORY_DEPTH_SYSTEM);
         }
-        ::Sleep(100); // the threads of the last one end
+        ::Sleep(100); // lets the threads of the last snapshot end
     };
     take(20);
     const DWORD before = Handles();

@@ -50,7 +50,7 @@ TEST_CASE("A failure has its code")
         "source": "dxcore", "code": 2289696772, "reason": "refused"})"));
 }
 
-TEST_CASE("The sources say how they have ended")
+TEST_CASE("Each source has its status, code and reason")
 {
     const auto document = Parsed(OneCard(), JsonForm::Full);
     CHECK(document["sources"] == nlohmann::json::parse(R"([
@@ -58,7 +58,7 @@ TEST_CASE("The sources say how they have ended")
         {"name": "dxgi", "state": "failed", "code": 1460, "reason": "no answer"}])"));
 }
 
-TEST_CASE("The flat form has values or null")
+TEST_CASE("The flat form has the value, or null for an unknown value")
 {
     const auto document = Parsed(OneCard(), JsonForm::Flat);
     CHECK(document["form"] == "flat");
@@ -70,7 +70,7 @@ TEST_CASE("The flat form has values or null")
     CHECK(card["displays"] == nlohmann::json::array());
 }
 
-TEST_CASE("Displays are objects, with null for what is not known")
+TEST_CASE("Displays are objects, with null for unknown values")
 {
     auto findings = OneCard();
     Display display;
@@ -95,7 +95,7 @@ TEST_CASE("Texts are escaped")
     CHECK(nlohmann::json::parse(text)["cards"][0]["name"]["value"] == name);
 }
 
-TEST_CASE("The order of the properties is the table's")
+TEST_CASE("The properties have the order of the table")
 {
     const auto text = ToJson(OneCard(), JsonForm::Flat);
     std::size_t position = 0;
@@ -107,7 +107,7 @@ TEST_CASE("The order of the properties is the table's")
     CHECK(text.ends_with("}\n"));
 }
 
-TEST_CASE("A snapshot without cards is a document")
+TEST_CASE("A snapshot without cards is a valid document")
 {
     const auto document = Parsed({Depth::System, {}, {}}, JsonForm::Full);
     CHECK(document["depth"] == "system");

@@ -43,7 +43,7 @@ std::vector<std::string> GdiNamesOf(const Card& card)
     return names;
 }
 
-/// A status, and what else a value is, without its source.
+/// A value without its source.
 Answer AnswerOf(const Card& card, Property property)
 {
     return card.Of(property);
@@ -123,17 +123,17 @@ TEST_CASE("Every order of devices, adapters and displays gives the same cards")
     CHECK(orders == 72);
 }
 
-TEST_CASE("A card whose LUID DXGI does not have is not compared by its identifiers")
+TEST_CASE("A card whose LUID DXGI does not list is not matched by its identifiers")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForce(1, 7)};
     readings.adapters = {GeForceAdapter(8, 12 * gibibyte)};
     const auto cards = CardsOf(readings);
-    REQUIRE(cards.size() == 1); // the adapter agrees with the device, so it is no other card either
+    REQUIRE(cards.size() == 1); // the adapter matches the device, so it is not a separate card
     CHECK(AnswerOf(cards[0], P::SharedMemoryBytes) == Unavailable(Reason::NotListed));
 }
 
-TEST_CASE("Linked cards share a LUID, and the first of them has what belongs to it")
+TEST_CASE("Of linked cards, which share a LUID, the first has the values of that LUID")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForce(1, 7), GeForce(2, 7)};
@@ -154,7 +154,7 @@ TEST_CASE("Linked cards share a LUID, and the first of them has what belongs to 
     CHECK(GdiNamesOf(first).size() == 1);
 }
 
-TEST_CASE("Linked cards of which none or several are the first have nothing of their LUID")
+TEST_CASE("Linked cards have no values of their LUID if none or several of them are the first")
 {
     for (const auto& index : {Refused(1168), NumberProperty(0), NumberProperty(1)}) {
         auto readings = HealthyReadings();
@@ -170,7 +170,7 @@ TEST_CASE("Linked cards of which none or several are the first have nothing of t
 
 // --- rule 3: by identifiers ---
 
-TEST_CASE("Without LUIDs, one device and one adapter of the same identifiers belong together")
+TEST_CASE("Without LUIDs, one device and one adapter with the same identifiers are one card")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForceWithoutLuid(1)};
@@ -183,7 +183,7 @@ TEST_CASE("Without LUIDs, one device and one adapter of the same identifiers bel
     CHECK(GdiNamesOf(cards[0]).size() == 1);
 }
 
-TEST_CASE("Without LUIDs, equal cards have what is the same for all of them")
+TEST_CASE("Without LUIDs, equal cards have only the values that all of their adapters share")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForceWithoutLuid(1), GeForceWithoutLuid(2)};
@@ -194,12 +194,12 @@ TEST_CASE("Without LUIDs, equal cards have what is the same for all of them")
     for (const auto& card : cards) {
         CHECK(AnswerOf(card, P::SharedMemoryBytes) == Known(16 * gibibyte));
         CHECK(AnswerOf(card, P::DedicatedMemoryBytes) == Unavailable(Reason::CannotTell));
-        CHECK(AnswerOf(card, P::Luid) == missing); // SetupAPI is asked first
+        CHECK(AnswerOf(card, P::Luid) == missing); // SetupAPI is the preferred source
         CHECK(AnswerOf(card, P::Displays) == Unavailable(Reason::NoLuid));
     }
 }
 
-TEST_CASE("Without LUIDs, as many adapters as devices are needed")
+TEST_CASE("Without LUIDs, equal cards are matched only if there are as many adapters as devices")
 {
     for (const std::size_t adapters : {1U, 3U}) {
         auto readings = HealthyReadings();
@@ -215,7 +215,7 @@ TEST_CASE("Without LUIDs, as many adapters as devices are needed")
     }
 }
 
-TEST_CASE("A device without a subsystem agrees with every adapter of the model")
+TEST_CASE("A device without a subsystem matches every adapter of the model")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForceWithoutLuid(1), GeForceWithoutLuid(2)};
@@ -223,13 +223,13 @@ TEST_CASE("A device without a subsystem agrees with every adapter of the model")
     auto other = GeForceAdapter(8, 24 * gibibyte);
     other.subsystemId = 0x11223344;
     readings.adapters = {GeForceAdapter(7, 12 * gibibyte), other};
-    for (const auto& card : CardsOf(readings)) { // two of each, which the subsystem does not distinguish for certain
+    for (const auto& card : CardsOf(readings)) { // two devices and two adapters, which the subsystem cannot distinguish
         CHECK(AnswerOf(card, P::SharedMemoryBytes) == Known(16 * gibibyte));
         CHECK(AnswerOf(card, P::DedicatedMemoryBytes) == Unavailable(Reason::CannotTell));
     }
 }
 
-TEST_CASE("A disabled card, which has no LUID, gets nothing of an equal card's adapter")
+TEST_CASE("A disabled card, which has no LUID, gets no values of an equal card's adapter")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForce(1, 7), GeForceWithoutLuid(2)};
@@ -245,7 +245,7 @@ TEST_CASE("A disabled card, which has no LUID, gets nothing of an equal card's a
 
 // --- rules 4 and 6 ---
 
-TEST_CASE("A DXGI adapter without a device is a card of its own")
+TEST_CASE("A DXGI adapter without a device is a separate card")
 {
     const auto cards = CardsOf(TwoEqualCards());
     const auto& software = cards.back();
@@ -254,12 +254,12 @@ TEST_CASE("A DXGI adapter without a device is a card of its own")
     CHECK(software.Of(P::Kind) == Value{Known("software"), Source::Dxgi});
     CHECK(software.Of(P::Name) == Value{Known("Microsoft Basic Render Driver"), Source::Dxgi});
     CHECK(AnswerOf(software, P::Vendor) == Known("Microsoft"));
-    CHECK(AnswerOf(software, P::DedicatedMemoryBytes) == Known(uint64_t{0})); // 0 is what DXGI says
+    CHECK(AnswerOf(software, P::DedicatedMemoryBytes) == Known(uint64_t{0})); // DXGI reports 0
     CHECK(AnswerOf(software, P::BoardMemoryBytes) == Unsupported(Reason::NoSource));
     CHECK(AnswerOf(software, P::Displays) == Known(Displays()));
 }
 
-TEST_CASE("DXGI's flags give the kind of an adapter without a device")
+TEST_CASE("DXGI's flags determine the kind of an adapter without a device")
 {
     struct Flags {
         uint32_t number;
@@ -283,7 +283,7 @@ TEST_CASE("A device that DXGI does not list is still a card")
     CHECK(AnswerOf(cards[0], P::Name) == Known("NVIDIA GeForce RTX 3060"));
 }
 
-TEST_CASE("The driver key has the memory of a card that DXGI does not list")
+TEST_CASE("The memory of a card that DXGI does not list comes from the driver key")
 {
     auto readings = HealthyReadings();
     readings.devices = {GeForce(1, 7)};
@@ -292,7 +292,7 @@ TEST_CASE("The driver key has the memory of a card that DXGI does not list")
     CHECK(CardsOf(readings)[0].Of(P::DedicatedMemoryBytes) == Value{Known(24 * gibibyte), Source::DriverKey});
 }
 
-TEST_CASE("An indirect display has nothing of the card that renders for it")
+TEST_CASE("An indirect display gets no values of the card that renders for it")
 {
     auto readings = HealthyReadings();
     auto device = BareDevice(u"ROOT\\DISPLAY\\0000");
@@ -317,7 +317,7 @@ TEST_CASE("An indirect display has nothing of the card that renders for it")
     CHECK(GdiNamesOf(display).size() == 1);
 }
 
-TEST_CASE("The vendor's name belongs to the vendor's number, whichever source has that")
+TEST_CASE("The vendor's name follows from the vendor id, whichever source reports the id")
 {
     auto readings = TwoEqualCards();
     At(readings.devices[0], D::HardwareIds) = PropertyOf(std::vector<std::u16string>{u"PCI\\VEN_0000&DEV_0000"});
@@ -330,7 +330,7 @@ TEST_CASE("The vendor's name belongs to the vendor's number, whichever source ha
 
 // --- sources that fail ---
 
-TEST_CASE("DXGI's failure changes DXGI's values and says so")
+TEST_CASE("If DXGI fails, its values report the failure, and those of other sources stay")
 {
     const auto healthy = CardsOf(TwoEqualCards());
     for (const auto& end : {Failed(0x887A0004), NoAnswer(), Unavailable(Reason::NotPresent), NotAsked(Reason::Depth)}) {
@@ -354,7 +354,7 @@ TEST_CASE("DXGI's failure changes DXGI's values and says so")
     }
 }
 
-TEST_CASE("An adapter that DXGI refuses to describe takes the values of the card without an entry")
+TEST_CASE("If DXGI fails to describe an adapter, the card without an entry has failed values")
 {
     auto readings = TwoEqualCards();
     readings.adapters.erase(readings.adapters.begin());
@@ -364,7 +364,7 @@ TEST_CASE("An adapter that DXGI refuses to describe takes the values of the card
     CHECK(AnswerOf(CardOf(cards, secondId), P::SharedMemoryBytes) == Known(16 * gibibyte));
 }
 
-TEST_CASE("Where SetupAPI refuses, DXGI's adapters are the cards")
+TEST_CASE("If SetupAPI fails, DXGI's adapters are the cards")
 {
     for (const auto& end : {Failed(5), NoAnswer()}) {
         auto readings = TwoEqualCards();
@@ -383,7 +383,7 @@ TEST_CASE("Where SetupAPI refuses, DXGI's adapters are the cards")
     }
 }
 
-TEST_CASE("Where SetupAPI stops early, the adapters of the devices that are left are cards")
+TEST_CASE("If SetupAPI stops early, the adapters of the missing devices are cards")
 {
     auto readings = TwoEqualCards();
     readings.devices.pop_back();
@@ -396,7 +396,7 @@ TEST_CASE("Where SetupAPI stops early, the adapters of the devices that are left
     CHECK(AnswerOf(cards[2], P::InstanceId) == Failed(13));
 }
 
-TEST_CASE("A display configuration that is refused is no empty list")
+TEST_CASE("If the display configuration fails, the displays have failed and are not an empty list")
 {
     auto readings = TwoEqualCards();
     readings.paths.clear();
@@ -406,7 +406,7 @@ TEST_CASE("A display configuration that is refused is no empty list")
     }
 }
 
-TEST_CASE("Driver keys that do not come leave what else there is")
+TEST_CASE("If the driver keys do not arrive in time, the values of the other sources stay")
 {
     auto readings = TwoEqualCards();
     readings.driverKeys.clear();
@@ -415,18 +415,18 @@ TEST_CASE("Driver keys that do not come leave what else there is")
         At(device, D::DriverVersion) = Refused(1168);
     }
     const auto cards = CardsOf(readings);
-    CHECK(cards[0].Of(P::DriverVersion) == Value{missing, Source::SetupApi}); // the most preferred one
+    CHECK(cards[0].Of(P::DriverVersion) == Value{missing, Source::SetupApi}); // the most preferred source
     CHECK(AnswerOf(cards[0], P::DedicatedMemoryBytes) == Known(12 * gibibyte));
 }
 
-TEST_CASE("Without any adapter there is no card")
+TEST_CASE("A computer without adapters has no cards")
 {
     CHECK(CardsOf(HealthyReadings()).empty());
 }
 
 // --- which answer decides ---
 
-TEST_CASE("The first known answer decides, then a source that was left out, then the first that is there")
+TEST_CASE("The first known answer wins, then an excluded source, then the first existing answer")
 {
     AnswersBySource sources;
     const auto at = [&](Source source) -> Answer& { return sources[static_cast<std::size_t>(source)].otherwise; };
@@ -458,7 +458,7 @@ TEST_CASE("A property without a source for the vendor is unsupported, for an unk
 
 // --- order ---
 
-TEST_CASE("PCI cards come by their place, then devices by their id, then DXGI's own")
+TEST_CASE("PCI cards come first, by location, then other devices by their id, then DXGI's own adapters")
 {
     auto readings = HealthyReadings();
     auto onSegment = GeForce(1, 3);
@@ -482,7 +482,7 @@ TEST_CASE("PCI cards come by their place, then devices by their id, then DXGI's 
 
 // --- displays ---
 
-TEST_CASE("A display has what the configuration says, and nothing for what it does not")
+TEST_CASE("A display has the values of the configuration, and none for missing values")
 {
     auto readings = TwoEqualCards();
     DisplayPath bare;

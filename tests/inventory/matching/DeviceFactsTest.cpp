@@ -19,7 +19,7 @@ Answer KindOf(const DeviceReading& device)
     return FactsOf(device).answers.at(P::Kind);
 }
 
-TEST_CASE("A healthy card has all that SetupAPI knows")
+TEST_CASE("A healthy card has every property of SetupAPI")
 {
     auto facts = FactsOf(GeForce(1, 7));
     auto& answers = facts.answers;
@@ -48,7 +48,7 @@ TEST_CASE("A healthy card has all that SetupAPI knows")
     CHECK_FALSE(facts.showsOtherCard);
 }
 
-TEST_CASE("A device without properties has an instance id, a kind, and what is in the id")
+TEST_CASE("A device without properties has an instance id, a kind, and the identifiers in the id")
 {
     auto facts = FactsOf(BareDevice(u"PCI\\VEN_0000&DEV_0000&SUBSYS_00000000&REV_00\\00000000"));
     CHECK(facts.answers[P::Kind] == Known("pci"));
@@ -70,12 +70,12 @@ TEST_CASE("The kind follows from the bus")
     CHECK(KindOf(BareDevice(u"VMBUS\\{da0a7802-e377-4aac-8e77-0558eb1073f8}\\{1}")) == Known("other"));
 }
 
-TEST_CASE("An indirect display is one by its property or its service")
+TEST_CASE("An indirect display is recognised by its property or its service")
 {
     auto device = BareDevice(u"ROOT\\DISPLAY\\0000");
     At(device, D::IndirectDisplay) = BooleanProperty(true);
     CHECK(KindOf(device) == Known("indirect"));
-    At(device, D::IndirectDisplay) = {0, 0, {}}; // there, without a value
+    At(device, D::IndirectDisplay) = {0, 0, {}}; // exists without a value
     CHECK(KindOf(device) == Known("indirect"));
     At(device, D::IndirectDisplay) = BooleanProperty(false);
     CHECK(KindOf(device) == Known("other"));
@@ -84,7 +84,7 @@ TEST_CASE("An indirect display is one by its property or its service")
     CHECK(FactsOf(device).showsOtherCard);
 }
 
-TEST_CASE("A remote display is one by its path or its session, before anything else")
+TEST_CASE("A remote display is recognised by its path or its session, before any other kind")
 {
     CHECK(KindOf(BareDevice(u"SWD\\REMOTEDISPLAYENUM\\RDPIDD_INDIRECTDISPLAY&SESSIONID_0002")) == Known("remote"));
     auto device = BareDevice(u"ROOT\\DISPLAY\\0000");
@@ -94,7 +94,7 @@ TEST_CASE("A remote display is one by its path or its session, before anything e
     CHECK(FactsOf(device).showsOtherCard);
 }
 
-TEST_CASE("Where a sign of the kind is refused, the kind has failed, and DXGI is not trusted")
+TEST_CASE("If a property that decides the kind cannot be read, the kind has failed, and only a PCI card keeps DXGI's values")
 {
     for (const auto sign : {D::SessionId, D::IndirectDisplay, D::Service}) {
         auto device = BareDevice(u"ROOT\\DISPLAY\\0000");
@@ -109,7 +109,7 @@ TEST_CASE("Where a sign of the kind is refused, the kind has failed, and DXGI is
     }
 }
 
-TEST_CASE("A device whose instance id is refused keeps what its hardware id says")
+TEST_CASE("A device whose instance id cannot be read has the identifiers of its hardware id")
 {
     auto device = GeForce(1, 7);
     device.instanceId = Refused(13);
@@ -120,7 +120,7 @@ TEST_CASE("A device whose instance id is refused keeps what its hardware id says
     CHECK(facts.answers[P::PciBus] == Known(uint64_t{1}));
 }
 
-TEST_CASE("Hardware ids that are refused or unusable are not replaced by the instance id")
+TEST_CASE("Hardware ids that cannot be read or parsed are not replaced by the instance id")
 {
     auto device = GeForce(1, 7);
     At(device, D::HardwareIds) = Refused(5);
@@ -131,7 +131,7 @@ TEST_CASE("Hardware ids that are refused or unusable are not replaced by the ins
     CHECK(FactsOf(device).answers.at(P::SubsystemId) == Known(uint64_t{0x40741458}));
 }
 
-TEST_CASE("The bus number holds bus and segment, the address device and function")
+TEST_CASE("The bus number contains bus and segment, the address contains device and function")
 {
     auto device = GeForce(1, 7);
     At(device, D::BusNumber) = NumberProperty(0xAB012345); // the upper eight bits are reserved
@@ -143,7 +143,7 @@ TEST_CASE("The bus number holds bus and segment, the address device and function
     CHECK(facts.answers[P::PciFunction] == Known(uint64_t{2}));
 }
 
-TEST_CASE("A place that is not known or not possible is unavailable")
+TEST_CASE("An unknown or impossible PCI location is unavailable")
 {
     auto device = GeForce(1, 7);
     At(device, D::BusNumber) = NumberProperty(0xFFFFFFFF);
@@ -159,7 +159,7 @@ TEST_CASE("A place that is not known or not possible is unavailable")
     CHECK(FactsOf(device).answers.at(P::PciDevice) == Failed(31));
 }
 
-TEST_CASE("A device that is not on PCI has no place there, whatever its properties say")
+TEST_CASE("A device that is not on PCI has no PCI location, whatever its properties contain")
 {
     auto device = BareDevice(u"ACPI\\QCOM0C36\\2");
     At(device, D::BusNumber) = NumberProperty(1);
@@ -169,7 +169,7 @@ TEST_CASE("A device that is not on PCI has no place there, whatever its properti
     }
 }
 
-TEST_CASE("The problem's number counts only with the bit that there is one")
+TEST_CASE("The problem number is used only if the status bit for a problem is set")
 {
     constexpr uint32_t hasProblem = 0x400;
     auto device = GeForce(1, 7);
@@ -221,7 +221,7 @@ TEST_CASE("Only a card without a problem can be asleep")
     CHECK_FALSE(FactsOf(device).isAsleep);
 }
 
-TEST_CASE("The libraries of a vendor would wake the sleeping cards of this vendor")
+TEST_CASE("A vendor's libraries would wake only sleeping cards of this vendor")
 {
     auto asleep = GeForce(1, 7);
     At(asleep, D::PowerData) = PowerProperty(4);
@@ -251,7 +251,7 @@ TEST_CASE("The link has generations and lanes")
     CHECK(FactsOf(device).answers.at(P::PcieLanesMax) == unusable);
 }
 
-TEST_CASE("NVIDIA's version is taken from NVIDIA's driver only")
+TEST_CASE("NVIDIA's marketing version is derived for NVIDIA's driver only")
 {
     auto device = GeForce(1, 7);
     const auto versionOf = [&] { return FactsOf(device).answers.at(P::DriverVersionMarketing); };
@@ -266,7 +266,7 @@ TEST_CASE("NVIDIA's version is taken from NVIDIA's driver only")
     CHECK(versionOf() == missing);
 }
 
-TEST_CASE("A driver key has what it has")
+TEST_CASE("Each value of a driver key becomes its property")
 {
     auto key = EmptyKey();
     At(key, K::DriverDesc) = RegistryOf(u"AMD Radeon RX 7900 XTX");
@@ -289,7 +289,7 @@ TEST_CASE("A driver key has what it has")
     CHECK(source.Of(P::Service) == missing);
 }
 
-TEST_CASE("NVIDIA's version is in the driver key as well")
+TEST_CASE("NVIDIA's marketing version is derived from the driver key as well")
 {
     auto key = EmptyKey();
     At(key, K::DriverVersion) = RegistryOf(u"31.0.15.3161");
@@ -297,7 +297,7 @@ TEST_CASE("NVIDIA's version is in the driver key as well")
     CHECK(KeyAnswers(key, 0x10DE).Of(P::DriverVersionMarketing) == Known("531.61"));
 }
 
-TEST_CASE("A driver key that is missing has nothing, one that is refused has failed")
+TEST_CASE("The values of a missing driver key are unavailable, those of an unreadable key have failed")
 {
     DriverKeyReading key;
     key.error = 1168;

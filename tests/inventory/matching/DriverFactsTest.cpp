@@ -25,7 +25,7 @@ TEST_CASE("NVIDIA's version is the last five digits of the Windows version")
     }
 }
 
-TEST_CASE("A version of another form has no NVIDIA version")
+TEST_CASE("A version in another form has no NVIDIA version")
 {
     for (const char* windows : {"", "596.72", "32.0.15", "32.0.15.", "32.0.15.96720", "32.0.15.9672.1", "32.0.15.9672 ",
                                 "32.0.1x.9672", "32.0..9672", "a.b.c.d", "32.0.15.9672."}) {
@@ -39,13 +39,13 @@ TEST_CASE("A FILETIME is a date in UTC")
     constexpr uint64_t ticksPerDay = 864'000'000'000;
     CHECK(IsoDate(1) == "1601-01-01");
     CHECK(IsoDate(ticksPerDay) == "1601-01-02");
-    CHECK(IsoDate(116'444'736'000'000'000) == "1970-01-01"); // where Unix begins
+    CHECK(IsoDate(116'444'736'000'000'000) == "1970-01-01"); // the start of Unix time
     CHECK(IsoDate(116'444'736'000'000'000 - 1) == "1969-12-31");
     CHECK(IsoDate(125'963'424'000'000'000) == "2000-03-01"); // 11017 days after 1970
     CHECK(IsoDate(3'067'671 * ticksPerDay - 1) == "9999-12-31");
 }
 
-TEST_CASE("A FILETIME of 0, or after the year 9999, is no date")
+TEST_CASE("A FILETIME of 0, or after the year 9999, is not a date")
 {
     CHECK_FALSE(IsoDate(0));
     CHECK_FALSE(IsoDate(3'067'671 * uint64_t{864'000'000'000}));

@@ -10,7 +10,7 @@ namespace {
 const auto unusable = Unavailable(Reason::Unusable);
 const auto missing = Unavailable(Reason::Missing);
 
-TEST_CASE("What is not there is unavailable, what is refused has failed")
+TEST_CASE("A missing value is unavailable, a value that cannot be read has failed")
 {
     CHECK(ErrorAnswer(1168) == missing);
     CHECK(ErrorAnswer(2) == missing);
@@ -23,7 +23,7 @@ TEST_CASE("What is not there is unavailable, what is refused has failed")
     CHECK(DateOf(Refused(5), types::propertyFileTime) == Failed(5));
 }
 
-TEST_CASE("A text ends at its first NUL, and an empty one is no value")
+TEST_CASE("A text ends at its first NUL, and an empty text is unavailable")
 {
     CHECK(PropertyText(PropertyOf(u"WUDFRd")) == Known("WUDFRd"));
     CHECK(PropertyText(PropertyOf(std::u16string_view(u"WUDFRd\0x", 8))) == Known("WUDFRd"));
@@ -33,19 +33,19 @@ TEST_CASE("A text ends at its first NUL, and an empty one is no value")
     CHECK(PropertyText({0, types::propertyBinary, {'a', 0}}) == unusable);
 }
 
-TEST_CASE("A list of texts has those that are not empty")
+TEST_CASE("A list of texts contains the texts that are not empty")
 {
     std::vector<std::string> texts;
     CHECK(PropertyTexts(PropertyOf(std::vector<std::u16string>{u"one", u"two"}), texts) == Known(true));
     CHECK(texts == std::vector<std::string>{"one", "two"});
     texts.clear();
     CHECK(PropertyTexts(PropertyOf(std::vector<std::u16string>{}), texts) == missing);
-    CHECK(PropertyTexts({0, types::propertyStringList, {'a', 0}}, texts) == Known(true)); // without an end
+    CHECK(PropertyTexts({0, types::propertyStringList, {'a', 0}}, texts) == Known(true)); // without the final NUL
     CHECK(texts == std::vector<std::string>{"a"});
     CHECK(PropertyTexts(PropertyOf(u"one"), texts) == unusable);
 }
 
-TEST_CASE("A number of 32 bits is signed or not, and of that length")
+TEST_CASE("A 32-bit number may be signed or unsigned, and has four bytes")
 {
     CHECK(PropertyNumber(NumberProperty(0xFFFFFFFE)) == Known(uint64_t{0xFFFFFFFE}));
     CHECK(PropertyNumber({0, types::propertyInt32, {1, 0, 0, 0}}) == Known(uint64_t{1}));
@@ -54,7 +54,7 @@ TEST_CASE("A number of 32 bits is signed or not, and of that length")
     CHECK(PropertyNumber(PropertyOf(u"1")) == unusable);
 }
 
-TEST_CASE("A number of 64 bits has all of them")
+TEST_CASE("A 64-bit number keeps all of its bits")
 {
     CHECK(PropertyLongNumber(LongProperty(0x123456789ABCDEF0)) == Known(uint64_t{0x123456789ABCDEF0}));
     CHECK(PropertyLongNumber({0, types::propertyInt64, BytesOf(7, 8)}) == Known(uint64_t{7}));
@@ -62,7 +62,7 @@ TEST_CASE("A number of 64 bits has all of them")
     CHECK(PropertyLongNumber({0, types::propertyUint64, BytesOf(7, 4)}) == unusable);
 }
 
-TEST_CASE("A registry text is text, and bytes only where both are usual")
+TEST_CASE("A registry text may be of type text, and of type binary only for values that use both")
 {
     const auto text = RegistryOf(u"94.06.25.00.68");
     CHECK(RegistryTextValue(text) == Known("94.06.25.00.68"));
@@ -72,7 +72,7 @@ TEST_CASE("A registry text is text, and bytes only where both are usual")
     CHECK(RegistryTextValue(RegistryOf(u"")) == missing);
 }
 
-TEST_CASE("A memory size is read by its length, and 0 is no value")
+TEST_CASE("A memory size is read according to its length, and 0 is unavailable")
 {
     constexpr uint64_t bytes = 24 * gibibyte;
     constexpr uint32_t binary = 3, dword = 4, qword = 11;
@@ -86,7 +86,7 @@ TEST_CASE("A memory size is read by its length, and 0 is no value")
     CHECK(RegistryMemorySize(RegistryBytes(1, BytesOf(bytes, 8))) == unusable);
 }
 
-TEST_CASE("A date comes from eight bytes that are a time")
+TEST_CASE("A date is read from eight bytes that are a FILETIME")
 {
     constexpr uint64_t day = 133'912'224'000'000'000;
     CHECK(DateOf(FileTimeProperty(day), types::propertyFileTime) == Known("2025-05-09"));

@@ -8,7 +8,7 @@ namespace orvel::shared::inventory {
 
 namespace {
 
-TEST_CASE("Vendors have the names that people use")
+TEST_CASE("Vendors have their common names")
 {
     CHECK(std::string(VendorName(0x10DE)) == "NVIDIA");
     CHECK(std::string(VendorName(0x1002)) == "AMD");
@@ -28,7 +28,7 @@ TEST_CASE("Problems have the names of their constants, without the prefix")
     CHECK(ProblemName(58) == nullptr);
 }
 
-TEST_CASE("Connectors have names, but for the number that is not used")
+TEST_CASE("Every connector number has a name, except the unused one")
 {
     CHECK(std::string(ConnectorName(5)) == "HDMI");
     CHECK(std::string(ConnectorName(0x80000000)) == "internal");

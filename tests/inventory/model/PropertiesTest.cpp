@@ -12,7 +12,7 @@ namespace {
 
 using P = Property;
 
-TEST_CASE("Every property has a name of its own, a description and a source")
+TEST_CASE("Every property has a unique name, a description and a source")
 {
     std::set<std::string> names;
     for (std::size_t index = 0; index < propertyCount; ++index) {
@@ -28,7 +28,7 @@ TEST_CASE("Every property has a name of its own, a description and a source")
     CHECK_FALSE(FindProperty("Name"));
 }
 
-TEST_CASE("A unit in a property's name is the one in its row")
+TEST_CASE("The unit in a property's name is the unit in its row")
 {
     for (std::size_t index = 0; index < propertyCount; ++index) {
         const auto& row = RowOf(static_cast<Property>(index));
@@ -41,7 +41,7 @@ TEST_CASE("A unit in a property's name is the one in its row")
     }
 }
 
-TEST_CASE("A vendor's own sources serve the vendor's cards only")
+TEST_CASE("A vendor's own sources are used for the vendor's cards only")
 {
     constexpr unsigned nvidia = 0x10DE, amd = 0x1002, intel = 0x8086;
     CHECK(IsForVendor(P::BoardMemoryBytes, Source::Nvml, nvidia));

@@ -21,7 +21,7 @@ namespace {
 
 constexpr HRESULT refusedByDxgi = static_cast<HRESULT>(0x887A0001);
 
-/// The one platform of the moment; its parts are used by one thread each, but for the threads themselves.
+/// The only platform at a time. One thread uses each part, except the part for threads.
 struct State {
     Fault fault;
     HANDLE goOn = nullptr;
@@ -35,7 +35,7 @@ struct State {
 };
 State* state = nullptr;
 
-/// Counts a call; true where it goes wrong.
+/// Counts a call; true if it must go wrong.
 bool GoesWrong(Source source)
 {
     const int number = state->calls[static_cast<std::size_t>(source)]++;
@@ -52,7 +52,7 @@ bool GoesWrong(Source source)
 // --- SetupAPI ---
 
 struct NumberedProperty {
-    DWORD format; ///< how its format id begins
+    DWORD format; ///< the first part of the format id
     DWORD number;
     DeviceProperty property;
 };
@@ -230,7 +230,7 @@ LONG WINAPI DisplayDeviceInfo(DISPLAYCONFIG_DEVICE_INFO_HEADER* header)
 
 // --- DXGI ---
 
-/// Counts no references: it lives as long as the platform.
+/// Has no reference count, because it lives as long as the platform.
 template <typename Interface>
 class Immortal : public Interface {
 public:
@@ -297,7 +297,7 @@ public:
 FakeFactory factory;
 const auto dxgi = reinterpret_cast<HMODULE>(&factory);
 
-// The functions that are replaced for everybody, as they were.
+// The original functions that are replaced in every module.
 decltype(&::GetProcAddress) realGetProcAddress = nullptr;
 decltype(&::FreeLibrary) realFreeLibrary = nullptr;
 decltype(&::CreateThread) realCreateThread = nullptr;

@@ -16,28 +16,28 @@ struct Fault {
     int number = 0;
 };
 
-/// What the library sees of Windows, as long as it lives: two equal cards with different memory, a display each, their
-/// driver keys, and no DXCore. One call at most goes wrong.
+/// Replaces Windows for the library during its lifetime: two equal cards with different memory, a display each, and their
+/// driver keys; no DXCore. At most one call goes wrong.
 class FakePlatform {
 public:
     explicit FakePlatform(const Fault& fault);
     FakePlatform(const FakePlatform&) = delete;
     FakePlatform& operator=(const FakePlatform&) = delete;
 
-    /// Ends what hangs, and the library's threads.
+    /// Ends hanging calls, and the library's threads.
     ~FakePlatform();
 
-    /// How often a source was called until now.
+    /// The number of calls of a source so far.
     int Calls(Source source) const;
 
-    /// Whether the call that goes wrong was one for a LUID, by which the others are matched.
+    /// Whether the call that went wrong reads a LUID, which the matching of the other sources needs.
     bool IsLuidRefused() const;
 
 private:
     std::deque<tests::ReplacedImport> replaced;
 };
 
-/// What a refused call of a source says.
+/// The error code of a failed call of a source.
 int64_t RefusalOf(Source source);
 
 } // namespace orvel::shared::inventory

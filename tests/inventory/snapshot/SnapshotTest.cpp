@@ -1,5 +1,4 @@
-// What a snapshot makes of sources that refuse, or do not answer. Windows' functions are replaced where the library calls
-// them.
+// Snapshots with sources that fail or do not answer. The library's calls of Windows functions are redirected.
 
 #include "../Print.h"
 
@@ -32,9 +31,9 @@ const Answer& EndOf(const Findings& findings, Source source)
     return findings.sources[static_cast<std::size_t>(source)].end;
 }
 
-HANDLE goOn = nullptr; // what hanging functions wait for
+HANDLE goOn = nullptr; // hanging functions wait for this event
 
-/// A source hangs as long as it lives; then it goes on, and has time to.
+/// Makes a source hang during its lifetime. The destructor lets the source continue, and waits until it has.
 class Hanging {
 public:
     Hanging() { goOn = ::CreateEventW(nullptr, TRUE, FALSE, nullptr); }
@@ -101,9 +100,9 @@ ReplacedImport Replace(const wchar_t* dll, const char* name, Function* replaceme
     return {TestModule(), dll, name, reinterpret_cast<void*>(replacement)};
 }
 
-TEST_CASE("A source that does not answer is abandoned, and the others are there")
+TEST_CASE("A source that does not answer is abandoned, and the others have their values")
 {
-    TakeSnapshot(At(Depth::Graphics, 60'000)); // the first one takes Wine long
+    TakeSnapshot(At(Depth::Graphics, 60'000)); // the first snapshot takes long under Wine
     const Hanging hanging;
     const auto replaced = Replace(L"setupapi.dll", "SetupDiGetClassDevsW", &HangingClassDevs);
     const auto start = std::chrono::steady_clock::now();
@@ -117,7 +116,7 @@ TEST_CASE("A source that does not answer is abandoned, and the others are there"
     CHECK(EndOf(findings, Source::Dxgi).reason != Reason::NoAnswer);
 }
 
-TEST_CASE("A driver key that does not answer leaves SetupAPI's values")
+TEST_CASE("If a driver key does not answer, SetupAPI's values stay")
 {
     const auto healthy = TakeSnapshot(At(Depth::System));
     const Hanging hanging;
@@ -131,7 +130,7 @@ TEST_CASE("A driver key that does not answer leaves SetupAPI's values")
     }
 }
 
-TEST_CASE("A display configuration that does not answer leaves the rest")
+TEST_CASE("If the display configuration does not answer, the values of all other sources stay")
 {
     const Hanging hanging;
     const auto replaced = Replace(L"user32.dll", "GetDisplayConfigBufferSizes", &HangingBufferSizes);
@@ -143,7 +142,7 @@ TEST_CASE("A display configuration that does not answer leaves the rest")
     }
 }
 
-TEST_CASE("A source that refuses has failed with its number")
+TEST_CASE("A source that returns an error has failed with that code")
 {
     SUBCASE("SetupAPI")
     {
@@ -170,7 +169,7 @@ TEST_CASE("A source that refuses has failed with its number")
     }
 }
 
-TEST_CASE("Without DXGI and DXCore their values are unavailable")
+TEST_CASE("Without DXGI and DXCore, their values are unavailable")
 {
     const auto replaced = Replace(L"kernel32.dll", "LoadLibraryExW", &NoLibrary);
     const auto findings = TakeSnapshot(At(Depth::Graphics));
@@ -179,7 +178,7 @@ TEST_CASE("Without DXGI and DXCore their values are unavailable")
     CHECK(EndOf(findings, Source::SetupApi) == Known(true));
 }
 
-TEST_CASE("Where no thread starts, every source has failed with the reason")
+TEST_CASE("If no thread can be started, every source has failed with that reason")
 {
     const auto replaced = Replace(L"kernel32.dll", "CreateThread", &NoThread);
     const auto findings = TakeSnapshot(At(Depth::Graphics));
@@ -189,14 +188,14 @@ TEST_CASE("Where no thread starts, every source has failed with the reason")
     CHECK(findings.cards.empty());
 }
 
-TEST_CASE("A slot gives what was put into it, once it is there")
+TEST_CASE("A slot returns its content once it is filled")
 {
     Slot<int> slot;
     Answer end;
     CHECK_FALSE(slot.Take(0, end));
     CHECK(end == NoAnswer());
     slot.Put(7);
-    slot.Close(5); // too late to matter
+    slot.Close(5); // too late to have an effect
     CHECK(slot.Take(0, end) == 7);
     CHECK(end == Known(true));
 
@@ -206,7 +205,7 @@ TEST_CASE("A slot gives what was put into it, once it is there")
     CHECK(end == Failed(5));
 }
 
-TEST_CASE("What a thread's work throws is lost, and the process goes on")
+TEST_CASE("An exception in a thread's work is dropped, and the process continues")
 {
     const auto done = std::make_shared<Slot<int>>();
     CHECK(StartThread([] { throw 1; }) == 0);

@@ -1,5 +1,5 @@
-// Every call that a snapshot makes is refused once and hangs once. Then the values of this source change and say so, and no
-// other value does.
+// Every call that a snapshot makes fails once and hangs once. Then exactly the values of that source change, and they report
+// the failure.
 
 #include "../Print.h"
 
@@ -42,7 +42,7 @@ int CallsOf(const Run& run, Source source)
     return run.calls[static_cast<std::size_t>(source)];
 }
 
-/// The card of a bus, which its instance id ends with, or whatever else distinguishes the two.
+/// Whether the card is on this bus: by the end of its instance id, or by whatever else distinguishes the two cards.
 bool IsOnBus(const Card& card, uint64_t bus)
 {
     const auto id = TextOf(card.Of(P::InstanceId));
@@ -62,27 +62,28 @@ const Card& CardOnBus(const Run& run, uint64_t bus)
     throw std::runtime_error("no card on bus " + std::to_string(bus));
 }
 
-/// Whether a value has another source now, or might have it at a greater depth.
+/// Whether another source has replaced the value, or could at a greater depth.
 bool HasOtherSource(const Value& value, const Value& before, Source source)
 {
     const bool isOther = IsKnown(value) || (value.status == Status::NotAsked && DepthOf(*value.source) == Depth::Drivers);
     return isOther && before.source == source && value.source != source;
 }
 
-/// Whether a value that has changed says that its source was refused.
+/// Whether a changed value reports that its source failed.
 bool SaysRefused(const Value& value, Source source)
 {
     return value.status == Status::Failed && value.source == source && value.code == RefusalOf(source);
 }
 
-/// Without its LUID one of two equal cards cannot be distinguished from the other. The driver key still has its memory.
+/// Without its LUID, one of two equal cards cannot be distinguished from the other. Its memory still comes from the driver
+/// key.
 bool IsUnmatched(const Value& value, const Value& before, const Run& run)
 {
     const bool isSame = value.source == Source::DriverKey && value.data == before.data;
     return run.isLuidRefused && (isSame || value.reason == Reason::CannotTell || value.reason == Reason::NoLuid);
 }
 
-/// A display whose name is refused is there without a name.
+/// A display whose name cannot be read is listed without a name.
 bool LacksDisplayName(const Value& value, Property property)
 {
     const auto* displays = std::get_if<Displays>(&value.data);
@@ -111,7 +112,7 @@ int CheckChanges(const Run& run, const Run& healthy, Source source)
     return changes;
 }
 
-TEST_CASE("The healthy platform has two cards, which nothing mixes up")
+TEST_CASE("The two equal cards of the healthy platform each have their own values")
 {
     const auto healthy = RunWith({});
     REQUIRE(healthy.findings.cards.size() == 2);
@@ -130,7 +131,7 @@ TEST_CASE("The healthy platform has two cards, which nothing mixes up")
     CHECK(std::get<Displays>(second.Of(P::Displays).data).at(0).refreshMillihertz == 60'000);
 }
 
-TEST_CASE("Each call that is refused changes the values of its source, and they say so")
+TEST_CASE("Each failed call changes only the values of its source, and they report the failure")
 {
     const auto healthy = RunWith({});
     for (const auto source : askedSources) {
@@ -152,7 +153,7 @@ TEST_CASE("Each call that is refused changes the values of its source, and they 
     }
 }
 
-TEST_CASE("Each call that hangs takes all values of its source, and of no other")
+TEST_CASE("Each call that hangs loses all values of its source, and of no other source")
 {
     const auto healthy = RunWith({});
     for (const auto source : {Source::DriverKey, Source::DisplayConfig, Source::Dxgi}) {
@@ -179,7 +180,7 @@ TEST_CASE("Each call that hangs takes all values of its source, and of no other"
     }
 }
 
-TEST_CASE("Where SetupAPI hangs, DXGI's adapters are the cards")
+TEST_CASE("If SetupAPI hangs, DXGI's adapters are the cards")
 {
     const auto healthy = RunWith({});
     for (int number = 0; number < CallsOf(healthy, Source::SetupApi); number += 7) {
