@@ -1,4 +1,4 @@
-# The tests of the units that know no Windows header: built for Windows, and natively with the sanitizers.
+# The tests of the units that include no Windows header. They are built for Windows, and natively with the sanitizers.
 set(pure_tests
     formulas/LocationTextTest.cpp
     formulas/MemoryBandwidthTest.cpp

@@ -114,7 +114,7 @@ std::vector<Fault> AllFaults()
     return all;
 }
 
-/// Calls whose failure has another name in a machine file; an empty name means that no machine can make the call fail.
+/// Calls whose failure has another name in a machine file; none where no machine can fail them.
 const std::map<std::string, std::string> otherNames = {{"query", "/wmi/failures"},
                                                        {"DwmIsCompositionEnabled", "/dwm"},
                                                        {"CreateDXGIFactory", "/dxgi/factory"},

@@ -68,7 +68,7 @@ std::vector<Fault> NvmlFaults();
 std::vector<Fault> AdlFaults();
 std::vector<Fault> AdlxFaults();
 
-// Common kinds of faults.
+// Faults of the usual kinds.
 Fault Setting(const Pointer& path, const Json& value, const Consequence& expected);
 Fault Removing(const Pointer& path, const Consequence& expected);
 /// The interface lacks the function.

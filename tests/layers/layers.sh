@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# No folder includes one above it: layers.sh SOURCE
+# layers.sh SOURCE: checks that each folder includes only the folders that it may.
 set -uo pipefail
 source=$1
 export LC_ALL=C.UTF-8
@@ -11,10 +11,10 @@ source "$source/tests/support/checks.sh"
 layers=(src/formulas src/platform wmi-client src/system include src/record src/vendors
     src/vendors/intel src/vendors/nvidia src/vendors/amd src/run src/abi)
 
-# The inventory's own. It shares what knows no graphics card.
+# The inventory's own layers. It shares only the layers of the library that are independent of the record.
 inventory_layers=(inventory/model inventory/sources inventory/matching inventory/json inventory/snapshot inventory/interface)
 
-# Around them, what each folder may include besides itself.
+# The other folders, with the folders that each may include besides itself.
 declare -A around=(
     [simulation]="src/formulas src/platform simulation/include"
     [fallback]=""
@@ -40,14 +40,14 @@ for layer in "${inventory_layers[@]}"; do
 done
 around[simulation/include]=""
 
-# folder_of FILE: the longest of the folders above that it is in.
+# folder_of FILE: the innermost of these folders that contains the file.
 folder_of() {
     local folder=${1%/*}
     while [[ $folder == */* && ! -v around[$folder] ]]; do folder=${folder%/*}; done
     echo "$folder"
 }
 
-# file_of FILE INCLUDE: the file that an include in quotes means; nothing for one that is not ours.
+# file_of FILE INCLUDE: the file that an include in quotes refers to; empty for an external header.
 file_of() {
     local root
     for root in "${1%/*}" "${1%%/*}" src include wmi-client/include wmi-client/src simulation/include tools simulation inventory bench tests; do
@@ -55,7 +55,7 @@ file_of() {
     done
 }
 
-# wrong_includes: each include of the working directory's files that leads where it must not.
+# wrong_includes: the includes of the working directory's files that violate the rules.
 wrong_includes() {
     local file line include target from to
     while IFS=: read -r file line include; do
@@ -75,7 +75,7 @@ includes_are_right() {
     [ -z "$wrong" ] || { echo "$wrong"; return 1; }
 }
 
-# --- the check itself, on files made for it -----------------------------------------------------------------------------------
+# --- the check itself, on files created for it -----------------------------------------------------------------------------------
 
 mkdir -p "$work"/src/{formulas,run,vendors/{intel,amd}} "$work"/{tools,simulation}
 cd "$work" || exit 1

@@ -1,5 +1,5 @@
-# What property.sh and vendor.sh share: a copy of the tree in which an example is added as the guide says.
-# They are called with SOURCE BUILD WINE, and leave the copy in BUILD/newcomer/NAME for the next time.
+# Shared by property.sh and vendor.sh: a copy of the tree, to which an example is added as the guide describes. The arguments are
+# SOURCE BUILD WINE. The copy stays in BUILD/newcomer/NAME, so that the next run builds faster.
 export LC_ALL=C.UTF-8
 source=$1
 build=$2
@@ -11,7 +11,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 source "$source/tests/support/checks.sh"
 
-# The tree as it is, with what the build has fetched. What is built in the copy stays for the next time.
+# Copies the current tree and the fetched dependencies. Build results in the copy stay for the next run.
 new_copy() {
     mkdir -p "$copy/build"
     find "$copy" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} +
@@ -22,7 +22,7 @@ new_copy() {
     mkdir "$original"
 }
 
-# keep FILE: remembers how it was, and that it was edited.
+# keep FILE: saves the original of a file that is about to be edited.
 edited=()
 keep() {
     edited+=("$1")
@@ -60,7 +60,7 @@ build_targets() {
 # run_tests NAME ARGS…: the tests of orvel-NAME-tests.dll.
 run_tests() { (cd "$copy/build/bin" && "$wine" orvel-test-runner.exe "orvel-$1-tests.dll" "${@:2}" </dev/null); }
 
-# says_so FILE COMMAND…: without the edit of the file the command fails, and names the file.
+# says_so FILE COMMAND…: without the edit of the file the command fails, and its output names the file.
 says_so() {
     local file=$1
     cp "$copy/$file" "$work/edited"

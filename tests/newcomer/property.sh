@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# A property is added as docs/adding-a-property.md says; then each of its edits is left out in turn. property.sh SOURCE BUILD WINE
+# property.sh SOURCE BUILD WINE: adds a property as docs/adding-a-property.md describes, then omits each of the edits in turn.
 set -uo pipefail
 source "$1/tests/newcomer/newcomer.sh"
 

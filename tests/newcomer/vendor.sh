@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A vendor that only WMI describes is added as docs/adding-a-vendor.md says; then each edit of a file that was there is left
-# out in turn. vendor.sh SOURCE BUILD WINE
+# vendor.sh SOURCE BUILD WINE: adds a vendor with WMI as its only source as docs/adding-a-vendor.md describes, then omits each edit
+# of an existing file in turn.
 set -uo pipefail
 source "$1/tests/newcomer/newcomer.sh"
 files=$source/tests/newcomer/vendor
@@ -24,7 +24,7 @@ sed -i 's/{"NVIDIA", Create<Nvidia>}/&, {"Example", Create<Example>}/' "$copy/$r
 insert src/CMakeLists.txt after '^    vendors/BaseGraphicCard.cpp' '    vendors/example/Example.cpp'
 insert tests/CMakeLists.txt before '^    vendors/intel/IntelTest.cpp' '    vendors/example/ExampleTest.cpp'
 insert machines/README.md before '^\| `hybrid-laptop` ' '| `example-desktop` | A desktop whose vendor has no interface of its own. |'
-# The column of the table: what WMI gives, and none for everything else that not every vendor has.
+# The vendor's column of the table: WMI's values, and "none" for every other property that not all vendors have.
 table=properties/properties.toml
 keep $table
 python3 - "$copy/$table" <<'END'

@@ -1,6 +1,6 @@
-// Puts a machine in place on one thread and enumerates on another: apartments MACHINE PLUGIN early|late MAIN WORKER, where
-// MAIN is sta or mta, and WORKER one of them, or "none" for a thread without COM, or "idle" for no enumeration. PLUGIN
-// enumerates; it is loaded before the machine is in place (early) or afterwards (late). The same in every ABI.
+// apartments MACHINE PLUGIN early|late MAIN WORKER: puts a machine in place on one thread and enumerates on another. MAIN is
+// sta or mta; WORKER is sta, mta, "none" for a thread without COM, or "idle" for no enumeration. PLUGIN enumerates; it is
+// loaded before the machine is in place (early) or afterwards (late). The source is the same for every ABI.
 
 #include <stdio.h>
 #include <string.h>

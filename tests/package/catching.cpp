@@ -1,9 +1,9 @@
-// A host in MSVC's ABI that catches what the library may throw.
+// A host in MSVC's ABI that catches every exception that the library may throw.
 
 #include <stdio.h>
 #include <string.h>
 
-// As MSVC's standard library declares them.
+// Declared as in MSVC's standard library.
 namespace std {
 class exception {
 public:
@@ -42,7 +42,7 @@ static void Catch(const char* name, void (*operation)())
     }
 }
 
-/// A host that keeps an exception and throws it again when another one was thrown meanwhile, as with std::exception_ptr.
+/// Keeps an exception while another one is thrown, and then rethrows it, as a host does with std::exception_ptr.
 static void ThrowKept(void (*first)(), void (*second)())
 {
     try {
@@ -66,7 +66,7 @@ static const char* TextOf(void (*operation)())
     try {
         operation();
     } catch (const std::exception& error) {
-        return error.what(); // a copy of the exception would share it
+        return error.what(); // a copy of the exception would share this text
     }
     return "";
 }

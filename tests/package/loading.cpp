@@ -1,4 +1,4 @@
-// Loads a plug-in by its full path in each way that there is: loading PLUGIN. The same in every ABI.
+// loading PLUGIN: loads a plug-in by its full path with each set of flags. The source is the same for every ABI.
 
 #include <stdio.h>
 

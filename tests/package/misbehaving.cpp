@@ -1,4 +1,5 @@
-// A host that does what a host should not, or seldom does: misbehaving MACHINE SCENARIO. The same in every ABI.
+// misbehaving MACHINE SCENARIO: a host that does what a host should not do, or seldom does. The source is the same for every
+// ABI.
 
 #include <stdio.h>
 #include <string.h>
@@ -12,7 +13,7 @@
 
 using namespace orvel::shared::enumeration;
 
-// Makes an object where the host wants it, without <new>, which MSVC's ABI does not have here.
+// Placement new without <new>, which is not available here for MSVC's ABI.
 struct Place {
     void* At;
 };
@@ -41,7 +42,7 @@ void Throw(int, const char*, const char*, void* context)
 void ReplaceItself(int, const char* function, const char* message, void* context)
 {
     SetGraphicCardLog(Count, 6, &otherLines);
-    if (*function != '\0' && *message != '\0') { // both are valid still
+    if (*function != '\0' && *message != '\0') { // both are still valid
         ++*static_cast<int*>(context);
     }
 }
@@ -67,7 +68,7 @@ FloatingPoint Now()
     return now;
 }
 
-// Every trap except that of an inexact result, which hosts leave masked.
+// Every floating-point trap except that for inexact results, which hosts leave masked.
 constexpr FloatingPoint trapping = {0x1000, 0x0360};
 
 void Unmask()
@@ -87,7 +88,7 @@ void PrintTraps()
 {
     const FloatingPoint now = Now();
     const FloatingPoint masked = {0x1F80, 0x037F};
-    __asm__ volatile("ldmxcsr %0" : : "m"(masked.Sse)); // printf may not be made for traps
+    __asm__ volatile("ldmxcsr %0" : : "m"(masked.Sse)); // printf may fail with traps
     __asm__ volatile("fldcw %0" : : "m"(masked.X87));
     printf("traps kept: %d\n", (now.Sse & 0xFFC0U) == trapping.Sse && now.X87 == trapping.X87);
 }
@@ -112,7 +113,7 @@ void Enumerate(bool isTrapping)
     delete cards;
 }
 
-/// Destroys an enumeration twice, which only looks at what the first destruction has left.
+/// Destroys an enumeration twice. The second destructor may only read what the first has left.
 void DestroyTwice()
 {
     alignas(GraphicCardEnumeration) unsigned char storage[sizeof(GraphicCardEnumeration)];

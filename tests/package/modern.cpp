@@ -1,4 +1,4 @@
-// A host of GraphicCards, and one that checks the library's version: the same in every ABI.
+// A host that uses GraphicCards and checks the library's version. The source is the same for every ABI.
 
 #include <stdio.h>
 
@@ -41,7 +41,7 @@ int main(int argc, char** argv)
     GraphicCards cards;
     Print("none yet", cards);
     cards = Enumerated();
-    cards.Enumerate(); // again: the former records go
+    cards.Enumerate(); // a second time: the previous records are released
     Print("again", cards);
     GraphicCards moved = static_cast<GraphicCards&&>(cards);
     Print("moved from", cards);

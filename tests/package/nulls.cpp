@@ -1,4 +1,4 @@
-// A host that passes null to the simulation: nulls MACHINE. The same in every ABI.
+// nulls MACHINE: a host that passes null to the simulation. The source is the same for every ABI.
 
 #include <stdio.h>
 

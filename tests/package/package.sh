@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The package as its users meet it: everything here comes from the unpacked zip. package.sh ZIP SOURCE BUILD WINE
+# package.sh ZIP SOURCE BUILD WINE: tests the package as its users get it. Everything tested comes from the unpacked zip.
 set -uo pipefail
 zip=$1
 source=$2
@@ -43,7 +43,7 @@ mingw_project() {
         -DCMAKE_PREFIX_PATH="$package" \
         -DPLOG_INCLUDE="$build/deps/include" && ninja -C "$2"
 }
-run() { "$wine" "$@" </dev/null | tr -d '\r'; } # the C library writes the line ends of Windows
+run() { "$wine" "$@" </dev/null | tr -d '\r'; } # Windows programs write CR LF
 
 check "the sum beside the zip is the zip's" sh -c "cd '$(dirname "$zip")' && sha256sum --check '$name.zip.sha256'"
 # cmake_lists FOLDER LINE…: a project of these lines.
@@ -56,7 +56,7 @@ for example in "$package"/examples/*/; do
     check "the example $example builds with MinGW from find_package" mingw_project "$package/examples/$example" "$example"
 done
 flags() { PKG_CONFIG_PATH=$package/lib/pkgconfig pkg-config --cflags --libs "$@"; }
-pkg_config_host() { # SOURCE PROGRAM MODULE…: the flags have quotes for the shell, as the folder's name has a space
+pkg_config_host() { # SOURCE PROGRAM MODULE…: the flags quote the folder's name, which contains a space, for the shell
     eval x86_64-w64-mingw32-g++-posix -std=c++17 -static '"$1"' -o '"$2"' "$(flags "${@:3}")"
 }
 check "the plain example builds with the flags of pkg-config" pkg_config_host "$package/examples/plain/main.cpp" \
@@ -108,7 +108,7 @@ check "a wrong unit test fails" grep -q 'finds-both-chips (Failed)' <(unit_tests
 # --- the inventory -----------------------------------------------------------------------------------------------------------
 
 inventory_library=$package/lib/orvel-graphic-cards-inventory.lib
-# The library's documents are the same for every host; its DLL needs none of the others.
+# Every host gets the same documents; the inventory's DLL needs no other DLL of the package.
 msvc_c_host() { # SOURCE PROGRAM LIBRARY…: a C program in MSVC's ABI
     clang --target=x86_64-pc-windows-msvc -std=c99 -isystem "$here/msvc-crt" -Wall -Wextra -Wpedantic -Werror \
         "-I$package/include" -c "$1" -o "$2.obj" &&
@@ -134,7 +134,7 @@ x86_64-w64-mingw32-objdump -p "$package/bin/orvel-graphic-cards-inventory.dll" |
     sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '/^\t\[/ { print $NF }' | sort >exported.txt
 check "the inventory exports what its header declares, and nothing else" same declared.txt exported.txt
 
-# The plug-in in a folder of its own, loaded in every way by a host elsewhere.
+# A plug-in in its own folder, loaded in every way by a host in another folder.
 check "a host that loads a plug-in builds in MSVC's ABI" msvc_host "$here/loading.cpp" loading-msvc
 check "a host that loads a plug-in builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/loading.cpp" \
     -o loading-mingw.exe -lole32
@@ -218,7 +218,7 @@ for file in bin/orvel-graphic-cards-inventory.dll lib/liborvel-graphic-cards-inv
     mv missing "another copy/$file"
 done
 
-# The overlay port's files, as vcpkg would lay them out.
+# Installs the overlay port's files as vcpkg would.
 printf '%s\n' "function(vcpkg_install_copyright)" "endfunction()" \
     "include(\"$package/ports/orvel-graphic-cards-enumeration/portfile.cmake\")" >port.cmake
 check "the port takes the package" env ORVEL_GRAPHIC_CARDS_PACKAGE="$package" cmake -DPORT=orvel-graphic-cards-enumeration \
@@ -258,13 +258,13 @@ check "the package's command-line tool runs on a machine of the package" run "$p
     --machine "$machines/workstation.json"
 check "it starts on this computer with the substitute nvml.dll" run "$package/bin/orvel-graphic-cards.exe"
 
-# Every getter, and the constructor's arguments, as the header declares them.
+# Every getter and every argument of the constructor that the header declares.
 getters=$(sed -n 's/^    .* \(Get[A-Za-z]*\)() const;$/        Print("\1", card.\1());/p' "$package/include/GraphicCardInfo.h")
 arguments=$(sed -n 's/^    \(unsigned int\|const char\*\|bool\|float\) [A-Z][A-Za-z]*;$/\1/p' "$package/include/GraphicCardInfo.h" |
     awk '{ type = $0 }
         type == "unsigned int" { print NR "U" }
         type == "const char*" { print "\"t" NR "\"" }
-        type == "bool" { print(NR % 2 ? "false" : "true") } # neighbours differ
+        type == "bool" { print(NR % 2 ? "false" : "true") } # adjacent arguments differ
         type == "float" { print NR ".5F" }' | paste -sd, -)
 fields=$(sed -n 's/^    \(unsigned int\|const char\*\|bool\|float\) \([A-Z][A-Za-z]*\);$/Get\2/p' "$package/include/GraphicCardInfo.h")
 awk -v getters="$getters" -v arguments="$arguments" '/@GETTERS@/ { print getters; next }
@@ -281,7 +281,7 @@ check "a host that reads every getter builds with MinGW" x86_64-w64-mingw32-g++-
     "-I$package/include" "-I$package/simulation/include" -o getters-mingw.exe \
     "-L$package/lib" -lorvel-graphic-cards-enumeration "-L$package/simulation/lib" -lorvel-simulation -lole32
 jq '.wmi.failures = [{"contains": "SELECT Speed", "status": "0x80041001"}]' "$machines/intel-laptop.json" >throws.json
-# What a record of the constructor's arguments has to print: the number of each field, in its type's form.
+# The expected output for a record of these arguments: each field with the number of its position, written as its type.
 paste -d= <(echo "$fields") <(echo "$arguments" | tr , '\n' | sed 's/[UF]$//; s/"//g') | sed 's/^/built /' >built.txt
 for machine in "$machines/workstation.json" throws.json; do
     run getters-mingw.exe "$machine" >mingw.txt 2>&1
@@ -315,7 +315,7 @@ check "a host that misbehaves builds in MSVC's ABI" msvc_host "$here/misbehaving
 check "a host that misbehaves builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/misbehaving.cpp" \
     "-I$package/include" "-I$package/simulation/include" -o misbehaving-mingw.exe \
     "-L$package/lib" -lorvel-graphic-cards-enumeration "-L$package/simulation/lib" -lorvel-simulation -lole32
-# survives SCENARIO MACHINE LINE…: both hosts print these lines, and leave nothing open.
+# survives SCENARIO MACHINE LINE…: the MSVC and the MinGW host print these lines, and leave nothing open.
 survives() {
     local scenario=$1 machine=$2 abi
     printf '%s\n' "${@:3}" "all closed: true" >expected.txt
@@ -345,7 +345,7 @@ survives traps throws "traps kept: 1" "cards: 0, thrown: 1, lines: 0, other line
 check "a host with two threads builds in MSVC's ABI" msvc_host "$here/apartments.cpp" apartments-msvc "${msvc_libraries[1]}"
 check "a host with two threads builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/apartments.cpp" \
     "-I$package/simulation/include" -o apartments-mingw.exe "-L$package/simulation/lib" -lorvel-simulation -lole32
-# finds CARDS TOUCHED WHEN MAIN WORKER: both hosts count these cards on the workstation.
+# finds CARDS TOUCHED WHEN MAIN WORKER: the MSVC and the MinGW host find this number of cards on the workstation.
 finds() {
     local abi
     for abi in msvc mingw; do
@@ -362,7 +362,7 @@ for when in early late; do
     done
 done
 finds 3 true late mta none # such a thread belongs to the multi-threaded apartment
-finds 0 true late sta none # COM is not initialised there
+finds 0 true late sta none # COM is not initialised on the worker's thread
 finds none false late sta idle
 
 check "a host of nulls builds in MSVC's ABI" msvc_host "$here/nulls.cpp" nulls-msvc "${msvc_libraries[@]}"
@@ -409,7 +409,7 @@ no_std_types() { ! grep -nE 'std::(string|vector|unique_ptr|shared_ptr|map)' "$p
 check "no exported class contains a standard-library type" no_std_types
 for compiler in x86_64-w64-mingw32-gcc-posix "clang --target=x86_64-pc-windows-msvc"; do
     for standard in c99 c17; do
-        # shellcheck disable=SC2086 # the compiler and its option
+        # shellcheck disable=SC2086 # $compiler includes an option
         for header in GraphicCardLog.h OrvelInventory.h; do
             check "$header compiles as $standard with ${compiler%% *}" $compiler "-std=$standard" -Wall -Wextra -Wpedantic \
                 -Werror "-I$package/include" -fsyntax-only -include $header -x c /dev/null
@@ -441,7 +441,7 @@ check "the DLL exports every MSVC name" same msvc-names.txt <(comm -12 exports.t
 check "the DLL exports every GCC name" same gcc-names.txt <(comm -12 exports.txt gcc-names.txt)
 printf 'GetGraphicCardsVersion\nSetGraphicCardLog\n' >c-names.txt
 check "the DLL exports the functions of C" same c-names.txt <(comm -12 exports.txt c-names.txt)
-# GCC has two names for a constructor or destructor, and those that MSVC's names do not lead to.
+# GCC exports two names for each constructor and destructor; no MSVC name refers to the second.
 no_other_exports() {
     ! comm -23 exports.txt <(sort msvc-names.txt c-names.txt) | x86_64-w64-mingw32-c++filt |
         grep -vE '^orvel::shared::enumeration::GraphicCard(Enumeration|Info)::'
@@ -464,7 +464,7 @@ has_version() { # the text of a version resource is UTF-16
     hex=$(printf 'FileVersion\0\0%s\0' "$version" | iconv -t UTF-16LE | xxd -p | tr -d '\n')
     xxd -p "$1" | tr -d '\n' | grep -q "$hex"
 }
-# Base relocations whose page lies in the code would make the loader write to it.
+# Base relocations in code pages would make the loader write to the code.
 has_no_text_relocations() {
     local size vma page start end
     read -r size vma < <(x86_64-w64-mingw32-objdump -h "$1" | awk '$2 == ".text" { print $3, $4 }')

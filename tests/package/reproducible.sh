@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The same sources built in another folder give the same package, byte by byte. reproducible.sh ZIP SOURCE BUILD
+# reproducible.sh ZIP SOURCE BUILD: checks that the same sources in another folder build the same package, byte by byte.
 set -euo pipefail
 zip=$1
 source=$2

@@ -1,4 +1,4 @@
-// Throws every type that may leave the library, in the form for MSVC hosts.
+// Throws every type that the library may throw, translated for MSVC hosts.
 
 #include <new>
 #include <stdexcept>

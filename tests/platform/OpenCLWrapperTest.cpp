@@ -35,13 +35,13 @@ std::string Clock(const std::string& name, const std::string& vendor)
 
 } // namespace
 
-TEST_CASE("A machine without opencl.dll cannot make an OpenCL wrapper")
+TEST_CASE("Without opencl.dll the constructor of the OpenCL wrapper throws")
 {
     Simulate(Json::object());
     CHECK_THROWS_WITH_AS(OpenCLWrapper(), "Failed to load opencl.dll", std::runtime_error);
 }
 
-TEST_CASE("OpenCL texts have the form of their parameter")
+TEST_CASE("Each OpenCL parameter is returned as the text of its type")
 {
     Json gpu = Device("GPU one", 0x10DE);
     gpu["CL_DEVICE_MAX_COMPUTE_UNITS"] = 4294967295U;
@@ -72,7 +72,9 @@ TEST_CASE("CPU devices are ignored")
     Simulate(MachineWith({processor}));
     HostLog log;
     CHECK(Clock("GPU", "") == "");
-    CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetDevices: Failed to get Open CL devices"}); // -1: no such device
+    CHECK(log.Lines ==
+          LogLines{
+              "error OpenCLWrapper::GetDevices: Failed to get Open CL devices"}); // the driver returned -1, device not found
 }
 
 TEST_CASE("A device is matched by its exact name and, if given, its vendor")
@@ -85,7 +87,7 @@ TEST_CASE("A device is matched by its exact name and, if given, its vendor")
     CHECK(Clock("GPU ", "1002") == "");
 }
 
-TEST_CASE("A vendor whose hexadecimal text ends in zeros is only matched without them")
+TEST_CASE("A vendor id whose hexadecimal text ends in zeros is only matched without these zeros")
 {
     Simulate(MachineWith({Device("GPU", 0x1000)}));
     CHECK(Clock("GPU", "1000") == "");
@@ -128,7 +130,7 @@ TEST_CASE("An impossible count of platforms or devices is logged as a failed cou
     }
 }
 
-TEST_CASE("A failed platform count without a count and a failed fetch give no platforms")
+TEST_CASE("If the platform count fails without writing a count, or the fetch fails, there are no platforms")
 {
     Json machine = MachineWith({Device("GPU")});
     machine["opencl"]["platforms_count"] = -1001;
@@ -146,7 +148,7 @@ TEST_CASE("A failed platform count without a count and a failed fetch give no pl
     CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetPlatforms: Failed to get Open CL platforms"});
 }
 
-TEST_CASE("A platform whose device count or fetch fails is skipped after its line")
+TEST_CASE("A platform whose device count or fetch fails is logged and skipped")
 {
     for (const char* call : {"devices_count", "devices_fetch"}) {
         CAPTURE(call);
@@ -214,7 +216,7 @@ BOOL WINAPI CountRelease(HMODULE)
 
 } // namespace
 
-TEST_CASE("Every failed call releases the module once more, and the wrapper stays usable")
+TEST_CASE("Every failed call releases the module one time too many, and the wrapper stays usable")
 {
     Json gpu = Device("GPU");
     gpu.erase("CL_DEVICE_MAX_CLOCK_FREQUENCY");
@@ -242,7 +244,7 @@ cl_int CL_API_CALL WriteNothing(cl_device_id, cl_device_info, size_t, void* valu
 {
     if (bytes) {
         *bytes = 400;
-        // So that memory of this size is not zero by chance.
+        // Makes sure that freed memory of this size is not zero by chance.
         for (void*& block : dirtyBlocks) {
             block = std::memset(std::malloc(*bytes), 0xAA, *bytes);
         }
@@ -260,7 +262,7 @@ FARPROC WINAPI FindWriteNothing(HMODULE, LPCSTR)
 
 } // namespace
 
-TEST_CASE("A value whose size the driver reports but which it does not write is empty or 0")
+TEST_CASE("A value whose size the driver reports, but which it does not write, is empty or 0")
 {
     Simulate(MachineWith({Device("GPU")}));
     const OpenCLWrapper opencl;

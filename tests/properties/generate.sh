@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What is made from the table of the properties and from the public headers, and the mistakes in the table that are noticed.
-# generate.sh SOURCE
+# generate.sh SOURCE: checks that the generated files match the property table and the public headers, and that errors in the
+# table are reported.
 set -uo pipefail
 source=$1
 export LC_ALL=C.UTF-8
@@ -15,7 +15,7 @@ definition_is_generated() {
 check "the files are as properties/properties.toml has them" "$source/properties/generate.py" --check
 check "the MSVC names are those of the headers" definition_is_generated
 
-# names_mistake MESSAGE FILE SED: a copy in which the file is edited so is refused with the message.
+# names_mistake MESSAGE FILE SED: after this edit of the file in a copy, the generator fails with this message.
 names_mistake() {
     cp -r "$source"/{properties,include,src,tools,docs} "$work/"
     sed -i -E "$3" "$work/$2"

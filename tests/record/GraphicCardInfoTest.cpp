@@ -25,8 +25,8 @@ using orvel::tools::propertyCount;
 
 namespace {
 
-/// What hosts rely on: the constructor's parameters and the members in memory have this order and these types. A property is
-/// added at the end, and none is ever moved.
+/// Hosts rely on the order and types of the constructor's parameters and of the members in memory. New properties are added
+/// at the end, and none is ever moved.
 constexpr const char* contract[] = {
     "unsigned int AvailabilityCode",
     "const char* AvailabilityStatus",
@@ -159,20 +159,20 @@ TEST_CASE("A record copies its texts, byte by byte up to the NUL")
 }
 
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // hosts are warned of it
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // the assignment is deprecated
 TEST_CASE("An assigned record intentionally shares the source's texts")
 {
     const auto source = Make(Same(0, "source"));
     auto target = Make(Same(0, "target"));
     CHECK(&(*target = *source) == target.get());
     CHECK(target->GetCardName() == source->GetCardName());
-    (void)target.release(); // only one of the two may be destroyed
+    (void)target.release(); // both records share their texts, so only one may be destroyed
 }
 #pragma GCC diagnostic pop
 
 TEST_CASE("A destroyed record's texts are null, and destroying it again releases nothing")
 {
-    // Zeros but for the texts' addresses, which are looked at as bytes: the object has ended.
+    // Only the addresses of the texts are not zero. They are read as bytes, because the object no longer exists.
     alignas(GraphicCardInfo) unsigned char storage[sizeof(GraphicCardInfo)] = {};
     auto* card = Make(storage, Same(0, "text"));
     CHECK(std::count(std::begin(storage), std::end(storage), 0) < std::ssize(storage));
@@ -181,7 +181,7 @@ TEST_CASE("A destroyed record's texts are null, and destroying it again releases
     card->~GraphicCardInfo();
 }
 
-TEST_CASE("A destroyed record has released every text")
+TEST_CASE("The destructor of a record releases every text")
 {
     const std::string longText(100'000, 'x');
     for (size_t i = 0; i < propertyCount; ++i) {
@@ -193,7 +193,7 @@ TEST_CASE("A destroyed record has released every text")
     }
 }
 
-TEST_CASE("One body zero-fills under the names of both classes and both compilers")
+TEST_CASE("The zero-filling functions of both classes and both compilers are the same function")
 {
     const HMODULE library = ::GetModuleHandleW(L"orvel-graphic-cards-enumeration.dll");
     std::set<FARPROC> bodies;
@@ -210,7 +210,7 @@ TEST_CASE("One body zero-fills under the names of both classes and both compiler
     CHECK(bodies.size() == 1);
 }
 
-TEST_CASE("Zero-filling reaches the given size and no further")
+TEST_CASE("Zero-filling stops at the given size")
 {
     alignas(GraphicCardInfo) unsigned char storage[sizeof(GraphicCardInfo)];
     std::memset(storage, 0xAA, sizeof(storage));

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh PROJECT FOLDER RELEASE MIRROR ZIP: the README's two commands on a minimal Debian system of that release, as root and with
-# nothing else installed, then the demo as a plain user. The system is made in FOLDER. ZIP, a package that this system has built,
-# is tested there; the package that is built there is left in FOLDER.
+# run.sh PROJECT FOLDER RELEASE MIRROR ZIP: creates a minimal Debian system of that release in FOLDER, and runs the README's two
+# commands there as root, then the demo as a plain user. Also tests ZIP, a package built on this system, there. The package that is
+# built there stays in FOLDER.
 set -euo pipefail
 project=$1
 folder=$2
@@ -9,7 +9,7 @@ release=$3
 mirror=$4
 zip=$5
 
-# The mounts belong to a namespace that ends with this script, so nothing outside can see them or delete through them.
+# The mounts are in a namespace that ends with this script, so no other process can see them or delete files through them.
 if [ "${ORVEL_OWN_MOUNTS:-}" != $PPID ]; then
     exec unshare --mount --fork -- env ORVEL_OWN_MOUNTS=$$ "$0" "$@"
 fi
@@ -37,7 +37,7 @@ mount --rbind /dev "$system/dev"
 step "cloning the committed tree"
 mkdir -p "$system${inner%/*}"
 git -c safe.directory='*' clone --quiet --no-hardlinks "$project" "$system$inner"
-if [ -n "$zip" ]; then cp "$zip"* "$system/tmp/"; fi # the sum beside it too
+if [ -n "$zip" ]; then cp "$zip"* "$system/tmp/"; fi # with its checksum file
 
 step "./dev demo"
 in_system './dev demo'

@@ -15,7 +15,7 @@
 using namespace orvel::tests;
 using orvel::shared::enumeration::GraphicCardEnumeration;
 
-TEST_CASE("A machine without adapters of the three vendors gives no records")
+TEST_CASE("On a machine without adapters of the three vendors there are no records")
 {
     Json machine = HealthyLaptop();
     machine["wmi"]["classes"]["Win32_VideoController"] = Json::array();
@@ -26,7 +26,7 @@ TEST_CASE("A machine without adapters of the three vendors gives no records")
     CHECK(enumeration.get(0) == nullptr);
 }
 
-TEST_CASE("An index outside the records gives null")
+TEST_CASE("An index outside the records returns null")
 {
     Simulate(Machine("intel-desktop"));
     GraphicCardEnumeration enumeration;
@@ -52,7 +52,7 @@ TEST_CASE("A second query appends a second set of records")
 }
 
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // hosts are warned of it
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // the assignment is deprecated
 TEST_CASE("An assigned enumeration intentionally refers to the source's records")
 {
     Simulate(HealthyLaptop());
@@ -63,11 +63,11 @@ TEST_CASE("An assigned enumeration intentionally refers to the source's records"
     CHECK(&(*target = source) == target);
     CHECK(target->size() == 1);
     CHECK(target->get(0) == source.get(0));
-    // only one of the two may be destroyed
+    // both share their list, so only one may be destroyed
 }
 #pragma GCC diagnostic pop
 
-TEST_CASE("A destroyed enumeration holds no list, and destroying it again releases nothing")
+TEST_CASE("A destroyed enumeration has no list, and destroying it again releases nothing")
 {
     Simulate(HealthyLaptop());
     alignas(GraphicCardEnumeration) unsigned char storage[sizeof(GraphicCardEnumeration)];
@@ -80,7 +80,7 @@ TEST_CASE("A destroyed enumeration holds no list, and destroying it again releas
     cards->~GraphicCardEnumeration();
 }
 
-TEST_CASE("A vendor that ends with an exception is logged once, and the others run in their order")
+TEST_CASE("An exception that ends a vendor's run is logged once, and the other vendors run in their order")
 {
     Json machine = Machine("workstation");
     machine["wmi"]["classes"]["Win32_VideoController"][2]["AdapterRAM"] = nullptr; // Intel's row
@@ -107,7 +107,7 @@ TEST_CASE("Records are grouped by vendor: Intel, NVIDIA, AMD")
     CHECK(result.Card(2)["Manufacturer"] == "AMD");
 }
 
-TEST_CASE("A thrown status propagates to the host, and nothing stays open")
+TEST_CASE("A thrown status reaches the host, and all objects and sessions are released")
 {
     Json machine = HealthyLaptop();
     machine["wmi"]["failures"] = {{{"contains", "SELECT TotalWidth"}, {"status", "0x80041001"}}};
@@ -118,14 +118,14 @@ TEST_CASE("A thrown status propagates to the host, and nothing stays open")
     CHECK(result.Live.at("wmi") == 0);
 }
 
-TEST_CASE("Zero-filling an enumeration reaches the given size")
+TEST_CASE("Zero-filling an enumeration stops at the given size")
 {
     alignas(GraphicCardEnumeration) unsigned char storage[sizeof(GraphicCardEnumeration)] = {0xAA};
     reinterpret_cast<GraphicCardEnumeration*>(storage)->__autoclassinit2(sizeof(storage));
     CHECK(storage[0] == 0);
 }
 
-TEST_CASE("The host gets lines of the requested severities only, and none after it removes its callback")
+TEST_CASE("The host receives lines of the requested severities only, and no lines after it removes its callback")
 {
     Simulate(Machine("nvidia-desktop"));
     LogLines lines;
@@ -163,7 +163,7 @@ TEST_CASE("An enumeration sends each WMI query once, and the next enumeration se
     CHECK(Only(Enumerate(Machine("workstation")).Trace, "wmi query") == once);
 }
 
-TEST_CASE("After a thrown status no WMI object is open")
+TEST_CASE("After a thrown status all WMI objects are released")
 {
     Json machine = Machine("intel-laptop");
     machine["wmi"]["failures"] = Json::array({{{"contains", "SELECT Speed"}, {"status", "0x80041001"}}});

@@ -1,4 +1,4 @@
-// The enumeration on machines whose DLLs only Windows' own search finds, as a driver's are found.
+// The enumeration on machines whose DLLs Windows finds by its own search, like the DLLs of real drivers.
 
 #include <doctest/doctest.h>
 
@@ -23,7 +23,7 @@ TEST_CASE("Drivers found by the Windows search order give the same records, and 
     }
 }
 
-TEST_CASE("An opencl.dll that a failed call unloads ends only the lookup")
+TEST_CASE("If a failed call unloads opencl.dll, only the current OpenCL lookup fails")
 {
     Json machine = HealthyLaptop();
     machine["opencl"]["pinned"] = false;

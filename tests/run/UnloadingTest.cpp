@@ -1,4 +1,4 @@
-// A host that loads the library for a while, and perhaps again and again, as a plug-in or a setup program does.
+// Hosts that unload the library, perhaps repeatedly, as a plug-in or a setup program does.
 
 #include <thread>
 
@@ -21,7 +21,7 @@ namespace {
 constexpr wchar_t library[] = L"orvel-graphic-cards-enumeration.dll";
 constexpr wchar_t client[] = L"orvel-shared-wmi-client.dll";
 
-/// Enumerates with a library that is loaded for it; the number of cards.
+/// Loads the library, enumerates and unloads the library. Returns the number of cards.
 size_t LoadAndEnumerate()
 {
     using Change = void (*)(void*);
@@ -79,11 +79,11 @@ TEST_CASE("FreeLibrary unloads the library while another thread that enumerated 
     CHECK_FALSE(IsLoaded(library));
     CHECK_FALSE(IsLoaded(client));
     ::SetEvent(mayEnd.get());
-    thread.join(); // its end runs nothing of a library that is gone
+    thread.join(); // the end of the thread must not call the unloaded library
     CHECK(LoadAndEnumerate() == 1);
 }
 
-TEST_CASE("The library stays loaded while ADLX may call it, and is unloaded after the next run")
+TEST_CASE("The library stays loaded while ADLX can call it, and is unloaded after the next run")
 {
     Json machine = Machine("workstation");
     Json failing = machine;
@@ -100,8 +100,8 @@ TEST_CASE("The library stays loaded while ADLX may call it, and is unloaded afte
 
 TEST_CASE("Loading the library repeatedly does not use up resources of the process")
 {
-    // As many rounds before the count as in it: what the simulation keeps of its machine and of released objects settles
-    // first.
+    // The same number of rounds runs before the count, until the memory that the simulation keeps for its machine and for
+    // released objects no longer grows.
     constexpr size_t rounds = 150;
     Simulate(Machine("intel-laptop"));
     for (size_t round = 0; round < rounds; ++round) {
@@ -117,8 +117,8 @@ TEST_CASE("Loading the library repeatedly does not use up resources of the proce
     MESSAGE("bytes a load: " << (last.HeapBytes - first.HeapBytes) / rounds);
     CHECK(last.TlsIndexes == first.TlsIndexes);
     CHECK(last.Modules == first.Modules);
-    // What the runtime knows of its threads and locks stays: four handles for each of the two DLLs, and together 3 KiB on
-    // Wine 8 and 5 KiB on Wine 10, whose heap counts its blocks of equal size by the dozen: 12 KiB.
+    // The runtime does not release its data for threads and locks: four handles for each of the two DLLs, and for both
+    // together 3 KiB on Wine 8 and 5 KiB on Wine 10. Wine 10's heap allocates blocks of equal size in groups, hence 12 KiB.
     CHECK(last.Handles <= first.Handles + 2 + rounds * 8);
     CHECK(last.HeapBytes <= first.HeapBytes + rounds * 16 * 1024);
 }

@@ -1,4 +1,4 @@
-// The simulated ADL and ADLX towards a caller that breaks their rules, and as a machine file lets them misbehave.
+// The simulated ADL and ADLX with a caller that breaks their rules, and with a machine file that makes them misbehave.
 
 #include <array>
 #include <cstdlib>
@@ -83,7 +83,7 @@ public:
 
 } // namespace
 
-TEST_CASE("ADL works only in a live context")
+TEST_CASE("ADL2 functions need a valid context")
 {
     Simulate(MachineWith({{"ADL2_Workstation_ECC_Caps", 1}}));
     const Adl adl;
@@ -142,14 +142,14 @@ TEST_CASE("ADL writes complete structures; the activity keeps its size")
     CHECK(activity[8] == 16);
 }
 
-TEST_CASE("ADL has only the adapters of the file")
+TEST_CASE("ADL only knows the adapters in the file")
 {
     Simulate(MachineWith({{"ADL2_Workstation_ECC_Caps", 1}}));
     const Adl adl;
     int32_t supported = 7;
     CHECK(adl.Call("ADL2_Workstation_ECC_Caps", adl.context, 1, &supported) == -5);
     CHECK(supported == 7);
-    CHECK(adl.Call("ADL2_Workstation_ECC_Caps", nullptr, 0, &supported) == -2); // that of the first ADL
+    CHECK(adl.Call("ADL2_Workstation_ECC_Caps", nullptr, 0, &supported) == -2); // a null context is that of ADL1
     CHECK(TakeViolations().empty());
 }
 
@@ -189,7 +189,7 @@ TEST_CASE("A failing ADL call can write garbage")
     CHECK(errors == std::array<int32_t, 2>{rubbish, rubbish});
 }
 
-TEST_CASE("ADLX needs a live ADL context, and uses the caller's memory through both callbacks")
+TEST_CASE("ADLX needs a valid ADL context, and uses the caller's memory through both callbacks")
 {
     Simulate(MachineWith(Json::object()));
     const Adl adl;

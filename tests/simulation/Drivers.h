@@ -5,7 +5,7 @@
 
 namespace orvel::tests {
 
-/// A driver's DLL as a program has it that loads it by its name and asks for functions.
+/// Loads a driver's DLL by its name, and looks up its functions, as a program does.
 class Driver {
 public:
     explicit Driver(const wchar_t* name) : module(::LoadLibraryW(name)) {}
@@ -25,7 +25,7 @@ private:
     shared::enumeration::ModuleHandle module;
 };
 
-/// Calls an object's function by its place in the object's table.
+/// Calls an object's function by its slot in the object's table.
 template <typename Result = int32_t, typename... Arguments>
 Result CallSlot(void* object, size_t slot, Arguments... arguments)
 {
@@ -33,7 +33,7 @@ Result CallSlot(void* object, size_t slot, Arguments... arguments)
     return reinterpret_cast<Result (*)(void*, Arguments...)>(function)(object, arguments...);
 }
 
-/// The violations' texts since the last look.
+/// The texts of violations.
 using Violations = std::vector<std::string>;
 
 } // namespace orvel::tests

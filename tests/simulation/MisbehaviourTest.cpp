@@ -1,4 +1,4 @@
-// How a machine file states that a call misbehaves.
+// The key "writes" of machine files, which makes a call misbehave.
 
 #include <doctest/doctest.h>
 
@@ -8,7 +8,7 @@ using namespace orvel::tests;
 
 namespace {
 
-/// Why the machine is refused; "" if it is not.
+/// The reason why the machine is refused; "" if it is accepted.
 std::string Problem(const Json& nvapiGpu)
 {
     try {

@@ -1,4 +1,4 @@
-// The simulated NVAPI and NVML towards a caller that breaks their rules, and as a machine file lets them misbehave.
+// The simulated NVAPI and NVML with a caller that breaks their rules, and with a machine file that makes them misbehave.
 
 #include <array>
 #include <cstring>
@@ -104,7 +104,7 @@ TEST_CASE("A GPU's handle becomes invalid with its session")
     CHECK(nvapi(getBusId, former, &bus) == -101);
     CHECK(TakeViolations() == Violations{"nvapi NvAPI_GPU_GetBusId: the handle is not of this session"});
     CHECK(nvapi(getBusId, gpu, &bus) == 0);
-    CHECK(nvapi(getBusId, nullptr, &bus) == -101); // what a slot holds that no GPU has filled
+    CHECK(nvapi(getBusId, nullptr, &bus) == -101); // the content of an array element without a GPU
 }
 
 TEST_CASE("NVAPI without a GPU returns -6, unless the file states the result")
@@ -168,7 +168,7 @@ TEST_CASE("NVAPI writes complete structures: values that the file does not state
     }
     expected[0] = 0x00030108;
     expected[1] = 4;
-    expected[3] = 0; // a domain that the file knows, and leaves out
+    expected[3] = 0; // the file can list this domain, but omits it
     expected[10] = 1;
     expected[11] = 7001000;
     CHECK(clocks == expected);

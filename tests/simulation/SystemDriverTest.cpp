@@ -1,4 +1,4 @@
-// The simulated OpenCL, WMI and DXGI towards a caller that breaks their rules, and the search for the simulated DLLs.
+// The simulated OpenCL, WMI and DXGI with a caller that breaks their rules, and the search for the simulated DLLs.
 
 #include <array>
 
@@ -30,7 +30,7 @@ void* FirstDevice(const Driver& opencl)
     return device;
 }
 
-/// The size that the driver announces for the name, and what it writes into zeros.
+/// The size that the driver reports for the name, and the text that it writes into zeroed memory.
 std::pair<size_t, std::string> NameOf(const Json& answer)
 {
     Simulate(MachineWith(answer));
@@ -80,7 +80,7 @@ TEST_CASE("OpenCL reports a call without outputs; a null handle results from a w
     CHECK(TakeViolations().empty());
 }
 
-TEST_CASE("OpenCL finds the devices of the requested type, and the parameters of the file")
+TEST_CASE("OpenCL returns the devices of the requested type, and the parameters in the file")
 {
     Simulate(MachineWith("Card"));
     const Driver opencl(L"opencl.dll");
@@ -128,7 +128,7 @@ TEST_CASE("opencl.dll is unloaded with its last reference unless the file pins i
     CHECK(TakeViolations() == Violations{"opencl clGetPlatformIDs: opencl.dll is not loaded any more"});
 }
 
-TEST_CASE("A function that outlives its DLL is a violation")
+TEST_CASE("A call after its DLL has been unloaded is a violation")
 {
     Simulate({{"searched", true}, {"adl", Json::object()}, {"adlx", Json::object()}});
     void* destroy = nullptr;
@@ -145,7 +145,7 @@ TEST_CASE("A function that outlives its DLL is a violation")
                                          "adlx ADLXTerminate: amdadlx64.dll is not loaded any more"});
 }
 
-TEST_CASE("With \"search\" the Windows search order finds the machine's DLLs, and not those that it lacks")
+TEST_CASE("With \"searched\" the Windows search finds the DLLs that the machine has, and no others")
 {
     const std::array<const wchar_t*, 4> names = {L"opencl.dll", L"nvapi64.dll", L"atiadlxx.dll", L"amdadlx64.dll"};
     Simulate({{"searched", true},

@@ -11,7 +11,7 @@ struct Enumerated {
     Json Thrown;
     std::vector<std::string> Trace;
     std::map<std::string, int> Live;
-    std::vector<std::string> Events; ///< the trace with each log line, and what the test notes, at its place
+    std::vector<std::string> Events; ///< the trace, with log lines and the test's notes at their positions
 
     const Json& Card(size_t index) const { return Cards.at(index); }
 };
@@ -19,7 +19,7 @@ struct Enumerated {
 /// Puts the process on the machine and enumerates once, as a host does.
 Enumerated Enumerate(const Json& machine);
 
-/// A record whose fractions are those of 32-bit floats, however many digits they are written with.
+/// The record with its fractions rounded to 32-bit floats, so that the number of written digits does not matter.
 Json AsFloats(Json card);
 
 /// A line of LogLines.

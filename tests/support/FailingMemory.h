@@ -4,8 +4,9 @@
 
 namespace orvel::tests {
 
-/// Lets an allocation of this thread fail with std::bad_alloc, as long as it lives: the one that `successes` others precede,
-/// and with `Until::End` all later ones too. Counts what the tests and the parts of the product linked into them allocate.
+/// During its lifetime, makes one allocation of this thread fail with std::bad_alloc, after `successes` others have
+/// succeeded; with `Until::End`, all later allocations fail too. Only allocations of the tests and of linked parts of the
+/// product count.
 class FailingMemory {
 public:
     enum class Until { Next, End };

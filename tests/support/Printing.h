@@ -8,7 +8,7 @@
 
 namespace orvel::tests {
 
-/// Where two lists of texts differ first, for the message of a failed check.
+/// The first difference of two lists of texts, for the message of a failed check.
 inline std::string FirstDifference(const std::vector<std::string>& actual, const std::vector<std::string>& expected)
 {
     const auto same = std::ranges::mismatch(actual, expected);

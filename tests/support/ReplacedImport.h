@@ -4,7 +4,7 @@
 
 namespace orvel::tests {
 
-/// The module of the tests themselves, with the parts of the product that are linked into it.
+/// The module of the tests, which includes the linked parts of the product.
 HMODULE TestModule();
 
 /// Replaces a function that a module imports, during its lifetime.

@@ -5,9 +5,9 @@
 
 namespace {
 
-int violations = 0; ///< of test cases at their end, where it is too late to fail them
+int violations = 0; ///< found at the end of a test case, which then can no longer fail
 
-/// Looks at what the product did to the drivers since the test's last machine.
+/// Checks for violations of the drivers' rules since the test's last machine.
 struct DriverRules : doctest::IReporter {
     explicit DriverRules(const doctest::ContextOptions& options) : out(*options.cout) {}
 

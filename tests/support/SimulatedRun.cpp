@@ -28,7 +28,7 @@ Json JsonFile(const std::filesystem::path& path, const char* advice)
     return Json::parse(file);
 }
 
-/// How many violations of the machine in place have been taken.
+/// The number of violations that have been taken on the machine in place.
 size_t violationsTaken = 0;
 
 struct NotedEvent {
@@ -36,7 +36,7 @@ struct NotedEvent {
     std::string Text;
 };
 
-/// What has been noted on the machine in place.
+/// The notes on the machine in place.
 std::vector<NotedEvent> notes;
 
 } // namespace
@@ -110,7 +110,8 @@ void Note(const std::string& event)
 std::vector<std::string> Events()
 {
     std::vector<std::string> events = Trace();
-    for (auto note = notes.rbegin(); note != notes.rend(); ++note) { // so that the places before it stay what they are
+    for (auto note = notes.rbegin(); note != notes.rend();
+         ++note) { // from the last, because an insertion moves all later positions
         events.insert(events.begin() + note->CallsBefore, note->Text);
     }
     return events;

@@ -19,7 +19,7 @@ Json Machine(const std::string& name);
 /// The names of the project's machine files, in alphabetical order.
 std::vector<std::string> MachineNames();
 
-/// What the machine is expected to give, as machines/expected holds it: `cards`, `log`, `thrown`.
+/// The expected results of the machine, from machines/expected: `cards`, `log`, `thrown`.
 Json Expected(const std::string& name);
 
 /// The laptop of machines/intel-laptop.json: one healthy Intel adapter. Tests change one thing about it.
@@ -30,19 +30,19 @@ Json& Row(Json& machine, const std::string& wmiClass, size_t index = 0);
 Json& VideoController(Json& machine, size_t index = 0);
 Json& MemoryModule(Json& machine, size_t index = 0);
 
-/// Puts the process on a machine without enumerating, for tests of single wrappers and helpers.
+/// Puts a machine in place without enumerating, for tests of single wrappers and helpers.
 void Simulate(const Json& machine);
 
-/// What the simulation has seen since Simulate.
+/// The calls that the simulation has recorded since Simulate.
 std::vector<std::string> Trace();
-/// Notes at this place among the platform's calls what the simulation does not see.
+/// Adds an event that the simulation does not record to the current position of the trace.
 void Note(const std::string& event);
-/// The trace with the notes at their places.
+/// The trace with the notes at their positions.
 std::vector<std::string> Events();
 std::map<std::string, int> Live();
 
-/// What the product did on the machine that a real driver does not allow ("CALL: WHAT"), as far as nobody has taken it. A
-/// test that provokes a violation takes it; any other test fails with it, when it puts the next machine in place or ends.
+/// The violations of driver rules ("CALL: WHAT") since the last call. A test that provokes a violation must take it; any
+/// violation that is left fails the test when it puts the next machine in place or ends.
 std::vector<std::string> TakeViolations();
 
 /// Fails the running test for every violation that it did not expect.

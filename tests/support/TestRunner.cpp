@@ -1,7 +1,6 @@
-// Runs the tests of a DLL: test-runner TESTS.dll [ARGUMENTS of the test framework].
+// test-runner TESTS.dll [ARGUMENTS of the test framework]: runs the tests of a DLL.
 //
-// The DLLs of the platform have to be simulated before anything that imports them is loaded, so the tests are not in the
-// program itself.
+// The simulated DLLs must be loaded before anything that imports them, so the tests cannot be linked into this program.
 
 #include <cstdio>
 #include <cstdlib>
@@ -39,7 +38,8 @@ int main(int argc, char** argv)
     if (orvel::tools::SimulateMachineText("{}", "empty machine", problem) != ORVEL_SIMULATION_IN_PLACE) {
         return Fail(problem.c_str());
     }
-    const char* const first = std::getenv("ORVEL_TEST_FIRST_DLL"); // below the program's folder; in place of one of its name
+    const char* const first =
+        std::getenv("ORVEL_TEST_FIRST_DLL"); // relative to the program's folder; replaces the DLL of the same name
     if (first && !::LoadLibraryW((orvel::tools::ProgramFolder() / first).c_str())) {
         return Fail("the DLL that the tests want first cannot be loaded");
     }
@@ -49,6 +49,6 @@ int main(int argc, char** argv)
     }
     const int status = orvel::shared::enumeration::FindFunction<int (*)(int, char**)>(tests, "RunTests")(argc - 1, argv + 1);
     std::fflush(stdout);
-    // Nothing is unloaded, because remaining destructors must not run against unloaded DLLs.
+    // Ends without unloading, because remaining destructors must not call DLLs that are unloaded.
     ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(status));
 }

@@ -1,8 +1,8 @@
-# Checks of the tests that are shell scripts. `work` is the script's own folder.
+# Shared by the tests that are shell scripts. `work` is the script's temporary folder.
 failures=0
 checks=0
 
-# check TITLE COMMAND…: passes when the command does; its output is shown when it does not.
+# check TITLE COMMAND…: passes if the command succeeds; shows the command's output if it fails.
 check() {
     checks=$((checks + 1))
     if ! "${@:2}" >"$work/output" 2>&1; then

@@ -9,7 +9,7 @@ using namespace orvel::tests;
 
 namespace {
 
-/// One search, with a registry of its own.
+/// Runs one search with a new registry reader.
 std::string GetBiosString(const std::string& vendor, const std::string& device)
 {
     AdapterRegistry registry;
@@ -69,7 +69,7 @@ TEST_CASE("Identifiers are compared case-sensitively")
     CHECK(GetBiosString("1002", "73bf") == "lower");
 }
 
-TEST_CASE("Of two driver keys for the same device the first in the registry's order wins")
+TEST_CASE("Of two driver keys for the same device, the first in the registry's order is used")
 {
     Simulate({{"registry",
                {{video + "{A}", Driver("pci\\ven_8086&dev_5917", "first")},
@@ -102,7 +102,7 @@ TEST_CASE("A value of any registry type is read up to its NUL or its end")
         CHECK(GetBiosString("8086", "5917") == "Version 1.0");
     }
     Simulate({{"registry", {{video + "{A}", Driver("pci\\ven_8086&dev_5917", {{"hex", Hex("AB", false) + "43"}})}}}});
-    CHECK(GetBiosString("8086", "5917") == "AB"); // an odd last byte is no character
+    CHECK(GetBiosString("8086", "5917") == "AB"); // a trailing odd byte is ignored
 }
 
 TEST_CASE("A value longer than 255 bytes is treated as missing")
@@ -156,7 +156,7 @@ std::wstring SystemName(HKEY key)
     return std::wstring(name.Name, name.Bytes / sizeof(wchar_t));
 }
 
-/// A link below a key that leads back to the key, as long as it lives.
+/// During its lifetime, a registry link below a key that refers back to the key.
 class Loop {
 public:
     Loop(HKEY key, const wchar_t* name)
@@ -171,7 +171,7 @@ public:
     Loop& operator=(const Loop&) = delete;
     ~Loop()
     {
-        OfNtdll<LONG(NTAPI*)(HKEY)>("NtDeleteKey")(link); // the link, not what it leads to
+        OfNtdll<LONG(NTAPI*)(HKEY)>("NtDeleteKey")(link); // deletes the link, not its target
         ::RegCloseKey(link);
     }
 
@@ -191,11 +191,11 @@ TEST_CASE("Cyclic registry links end the search, and hide no neighbouring keys")
     {
         const Loop first(opened, L"{A}");
         HKEY inside = nullptr;
-        REQUIRE(::RegOpenKeyExW(opened, L"{A}\\{A}\\{B}", 0, KEY_READ, &inside) == ERROR_SUCCESS); // it is one
+        REQUIRE(::RegOpenKeyExW(opened, L"{A}\\{A}\\{B}", 0, KEY_READ, &inside) == ERROR_SUCCESS); // the link is a cycle
         ::RegCloseKey(inside);
         CHECK(GetBiosString("8086", "5917") == "beside");
         CHECK(GetBiosString("1002", "73bf") == "");
         const Loop second(opened, L"{C}");
-        CHECK(GetBiosString("1002", "73bf") == ""); // two make a search of exponential length
+        CHECK(GetBiosString("1002", "73bf") == ""); // two cycles make the search exponential
     }
 }

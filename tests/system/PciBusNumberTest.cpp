@@ -27,7 +27,7 @@ TEST_CASE("The bus number is the first number of the location")
     CHECK(log.Lines.empty());
 }
 
-TEST_CASE("Without the PCI key the bus is 0, with a warning that has the error code")
+TEST_CASE("Without the PCI key the bus is 0, and a warning with the error code is logged")
 {
     Simulate({{"registry", {{"SOFTWARE\\Something", Json::object()}}}});
     HostLog log;
@@ -40,11 +40,11 @@ TEST_CASE("An adapter that is not in the registry is on bus 0, and nothing is lo
     Simulate(WithLocation("(1,0,0)", "VEN_10DE&DEV_2504&SUBSYS_397D1462&REV_A1\\4&2283F625&0&0008"));
     HostLog log;
     CHECK(GetBusIdFromRegistry("8086", "5917") == 0);
-    CHECK(GetBusIdFromRegistry("10de", "2504") == 0); // upper and lower case differ
+    CHECK(GetBusIdFromRegistry("10de", "2504") == 0); // the comparison is case-sensitive
     CHECK(log.Lines.empty());
 }
 
-TEST_CASE("Of two device keys with the same identifiers the first whose first instance has a location wins")
+TEST_CASE("Of two device keys with the same identifiers, the first whose first instance has a location is used")
 {
     Json machine;
     machine["registry"][pci + "VEN_8086&DEV_5917&SUBSYS_00000001&REV_01\\A"] = Json::object();
@@ -54,7 +54,7 @@ TEST_CASE("Of two device keys with the same identifiers the first whose first in
     CHECK(GetBusIdFromRegistry("8086", "5917") == 7);
 }
 
-TEST_CASE("A device whose first instance lacks the location is skipped, though its second has one")
+TEST_CASE("A device whose first instance lacks the location is skipped, even if its second instance has one")
 {
     Json machine;
     machine["registry"][pci + uhd620 + "\\A"] = Json::object();
@@ -89,7 +89,7 @@ TEST_CASE("A location without three comma-separated numbers, and an empty one, t
     }
 }
 
-TEST_CASE("A bus that is too large a number throws")
+TEST_CASE("A bus number that is too large throws")
 {
     Simulate(WithLocation("(99999999999,0,0)"));
     CHECK_THROWS_WITH_AS(GetBusIdFromRegistry("8086", "5917"), "stoi argument out of range", std::out_of_range);

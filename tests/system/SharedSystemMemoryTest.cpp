@@ -30,7 +30,7 @@ TEST_CASE("Shared memory counts whole gibibytes, rounded down")
     CHECK(Live()["dxgi"] == 0);
 }
 
-TEST_CASE("An adapter is the one whose three identifiers all agree")
+TEST_CASE("An adapter is matched by all three of its identifiers")
 {
     Simulate(Adapters({Adapter(0x5917, 1, 2048 * mebibyte), Adapter(0x5918, 0x225D17AA, 3072 * mebibyte),
                        Adapter(0x5917, 0x225D17AA, 4096 * mebibyte), Adapter(0x5917, 0x225D17AA, 5120 * mebibyte)}));
@@ -38,7 +38,7 @@ TEST_CASE("An adapter is the one whose three identifiers all agree")
     CHECK(GetSharedSystemMemory({"1002", "5917", "225D-17AA"}) == "0");
 }
 
-TEST_CASE("A subsystem identifier without a hyphen is converted unchanged, and every hyphen is dropped")
+TEST_CASE("Every hyphen of a subsystem identifier is removed before the conversion; none is required")
 {
     Simulate(Adapters({Adapter(0x5917, 0x225D17AA, 2048 * mebibyte)}));
     CHECK(GetSharedSystemMemory({"8086", "5917", "225D17AA"}) == "2");

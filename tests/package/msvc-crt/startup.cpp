@@ -1,4 +1,4 @@
-// What MSVC's own start-up code would bring.
+// Replaces MSVC's start-up code.
 
 #include <stddef.h>
 
@@ -9,7 +9,7 @@ int main(int argc, char** argv);
 
 int _fltused = 0;
 
-// The table of std::type_info, which the descriptions of caught types point to; it is never called.
+// The virtual table of std::type_info, which the descriptions of caught types point to. It is never called.
 const void* typeInfoTable[1] __asm__("??_7type_info@@6B@") = {nullptr};
 
 void __std_terminate()

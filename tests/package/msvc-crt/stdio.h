@@ -1,6 +1,6 @@
 #pragma once
 
-// As much of the C library as the test hosts use, for clang in MSVC's ABI: its own headers come with MSVC only.
+// The part of the C library that the test hosts use, for clang in MSVC's ABI. The real headers are part of MSVC.
 
 #include <stddef.h>
 

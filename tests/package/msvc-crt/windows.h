@@ -1,6 +1,6 @@
 #pragma once
 
-// As much of Windows' interface as the test hosts use, for clang in MSVC's ABI: the SDK comes with MSVC only.
+// The part of the Windows interface that the test hosts use, for clang in MSVC's ABI. The real headers are part of the SDK.
 
 #include <stddef.h>
 

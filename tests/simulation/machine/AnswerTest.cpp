@@ -1,4 +1,4 @@
-// What a simulated call writes to its caller's memory.
+// The answers of simulated calls, and what they write to the caller's memory.
 
 #include <doctest/doctest.h>
 

@@ -1,4 +1,4 @@
-// A machine's text as a whole: what is refused, and where.
+// Whole machine files: the errors, and their positions.
 
 #include <doctest/doctest.h>
 
@@ -8,7 +8,7 @@ using namespace orvel::simulation;
 
 namespace {
 
-/// Why the text is refused; "" if it is not.
+/// The reason why the text is refused; "" if it is accepted.
 std::string Problem(const std::string& text)
 {
     try {
@@ -52,7 +52,7 @@ TEST_CASE("A repeated key in an object is rejected with its position; in two obj
     CHECK(Problem(R"({"nvml": {"devices": [{"handle": 0}, {"handle": 1}]}})") == "");
 }
 
-TEST_CASE("An unknown key is rejected, with the keys that are known there")
+TEST_CASE("An unknown key is rejected, and the error lists the known keys")
 {
     CHECK(Problem(R"({"nvml": {"devics": []}})") ==
           "/nvml/devics: unknown key \"devics\"; known here: \"missing\", \"nvmlInit_v2\", \"nvmlShutdown\", "
@@ -60,7 +60,7 @@ TEST_CASE("An unknown key is rejected, with the keys that are known there")
     CHECK(Problem("[]") == "/: expected an object, found array");
 }
 
-TEST_CASE("An interface is an object, or that of the computer")
+TEST_CASE("An interface is an object, or \"system\" for the computer's own")
 {
     CHECK(Problem(R"({"dxgi": "computer"})") == "/dxgi: expected an object or \"system\", found \"computer\"");
     CHECK(Problem(R"({"dxgi": 1})") == "/dxgi: expected an object, found number");

@@ -1,4 +1,4 @@
-// What a machine file may hold, and how a wrong one is refused with its place.
+// The values of a machine file, and the errors with the positions of wrong values.
 
 #include <doctest/doctest.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Why reading the JSON is refused; "" if it is not.
+/// The reason why the JSON is refused; "" if it is accepted.
 template <typename Read>
 std::string Problem(const Json& json, Read&& read)
 {
@@ -72,7 +72,7 @@ TEST_CASE("An integer outside its range, and a text that is not a number, are re
     }
 }
 
-TEST_CASE("A status has 32 bits, signed or not")
+TEST_CASE("A status has 32 bits, signed or unsigned")
 {
     CHECK(ReadAs<int32_t>(-2147483648) == INT32_MIN);
     CHECK(ReadAs<int32_t>("-1") == -1);
@@ -125,7 +125,7 @@ TEST_CASE("A result is a value, a failure, or a failure with a value")
     CHECK(ProblemInto<Answer<uint32_t>>({{"status", 0}, {"value", "x"}}) == "/value: expected a whole number, found \"x\"");
 }
 
-TEST_CASE("Where a bare number is a status, the value needs an object or an array")
+TEST_CASE("If a bare number means a status, a value must be in an object or an array")
 {
     Answer<uint32_t> answer;
     ReadWithBareStatus(Node(-5, ""), answer);
@@ -148,7 +148,7 @@ TEST_CASE("An array of the wrong length is rejected")
     CHECK(Problem({1, "x"}, read) == "/1: expected a whole number, found \"x\"");
 }
 
-TEST_CASE("The name of a function must be known")
+TEST_CASE("An unknown function name is rejected")
 {
     std::vector<std::string> names;
     const std::vector<std::string> known = {"a", "b"};

@@ -1,4 +1,4 @@
-// UTF-8 and UTF-16, and what counts as the same text.
+// Conversion between UTF-8 and UTF-16, and comparison of texts.
 
 #include <doctest/doctest.h>
 
@@ -8,7 +8,7 @@ using namespace orvel::simulation;
 
 TEST_CASE("Text is unchanged after conversion to UTF-16 and back")
 {
-    const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"; // a, ä, €, a face
+    const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"; // a, ä, €, an emoji
     CHECK(ToWide(text) == std::wstring(L"a\x00E4\x20AC\xD83D\xDE00"));
     CHECK(ToUtf8(ToWide(text)) == text);
     CHECK(ToWide("").empty());

@@ -11,7 +11,7 @@ using namespace orvel::simulation;
 
 using Json = nlohmann::json;
 
-TEST_CASE("The trace holds every call in order, and counts by the beginning of a text")
+TEST_CASE("The trace contains every call in order, and counts calls by prefix")
 {
     ClearTrace();
     for (const char* call : {"nvml nvmlInit_v2", "adl A 0", "nvml nvmlInit_v2", "nvmlish"}) {

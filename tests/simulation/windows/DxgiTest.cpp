@@ -1,4 +1,4 @@
-// The simulated DXGI: what it answers, and what it refuses.
+// The simulated DXGI.
 
 #include <cstring>
 

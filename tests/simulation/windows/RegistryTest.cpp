@@ -10,7 +10,7 @@ using namespace orvel::tests;
 
 namespace {
 
-/// The type of a value below HKEY_LOCAL_MACHINE, and its bytes; REG_NONE where it cannot be read.
+/// The type and bytes of a value below HKEY_LOCAL_MACHINE; REG_NONE if it cannot be read.
 std::pair<DWORD, std::string> Read(const wchar_t* path, const wchar_t* name)
 {
     DWORD type = REG_NONE;

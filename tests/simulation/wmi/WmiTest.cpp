@@ -1,4 +1,4 @@
-// The simulated WMI: what it answers, and what it refuses.
+// The simulated WMI.
 
 #include <doctest/doctest.h>
 
@@ -54,7 +54,7 @@ HRESULT Next(IEnumWbemClassObject& rows, ComPtr<IWbemClassObject>& row)
     return rows.Next(withoutLimit, 1, &row, &returned);
 }
 
-/// The first row that the query gives.
+/// The first row of the query.
 ComPtr<IWbemClassObject> FirstRow(IWbemServices& services, const wchar_t* text)
 {
     ComPtr<IEnumWbemClassObject> rows;
@@ -64,7 +64,7 @@ ComPtr<IWbemClassObject> FirstRow(IWbemServices& services, const wchar_t* text)
     return row;
 }
 
-/// How many rows the query gives.
+/// The number of rows of the query.
 int Count(IWbemServices& services, const wchar_t* text)
 {
     ComPtr<IEnumWbemClassObject> rows;
@@ -157,7 +157,7 @@ TEST_CASE("WMI returns the rows that satisfy every condition, in the order of th
     CHECK(Count(*services.Get(), L"SELECT * FROM c") == 3);
     CHECK(Count(*services.Get(), L"SELECT * FROM C WHERE name LIKE 'a%'") == 2);
     CHECK(Count(*services.Get(), L"SELECT * FROM C WHERE Name LIKE 'a%' AND Size = '1'") == 1);
-    CHECK(Count(*services.Get(), L"SELECT * FROM C WHERE Size LIKE '%'") == 2); // null fulfils nothing
+    CHECK(Count(*services.Get(), L"SELECT * FROM C WHERE Size LIKE '%'") == 2); // null matches no condition
     CHECK(Count(*services.Get(), L"SELECT * FROM C WHERE Unknown = ''") == 0);
     _variant_t name;
     FirstRow(*services.Get(), L"SELECT * FROM C WHERE Name = 'b'")->Get(L"Name", 0, &name, nullptr, nullptr);
@@ -190,7 +190,7 @@ TEST_CASE("A row has the properties that its query names, with their types")
     _variant_t value;
     CIMTYPE type = CIM_EMPTY;
     CHECK(row->Get(L"number", 0, &value, &type, nullptr) == S_OK);
-    CHECK(V_VT(&value) == VT_I4); // as WMI hands unsigned numbers out
+    CHECK(V_VT(&value) == VT_I4); // WMI returns unsigned numbers as signed
     CHECK(V_I4(&value) == -1);
     CHECK(type == CIM_UINT32);
     CHECK(row->Get(L"Signed", 0, &value, &type, nullptr) == S_OK);
@@ -206,7 +206,7 @@ TEST_CASE("A row has the properties that its query names, with their types")
     CHECK(narrow->Get(L"Number", 0, &value, &type, nullptr) == Status(WBEM_E_NOT_FOUND));
 }
 
-TEST_CASE("The file can let a query fail, and one of its rows")
+TEST_CASE("The file can make a query fail, or one of its rows")
 {
     Json machine = MachineWith({{{"P", 1}}, {{"P", 2}}});
     machine["wmi"]["failures"] = {{{"contains", "FROM C"}, {"nth", 2}, {"status", "0x80041003"}},

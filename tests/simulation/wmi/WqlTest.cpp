@@ -77,7 +77,7 @@ TEST_CASE("A pattern matches the whole text, case-insensitively")
     CHECK(Fits(L"a%%b", L"ab"));
 }
 
-TEST_CASE("An equality comparison has no patterns")
+TEST_CASE("An equality comparison treats % and _ as ordinary characters")
 {
     CHECK(Fulfils({L"P", false, L"a%"}, L"A%"));
     CHECK_FALSE(Fulfils({L"P", false, L"a%"}, L"ab"));

@@ -4,7 +4,7 @@
 
 namespace orvel::shared::enumeration {
 
-/// Enumerates the adapters of a vendor that has no interface of its own: everything is WMI's.
+/// Enumerates the adapters of a vendor without an interface of its own: all values come from WMI.
 class Example : public BaseGraphicCard {
 public:
     /// Appends one record per adapter that WMI lists. Throws std::out_of_range for codes without a name, and the status
