@@ -84,7 +84,7 @@ TEST_CASE("An unknown message has no cause, even if it starts like a known one")
     CHECK(LikelyCause("Argument out of range of something else", "").empty());
 }
 
-TEST_CASE("A vendor is ok where all dependencies of its run are present")
+TEST_CASE("A vendor is ok if all dependencies of its run are present")
 {
     Simulate(HealthyLaptop());
     CHECK(StateOf("Intel") == "ok");

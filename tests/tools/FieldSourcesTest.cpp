@@ -24,7 +24,7 @@ TEST_CASE("An unknown manufacturer or property has no source")
     CHECK(SourceOf("Colour", "AMD").Source == std::string());
 }
 
-TEST_CASE("A unit is the vendor's own where it has one")
+TEST_CASE("A vendor's own unit replaces the common unit")
 {
     CHECK(SourceOf("MemorySize", "AMD").Unit == std::string("MiB"));
     CHECK(SourceOf("MemorySize", "Nvidia").Unit == std::string("bytes (low 32 bits)"));

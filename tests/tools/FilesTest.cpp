@@ -13,7 +13,7 @@ using namespace orvel::tools;
 
 namespace {
 
-/// A folder for one test.
+/// A temporary folder for one test.
 struct Folder {
     std::filesystem::path Path = std::filesystem::temp_directory_path() / u8"orvel-files-test-\u00FC";
 
@@ -41,7 +41,7 @@ std::string ContentOf(const std::filesystem::path& path)
 
 } // namespace
 
-TEST_CASE("A file is written with exactly its content, in place of an older one")
+TEST_CASE("A file is written with exactly its content, and replaces an older file")
 {
     const Folder folder;
     const auto path = folder.Path / "report.txt";
@@ -51,7 +51,7 @@ TEST_CASE("A file is written with exactly its content, in place of an older one"
     CHECK(folder.Files() == 1);
 }
 
-TEST_CASE("A file that cannot be written is named, and leaves nothing behind")
+TEST_CASE("The error for a file that cannot be written names the file, and no temporary file stays")
 {
     const Folder folder;
     const std::string inNoFolder = PathText(folder.Path / "none" / "report.txt");
@@ -72,7 +72,7 @@ TEST_CASE("The shipped machines are listed by name")
     CHECK(TitleOf("no-such-machine").empty());
 }
 
-TEST_CASE("A machine is a file, else a shipped one")
+TEST_CASE("The name of a machine means a file, else a shipped machine")
 {
     const Folder folder;
     const std::string own = PathText(folder.Path / "own.json");

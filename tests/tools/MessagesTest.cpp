@@ -36,10 +36,10 @@ TEST_CASE("Every line that ends a run without an exception is explained")
     CHECK(ExplainLine("Failed to get Win32_VideoController fields from WMI").find("query for the graphics adapters") !=
           std::string::npos);
     CHECK(ExplainLine("Failed to get 3DSettings services").find("without an AMD card") != std::string::npos);
-    CHECK(ExplainLine("ADL initialization failed").empty()); // another line follows it
+    CHECK(ExplainLine("ADL initialization failed").empty()); // another line follows and is explained
 }
 
-TEST_CASE("The explanation of a status names it")
+TEST_CASE("The explanation of a status contains its number")
 {
     CHECK(ExplainStatus(static_cast<long>(0x80041003)).find("0x80041003") != std::string::npos);
 }

@@ -24,7 +24,7 @@ Ending Ended(const std::vector<std::string>& arguments)
 
 } // namespace
 
-TEST_CASE("The default is the cards of this computer as text")
+TEST_CASE("Without options the cards of this computer are shown as text")
 {
     const Options options = Parsed({});
     CHECK(options.Show == Mode::Cards);

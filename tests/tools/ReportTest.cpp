@@ -24,7 +24,7 @@ Json Parsed(const std::string& text)
     return Json::parse(text);
 }
 
-/// The place of a property in a card.
+/// The index of a property in a card.
 size_t IndexOf(const std::string& name)
 {
     size_t index = 0;
@@ -83,7 +83,7 @@ Run with --doctor to see what is missing on this computer.
 )");
 }
 
-TEST_CASE("A run that ends before its first line belongs to the vendor after the run that ended before")
+TEST_CASE("A run that ends before its first line belongs to the vendor after the previous run")
 {
     Report report;
     report.Log = {ended,
@@ -129,7 +129,7 @@ TEST_CASE("Brief text omits neutral values")
     CHECK(ToText(report, {.IsColoured = true}).starts_with("\x1B[1mCard 1: "));
 }
 
-TEST_CASE("JSON has the thrown exception with its type")
+TEST_CASE("JSON contains the thrown exception and its type")
 {
     Report report;
     CHECK(Parsed(ToJson(report))["thrown"] == nullptr);
@@ -172,7 +172,7 @@ TEST_CASE("The last warning of a run is the cause of its end")
           "the last warning before it: \"Failed to get Driver Date from WMI\"");
 }
 
-TEST_CASE("Every property has a source, and a reason where it has its neutral value")
+TEST_CASE("Every property has a source, and a reason if it has its neutral value")
 {
     const Json explained = Parsed(ExplainAsJson(ReportOf(HealthyLaptop())));
     REQUIRE(explained["cards"].size() == 1);

@@ -40,12 +40,12 @@ TEST_CASE("A value wraps at its last space within 80 columns")
     CHECK(Entry("", std::string(50, 'a') + " bbbb cc") == margin + std::string(50, 'a') + "\n" + margin + "bbbb cc\n");
 }
 
-TEST_CASE("A word that is longer than the line is broken where the line ends")
+TEST_CASE("A word that is longer than the line is broken at the line's end")
 {
     CHECK(Wrapped(std::string(75, 'a'), 6) == "      " + std::string(74, 'a') + "\n      a\n");
 }
 
-TEST_CASE("Characters count, not the bytes of UTF-8")
+TEST_CASE("The width of a line is counted in characters, not in bytes of UTF-8")
 {
     std::string degrees;
     for (int i = 0; i < 74; ++i) {
@@ -55,7 +55,7 @@ TEST_CASE("Characters count, not the bytes of UTF-8")
     CHECK(Wrapped(degrees + "°", 6) == "      " + degrees + "\n      °\n");
 }
 
-TEST_CASE("Bold is for terminals only")
+TEST_CASE("Bold text is used only on terminals")
 {
     CHECK(Bold("text", false) == "text");
     CHECK(Bold("text", true) == "\x1B[1mtext\x1B[0m");

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Tests the command-line tool as users run it: options, wrong input, missing DLLs. command-line-tool.sh WINE BIN SOURCE
+# command-line-tool.sh WINE BIN SOURCE: tests the command-line tool as users run it: options, wrong input, missing DLLs.
 set -uo pipefail
 wine=$1
 bin=$2
@@ -9,7 +9,7 @@ trap 'rm -rf "$work"' EXIT
 failures=0
 checks=0
 
-# run ARGS…: the program's exit status, standard output and standard error.
+# run ARGS…: runs the program, and stores its exit status, standard output and standard error.
 run() {
     status=0
     "$wine" "$bin/orvel-graphic-cards.exe" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
@@ -34,7 +34,7 @@ fits_80_columns() { ! awk 'length > 80' "$work/out" | grep .; }
 has_no_carriage_return() { ! grep -q $'\r' "$work/out"; }
 json_is() { [ "$(jq -c "$1" "$work/out")" = "$2" ]; }
 
-# refused NAME TEXT PART…: a machine file of this text is refused in one line that holds every part.
+# refused NAME TEXT PART…: a machine file with this text is refused in one line that contains every part.
 refused() {
     local name=$1
     printf '%s' "$2" >"$work/machine.json"
@@ -112,7 +112,7 @@ jq '.wmi.classes.Win32_PhysicalMemory[].SMBIOSMemoryType = 34' "$source/machines
 run --machine "$work/ddr5.json" --json
 check "an infinite number is a text" json_is '.cards[0].MemoryBandwidth' '"Infinity"'
 
-# On a Windows before Vista there is no desktop composition, and it is not asked for.
+# Windows before Vista has no desktop composition, so it is not queried.
 old_windows='HKCU\Software\Wine\AppDefaults\orvel-old-windows.exe'
 cp "$bin/orvel-graphic-cards.exe" "$bin/orvel-old-windows.exe"
 "$wine" reg add "$old_windows" /v Version /d winxp64 /f >/dev/null 2>&1 </dev/null
@@ -267,7 +267,7 @@ check "a missing OpenCL loader exits with 2" exits_with 2
 check "a missing OpenCL loader is reported with what provides it" prints "any vendor's display driver"
 check "the verdict is in words" prints "Nothing can be enumerated."
 
-# vendor_words MACHINE WORDS: Intel's, NVIDIA's and AMD's.
+# vendor_words MACHINE WORDS: the states of Intel, NVIDIA and AMD.
 vendor_words() {
     run --machine "$1" --doctor --json
     check "--doctor's words for the vendors of $1" json_is \
@@ -292,7 +292,7 @@ jq '.dxgi.factory = "0x80004005"' "$source/machines/workstation.json" >"$work/re
 vendor_words "$work/refused-dxgi.json" "no-dxgi ok no-dxgi"
 run --machine ddr5-desktop --doctor
 check "--doctor has the words in its text too" prints "unsupported-memory-type"
-# A vendor is ok where the machine's reviewed records have one of its cards, and only there.
+# A vendor is ok if and only if the machine's reviewed records contain one of its cards.
 for machine_file in "$source"/machines/*.json; do
     name=$(basename "$machine_file" .json)
     run --machine "$name" --doctor --json
@@ -310,7 +310,7 @@ check "without any nvml.dll the exit status is 3" exits_with 3
 check "the missing nvml.dll is named" says "nvml.dll"
 check "the missing nvml.dll is reported in one line" is_one_line
 check "a program without its library prints nothing" is_silent
-cp "$bin_folder/stand-in-driver/nvml.dll" "$work/bin/" # an old one, without nvmlDeviceGetSerial
+cp "$bin_folder/stand-in-driver/nvml.dll" "$work/bin/" # an old version, without nvmlDeviceGetSerial
 mkdir "$work/bin/fallback"
 cp "$bin_folder/fallback/nvml.dll" "$work/bin/fallback/"
 run --json

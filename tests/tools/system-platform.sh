@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The product on a platform that is not simulated: Wine's own WMI, DXGI and registry describe an Intel adapter on a virtual
-# display; only OpenCL, which Wine has no driver for, is simulated. system-platform.sh SOURCE
+# system-platform.sh SOURCE: tests the product with Wine's own WMI, DXGI and registry, which describe an Intel adapter on a virtual
+# display. Only OpenCL, for which Wine has no driver, is simulated.
 set -euo pipefail
 source=$1
 work=$(mktemp -d)
@@ -55,7 +55,7 @@ is '.cards[0].MemoryBandwidth == 0' true
 is '.cards[0].Cores' 24
 is '.cards[0].AvailabilityStatus' '"RunningFullPower"'
 is '.cards[0].UserConfig' false
-warnings='["Failed to get ConfigManagerUserConfig from WMI"]' # which Wine's WMI has from version 10 on
+warnings='["Failed to get ConfigManagerUserConfig from WMI"]' # Wine's WMI has this property since version 10
 [ "$(/usr/lib/wine/wine64 --version | sed 's/^wine-\([0-9]*\).*/\1/')" -lt 10 ] || warnings='[]'
 is '[.log[] | select(.severity == "warning") | .message]' "$warnings"
 is '.live.wmi' 0

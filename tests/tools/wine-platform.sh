@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The product on a platform where nothing is simulated: Wine's own WMI, DXGI and registry describe an Intel adapter on a virtual
-# display, and Mesa's OpenCL offers the processor as a GPU. wine-platform.sh SOURCE BUILD WINE
+# wine-platform.sh SOURCE BUILD WINE: tests the product without simulation. Wine's own WMI, DXGI and registry describe an Intel
+# adapter on a virtual display, and Mesa's OpenCL reports the processor as a GPU.
 set -uo pipefail
 source=$1
 build=$2
@@ -12,7 +12,7 @@ json_is() { [ "$(jq -c "$2" "$work/$1")" = "$3" ] || { echo "$2 is $(jq -c "$2" 
 
 # --- WMI ----------------------------------------------------------------------------------------------------------------------
 
-# Wine's LIKE takes a % inside a pattern from version 10 on. Before that, Intel's query finds no row there.
+# Wine's LIKE supports a % inside a pattern since version 10. In earlier versions, Intel's query finds no row.
 version=$("$wine" --version | sed 's/^wine-\([0-9]*\).*/\1/')
 ORVEL_DISPLAY=1 ORVEL_WINE_ADAPTER=8086:1912 "$source/dev" host --json >"$work/display.json" 2>"$work/errors"
 ORVEL_DISPLAY=1 ORVEL_WINE_ADAPTER=8086:1912 "$source/dev" host --doctor --json >"$work/doctor.json" 2>>"$work/errors"
@@ -32,9 +32,9 @@ export RUSTICL_ENABLE=llvmpipe RUSTICL_DEVICE_TYPE=gpu
 clinfo --raw >"$work/clinfo" 2>>"$work/errors"
 "$wine" "$build/bin/orvel-print-opencl-devices.exe" 2>>"$work/errors" | tr -d '\r' >"$work/opencl.json"
 
-# expected PROPERTY: what clinfo prints of it, one line a device.
+# expected PROPERTY: the values that clinfo prints, one line per device.
 expected() { sed -n "s/^\[.*\] *$1  *//p" "$work/clinfo" | sed 's/ *$//'; }
-# has_same PROPERTY: OpenCLWrapper reads of each device what clinfo prints. Both print a vendor's 0 alike, in any base.
+# has_same PROPERTY: OpenCLWrapper reads the same value from each device as clinfo. A vendor id of 0 is the same text in any base.
 has_same() { diff <(expected "$1") <(jq -r ".devices[].$1" "$work/opencl.json"); }
 check "the platform has a GPU" json_is opencl.json '.devices | length' 1
 for property in CL_DEVICE_NAME CL_DEVICE_VENDOR_ID CL_DEVICE_MAX_CLOCK_FREQUENCY CL_DEVICE_MAX_COMPUTE_UNITS CL_DEVICE_MAX_CONSTANT_ARGS; do

@@ -13,7 +13,7 @@ using orvel::shared::wmi::WMIClient;
 
 namespace {
 
-/// Opens the readers to the tests.
+/// Makes the protected readers accessible to the tests.
 struct Readers : BaseGraphicCard {
     void QueryInfo(GraphicCardList&) override {}
     using BaseGraphicCard::GetAdapterName;
@@ -29,7 +29,7 @@ struct Readers : BaseGraphicCard {
     using BaseGraphicCard::IsAeroEnabled;
 };
 
-/// Reads something of the machine's first video controller.
+/// The result of a reader on the machine's first video controller.
 template <typename Read>
 auto OfFirstRow(const Json& machine, Read read)
 {
@@ -88,7 +88,7 @@ const std::vector<Reader> readers = {
 
 } // namespace
 
-TEST_CASE("Each reader gives its property of the current row and logs nothing")
+TEST_CASE("Each reader returns its property of the current row and logs nothing")
 {
     for (const Reader& reader : readers) {
         CAPTURE(reader.Property);
@@ -98,7 +98,7 @@ TEST_CASE("Each reader gives its property of the current row and logs nothing")
     }
 }
 
-TEST_CASE("A property that is missing, refused or null gives the reader's default and one warning")
+TEST_CASE("For a missing, failing or null property the reader returns its default and logs one warning")
 {
     for (const Reader& reader : readers) {
         for (const Json& failure : {Json(), Json{{"status", "0x80041001"}}, Json("missing")}) {
@@ -116,7 +116,7 @@ TEST_CASE("A property that is missing, refused or null gives the reader's defaul
     }
 }
 
-TEST_CASE("Without a current row every reader gives its default")
+TEST_CASE("Without a current row every reader returns its default")
 {
     for (const Reader& reader : readers) {
         CAPTURE(reader.Property);
@@ -128,14 +128,14 @@ TEST_CASE("Without a current row every reader gives its default")
     }
 }
 
-TEST_CASE("A positive status is a failure as much as a negative one")
+TEST_CASE("A positive status is a failure, like a negative one")
 {
     Json machine = HealthyLaptop();
     VideoController(machine)["Status"] = {{"status", 262148}}; // timed out
     CHECK(OfFirstRow(machine, [](const Readers& r, WMIClient& row) { return r.GetAdapterStatus(row); }) == "");
 }
 
-TEST_CASE("A missing width keeps the height from being asked")
+TEST_CASE("Without a width the height is not read")
 {
     Json machine = HealthyLaptop();
     VideoController(machine)["CurrentHorizontalResolution"] = nullptr;
@@ -157,7 +157,7 @@ TEST_CASE("AdapterRam counts whole mebibytes")
     }
 }
 
-TEST_CASE("A signed number, digits and a flag are read as a number")
+TEST_CASE("A signed number, a fraction and a text of digits are read as a number")
 {
     const auto refreshRate = [](const Json& value) {
         Json machine = HealthyLaptop();
@@ -171,7 +171,7 @@ TEST_CASE("A signed number, digits and a flag are read as a number")
     CHECK(refreshRate("sixty") == 0);
 }
 
-TEST_CASE("A flag that arrives as another type is true where it converts to true")
+TEST_CASE("A flag of another type is true if it converts to true")
 {
     const auto userConfig = [](const Json& value) {
         Json machine = HealthyLaptop();
@@ -185,7 +185,7 @@ TEST_CASE("A flag that arrives as another type is true where it converts to true
     CHECK_FALSE(userConfig("perhaps"));
 }
 
-TEST_CASE("Desktop composition is what the window manager says, and off where it fails")
+TEST_CASE("Desktop composition is as the window manager reports it, and off if its call fails")
 {
     const auto isAeroEnabled = [](const Json& dwm) {
         Json machine = HealthyLaptop();

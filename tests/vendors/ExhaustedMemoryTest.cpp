@@ -1,4 +1,4 @@
-// Memory that runs out at any one place: nothing stays open, no process ends, and the other vendors run.
+// If any single allocation fails, nothing stays open, the process continues, and the other vendors run.
 
 #include <new>
 #include <optional>
@@ -20,7 +20,7 @@ namespace {
 
 void TakeNothing(int, const char*, const char*, void*) {}
 
-/// Runs `operation` with each of its allocations failing in turn, until none is left that could fail; how many there are.
+/// Runs `operation` once for each of its allocations, which then fails. Returns the number of allocations.
 template <typename Operation, typename Check>
 size_t FailEachAllocation(FailingMemory::Until until, size_t step, Operation operation, Check check)
 {
@@ -39,7 +39,7 @@ size_t FailEachAllocation(FailingMemory::Until until, size_t step, Operation ope
     }
 }
 
-/// Makes a client of an interface, whatever comes of it.
+/// Constructs a client of an interface, and ignores failure.
 template <typename Client>
 void Make()
 {
@@ -62,28 +62,28 @@ void CheckLeavesNothingOpen(const char* driver, const Json& machine)
 
 } // namespace
 
-TEST_CASE("A client of NVAPI that cannot be made for want of memory leaves NVAPI unloaded")
+TEST_CASE("If memory runs out while an NVAPI client is constructed, NVAPI is unloaded")
 {
     Json machine = Machine("workstation");
     SUBCASE("GPUs") {}
-    SUBCASE("a refusal of the GPUs")
+    SUBCASE("a failing GPU list")
     {
         machine["nvapi"]["NvAPI_EnumPhysicalGPUs"] = -1;
     }
     CheckLeavesNothingOpen<NvapiClient>("nvapi", machine);
 }
 
-TEST_CASE("A client of NVML that cannot be made for want of memory leaves NVML shut down")
+TEST_CASE("If memory runs out while an NVML client is constructed, NVML is shut down")
 {
     CheckLeavesNothingOpen<NvmlClient>("nvml", Machine("workstation"));
 }
 
-TEST_CASE("A wrapper of ADL that is made without memory for its lines destroys its context")
+TEST_CASE("An ADL wrapper without memory for its log lines destroys its context")
 {
     CheckLeavesNothingOpen<ADLWrapper>("adl", Machine("workstation"));
 }
 
-TEST_CASE("Memory that runs out costs a vendor's run or a line, and never the process")
+TEST_CASE("If memory runs out, a vendor's run or a log line is lost, and the process continues")
 {
     Simulate(Machine("workstation"));
     LogLines messages;
@@ -103,7 +103,7 @@ TEST_CASE("Memory that runs out costs a vendor's run or a line, and never the pr
                     cards.emplace();
                     cards->QueryGraphicCards();
                 } catch (const std::bad_alloc&) {
-                    CHECK((!cards || cards->size() == 0)); // before the first vendor only
+                    CHECK((!cards || cards->size() == 0)); // only before the first vendor's run
                 }
             },
             [&] {

@@ -1,5 +1,5 @@
-// Stands in for orvel-shared-wmi-client.dll: one row with one adapter of each vendor. Reading a text fails, and writes
-// something before it does, for every property but those without which there would be no record.
+// Replaces orvel-shared-wmi-client.dll: one row with one adapter of each vendor. Reading a text writes something and then
+// fails, except for the properties without which there would be no record.
 
 #include <cstring>
 #include <string>

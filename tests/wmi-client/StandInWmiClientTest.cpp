@@ -1,4 +1,4 @@
-// The library with another client for WMI than ours, one that writes before it fails.
+// The library with another WMI client DLL, which writes before it fails.
 
 #include <doctest/doctest.h>
 

@@ -39,7 +39,7 @@ std::pair<long, T> Read(const Json& value, T otherwise)
     return {status, otherwise};
 }
 
-/// What a thread finds out about the computer's own WMI.
+/// The results of a thread on the computer's own WMI.
 struct SystemAnswers {
     long Query = -1;
     bool HasRow = false;
@@ -78,7 +78,7 @@ void CheckSystem(const SystemAnswers& answers)
     CHECK(answers.Query == 0);
     CHECK(answers.HasRow);
     CHECK(answers.Text == 0);
-    CHECK(answers.Name == "VideoController1"); // what Wine calls its adapter where there is no display
+    CHECK(answers.Name == "VideoController1"); // Wine's name for its adapter
     CHECK(answers.Number == 0);
     CHECK(answers.Availability == 3);
     CHECK(answers.Float == 0);
@@ -90,7 +90,7 @@ void CheckSystem(const SystemAnswers& answers)
     CHECK_FALSE(answers.HasRowAfterFailure);
 }
 
-/// Runs on a thread of its own, which is in this apartment. Nothing is checked there: the test framework is not made for it.
+/// Runs on a new thread in this apartment. The thread must not use checks, because the test framework does not support it.
 void RunIn(DWORD apartment, const std::function<void()>& run)
 {
     HRESULT status = E_FAIL;
@@ -148,7 +148,7 @@ TEST_CASE("Text is UTF-8, and numbers are read as their decimal text")
     CHECK(Read(1920, std::string()) == Pair{0, "1920"});
 }
 
-TEST_CASE("A null, a missing and a failing property fail and leave the output unchanged")
+TEST_CASE("Reading a null, missing or failing property fails and leaves the output unchanged")
 {
     using Text = std::pair<long, std::string>;
     using Number = std::pair<long, uint32_t>;
@@ -354,7 +354,7 @@ TEST_CASE("A query that times out fails")
     CHECK_FALSE(client.GetNext());
 }
 
-TEST_CASE("A row that WMI cannot return ends the rows")
+TEST_CASE("If WMI fails to return a row, the rows end")
 {
     Simulate({{"wmi",
                {{"classes", {{"Thing", {{{"P", 1}}, {{"P", 2}}, {{"P", 3}}}}}},
@@ -370,7 +370,7 @@ TEST_CASE("A row that WMI cannot return ends the rows")
 
 TEST_CASE("On a thread without COM every query fails with COM's own status")
 {
-    // Where another thread holds a multi-threaded apartment, one without COM joins it; so this runs in a process of its own.
+    // A thread without COM joins the multi-threaded apartment of any other thread, so this test runs in its own process.
     if (!std::getenv("ORVEL_TEST_WITHOUT_COM")) {
         return;
     }

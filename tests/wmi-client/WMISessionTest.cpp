@@ -27,7 +27,7 @@ Json Things(const Json& failures = Json::array())
     return {{"wmi", {{"classes", {{"Thing", rows}}}, {"failures", failures}}}};
 }
 
-/// The property of all rows that a new client reads; empty when its query fails.
+/// The property of all rows, read by a new client; empty if its query fails.
 std::vector<uint32_t> ReadAll(const wchar_t* wql = things, const wchar_t* property = L"P")
 {
     std::vector<uint32_t> values;
@@ -72,7 +72,7 @@ TEST_CASE("In a session a row is fetched when a client first requests it")
     const WMISession session;
     WMIClient first(cimv2);
     REQUIRE(first.Query(things) == 0);
-    CHECK(Only(Trace(), "wmi next").size() == 1); // the query waits for it
+    CHECK(Only(Trace(), "wmi next").size() == 1); // Query waits for the first row
     REQUIRE(first.GetNext());
     CHECK(Only(Trace(), "wmi next").size() == 1);
     WMIClient second(cimv2);

@@ -15,19 +15,19 @@ constexpr int refused = -1;
 const std::string ready = "error ADLWrapper::ADLWrapper: ADL initialized successfully";
 const std::string destroyed = "error ADLWrapper::~ADLWrapper: ADL Destroyed successfully";
 
-/// A machine whose adapter answers one function.
+/// A machine whose adapter supports one function.
 Json MachineWith(const std::string& function, const Json& answer)
 {
     return {{"adl", {{"adapters", {{std::to_string(adapter), {{function, answer}}}}}}}};
 }
 
-/// The answer of a call that fails although it writes.
+/// The answer of a call that writes its value and fails.
 Json Refused(const Json& value)
 {
     return {{"status", refused}, {"value", value}};
 }
 
-/// A machine whose adapter answers every function, and with something else than the default.
+/// A machine whose adapter supports every function, with values other than the defaults.
 Json TalkativeMachine()
 {
     return {{"adl",
@@ -41,7 +41,7 @@ Json TalkativeMachine()
                   {"ADL2_Workstation_ECCData_Get", Refused({{"iSec", 4}, {"iDed", 3}})}}}}}}}};
 }
 
-/// All values that are read of an adapter.
+/// All values that the wrapper reads from an adapter.
 struct Answers {
     uint32_t Cores = 4608;
     uint32_t Rops = 96;
@@ -94,7 +94,7 @@ uint32_t EccStatusOf(const Json& supported, const Json& modes)
 
 } // namespace
 
-TEST_CASE("Without ADL's library there is one line, no context, and every property has its default")
+TEST_CASE("Without ADL's library one line is logged, there is no context, and every property has its default")
 {
     Simulate(Json::object());
     HostLog log;
@@ -116,11 +116,11 @@ TEST_CASE("A wrapper holds one ADL context until it is destroyed")
     CHECK(Trace() == std::vector<std::string>{"adl ADL2_Main_Control_Create", "adl ADL2_Main_Control_Destroy"});
 }
 
-TEST_CASE("ADL is said to be initialised, as an error, even where no context was created")
+TEST_CASE("ADL's initialisation is logged as an error line, even if no context was created")
 {
     Json machine = TalkativeMachine();
     SUBCASE("a context") {}
-    SUBCASE("a refusal")
+    SUBCASE("a failing call")
     {
         machine["adl"]["ADL2_Main_Control_Create"] = refused;
         machine["adl"]["context"] = false;
@@ -140,7 +140,7 @@ TEST_CASE("ADL is said to be initialised, as an error, even where no context was
     CHECK(Live()["adl"] == 0);
 }
 
-TEST_CASE("Only the context shows whether it was created, not the result of the call")
+TEST_CASE("A context is used if the call returns one, whatever the call's status")
 {
     Json machine = TalkativeMachine();
     machine["adl"]["ADL2_Main_Control_Create"] = refused;
@@ -159,16 +159,16 @@ TEST_CASE("A context that was never created is not destroyed")
     CHECK(Trace() == std::vector<std::string>{"adl ADL2_Main_Control_Create"});
 }
 
-TEST_CASE("Adapters are asked without a context too, where the function that needs none answers alone")
+TEST_CASE("Adapters are queried even without a context, and only the function that needs none succeeds")
 {
     Json machine = TalkativeMachine();
     machine["adl"]["context"] = false;
     Simulate(machine);
     CHECK(Ask() == Answers{0, 0, false, 16, 0, 0, 0});
-    CHECK(Only(Trace(), "adl ADL2_Workstation").size() == 3); // no mode without ECC
+    CHECK(Only(Trace(), "adl ADL2_Workstation").size() == 3); // the mode is not queried without ECC
 }
 
-TEST_CASE("Destroying a wrapper again only logs again")
+TEST_CASE("Destroying a wrapper twice only repeats the log line")
 {
     Simulate(TalkativeMachine());
     HostLog log;
@@ -183,7 +183,7 @@ TEST_CASE("Destroying a wrapper again only logs again")
     CHECK(Trace() == std::vector<std::string>{"adl ADL2_Main_Control_Create", "adl ADL2_Main_Control_Destroy"});
 }
 
-TEST_CASE("Where the function that destroys contexts is missing the context stays, and the wrapper forgets it")
+TEST_CASE("If ADL2_Main_Control_Destroy is missing, the context stays open, and the wrapper no longer has it")
 {
     Json machine = TalkativeMachine();
     machine["adl"]["missing"] = Json::array({"ADL2_Main_Control_Destroy"});
@@ -197,13 +197,13 @@ TEST_CASE("Where the function that destroys contexts is missing the context stay
     CHECK(log.Lines == LogLines{ready, destroyed});
 }
 
-TEST_CASE("An adapter that answers everything has all its properties")
+TEST_CASE("An adapter that supports every function has all properties")
 {
     Simulate(TalkativeMachine());
     CHECK(Ask() == Answers{});
 }
 
-TEST_CASE("A missing function leaves its own properties at their defaults, and only those")
+TEST_CASE("If a function is missing, exactly its own properties have their defaults")
 {
     struct Case {
         const char* Function;
@@ -214,7 +214,7 @@ TEST_CASE("A missing function leaves its own properties at their defaults, and o
              Case{"ADL2_Adapter_Crossfire_Get", {.Crossfire = false}},
              Case{"ADL_Overdrive5_CurrentActivity_Get", {.PciLanes = 0}},
              Case{"ADL2_Workstation_ECC_Caps", {.EccStatus = 0}},
-             Case{"ADL2_Workstation_ECC_Get", {.EccStatus = 5}}, // the flag of the first call
+             Case{"ADL2_Workstation_ECC_Get", {.EccStatus = 5}}, // the supported flag
              Case{"ADL2_Workstation_ECCData_Get", {.EccSingleBitErrors = 0, .EccDoubleBitErrors = 0}},
              Case{"ADL_Adapter_ObservedClockInfo_Get", {}},
          }) {
@@ -227,7 +227,7 @@ TEST_CASE("A missing function leaves its own properties at their defaults, and o
     }
 }
 
-TEST_CASE("An adapter that ADL does not know has the defaults: what a failing call leaves unwritten is 0")
+TEST_CASE("An adapter that ADL does not know has the defaults, because unwritten outputs are 0")
 {
     Simulate(TalkativeMachine());
     CHECK(Ask(adapter + 1) == none);
@@ -235,7 +235,7 @@ TEST_CASE("An adapter that ADL does not know has the defaults: what a failing ca
     CHECK(Ask() == none);
 }
 
-TEST_CASE("Cores are compute units times elements, 0 unless both are above 0")
+TEST_CASE("The number of cores is compute units times elements, or 0 unless both are above 0")
 {
     CHECK(CoresOf(36, 128) == 4608);
     CHECK(CoresOf(1, 1) == 1);
@@ -248,7 +248,7 @@ TEST_CASE("Cores are compute units times elements, 0 unless both are above 0")
     CHECK(CoresOf(-2, -2) == 0);
 }
 
-TEST_CASE("Cores and ROPs are taken whatever the call answers")
+TEST_CASE("Cores and ROPs are used whatever the call's status")
 {
     Simulate(
         MachineWith("ADL2_Adapter_Graphic_Core_Info_Get", Refused({{"iNumCUs", 3}, {"iNumPEsPerCU", 64}, {"iNumROPs", 8}})));
@@ -257,7 +257,7 @@ TEST_CASE("Cores and ROPs are taken whatever the call answers")
     CHECK(adl.GetRops(adapter) == 8);
 }
 
-TEST_CASE("A number of ROPs is 0 unless it is above 0")
+TEST_CASE("The number of ROPs is 0 unless ADL's number is above 0")
 {
     struct Case {
         int Given;
@@ -270,7 +270,7 @@ TEST_CASE("A number of ROPs is 0 unless it is above 0")
     }
 }
 
-TEST_CASE("CrossFire is supported when the flag is exactly 1, whatever the call answers")
+TEST_CASE("CrossFire is supported if the flag is exactly 1, whatever the call's status")
 {
     for (const int flag : {-1, 0, 1, 2}) {
         CAPTURE(flag);
@@ -281,15 +281,16 @@ TEST_CASE("CrossFire is supported when the flag is exactly 1, whatever the call 
     }
 }
 
-TEST_CASE("Bus lanes are taken when ADL reports failure, and are 0 when it reports success")
+TEST_CASE("The number of bus lanes is used if ADL reports failure, and is 0 if ADL reports success")
 {
     CHECK(LanesOf({{"iMaximumBusLanes", 16}}) == 0);
     CHECK(LanesOf(Refused({{"iMaximumBusLanes", 16}})) == 16);
-    CHECK(LanesOf({{"status", 1}, {"value", {{"iMaximumBusLanes", 8}}}}) == 8); // ADL's success with a warning
+    CHECK(LanesOf({{"status", 1}, {"value", {{"iMaximumBusLanes", 8}}}}) ==
+          8); // 1 is ADL's status for a success with warnings
     CHECK(LanesOf({{"status", refused}}) == 0);
 }
 
-TEST_CASE("A negative number of bus lanes is 0")
+TEST_CASE("A negative number of bus lanes becomes 0")
 {
     CHECK(LanesOf(Refused({{"iMaximumBusLanes", -1}})) == 0);
     CHECK(LanesOf(Refused({{"iMaximumBusLanes", 0}})) == 0);
@@ -297,7 +298,7 @@ TEST_CASE("A negative number of bus lanes is 0")
     CHECK(LanesOf(Refused({{"iMaximumBusLanes", 2}})) == 2);
 }
 
-TEST_CASE("An ECC mode that ADL reports successfully gives status 1 for every mode")
+TEST_CASE("If ADL reports the ECC mode successfully, the status is 1 for every mode")
 {
     for (const int mode : {-1, 0, 1, 2, 3}) {
         CAPTURE(mode);
@@ -306,18 +307,19 @@ TEST_CASE("An ECC mode that ADL reports successfully gives status 1 for every mo
     }
 }
 
-TEST_CASE("Of a failed ECC mode 0 gives status 1 and 2 gives status 2, any other leaves the supported flag")
+TEST_CASE(
+    "If the call for the ECC mode fails, mode 0 is status 1, mode 2 is status 2, and for others the supported flag is used")
 {
     CHECK(EccStatusOf(5, Refused(Modes(0))) == 1);
     CHECK(EccStatusOf(5, Refused(Modes(2))) == 2);
     CHECK(EccStatusOf(5, Refused(Modes(1))) == 5);
     CHECK(EccStatusOf(5, Refused(Modes(3))) == 5);
     CHECK(EccStatusOf(5, Refused(Modes(-1))) == 5);
-    CHECK(EccStatusOf(5, {{"status", refused}}) == 1); // nothing written: mode 0
+    CHECK(EccStatusOf(5, {{"status", refused}}) == 1); // an unwritten mode is 0
     CHECK(EccStatusOf(1, Refused(Modes(1))) == 1);
 }
 
-TEST_CASE("Any supported flag but 0 asks for the ECC mode, and the flag is taken whatever its call answers")
+TEST_CASE("The ECC mode is queried for any supported flag except 0, whatever the status of the flag's call")
 {
     for (const int flag : {-1, 1, 2}) {
         CAPTURE(flag);
@@ -332,7 +334,7 @@ TEST_CASE("Any supported flag but 0 asks for the ECC mode, and the flag is taken
     CHECK(Only(Trace(), "adl ADL2_Workstation_ECC_Get").empty());
 }
 
-TEST_CASE("ECC error counts are taken when ADL reports failure, each by a call of its own")
+TEST_CASE("ECC error counts are used if ADL reports failure, and each has its own call")
 {
     for (const int count : {0, 1, 2}) {
         CAPTURE(count);
@@ -344,7 +346,7 @@ TEST_CASE("ECC error counts are taken when ADL reports failure, each by a call o
     }
 }
 
-TEST_CASE("ECC error counts are 0 when ADL reports success")
+TEST_CASE("ECC error counts are 0 if ADL reports success")
 {
     Simulate(MachineWith("ADL2_Workstation_ECCData_Get", {{"iSec", 4}, {"iDed", 3}}));
     const ADLWrapper adl;

@@ -23,7 +23,7 @@ void __stdcall Free(void** buffer)
     *buffer = nullptr;
 }
 
-/// A context of the machine's ADL.
+/// A new context of the machine's ADL.
 void* NewContext()
 {
     const ModuleHandle adl(::LoadLibraryW(L"atiadlxx.dll"));
@@ -55,7 +55,7 @@ std::vector<std::string> AdlxTrace()
     return Only(Trace(), "adlx");
 }
 
-/// The library as the process has it once the simulation has given its own reference back.
+/// Whether the library is still loaded after the simulation has released its own reference.
 bool IsLibraryLoaded()
 {
     Simulate(Json::object());
@@ -69,7 +69,7 @@ const std::vector<std::string> entryPoints = {
 
 } // namespace
 
-TEST_CASE("A machine without ADLX's library fails with 3")
+TEST_CASE("Without ADLX's library the initialisation fails with 3")
 {
     Simulate(MachineWithoutAdlx());
     ADLXHelper helper;
@@ -79,7 +79,7 @@ TEST_CASE("A machine without ADLX's library fails with 3")
     CHECK(helper.GetAdlMapping() == nullptr);
 }
 
-TEST_CASE("Each of the six entry points that is missing fails with 3, before ADLX is asked for anything")
+TEST_CASE("If one of the six entry points is missing, the initialisation fails with 3 before any call of ADLX")
 {
     for (const std::string& name : entryPoints) {
         CAPTURE(name);
@@ -90,12 +90,12 @@ TEST_CASE("Each of the six entry points that is missing fails with 3, before ADL
         CHECK(helper.GetSystemServices() == nullptr);
         CHECK(AdlxTrace().empty());
         helper.Terminate();
-        CHECK(AdlxTrace().size() == (name == "ADLXTerminate" ? 0 : 1)); // what there is of it is still called
+        CHECK(AdlxTrace().size() == (name == "ADLXTerminate" ? 0 : 1)); // ADLXTerminate is still called if it exists
         CHECK_FALSE(IsLibraryLoaded());
     }
 }
 
-TEST_CASE("A library with gaps stays loaded and is not searched again before it is terminated")
+TEST_CASE("A library with missing functions stays loaded, and its functions are not looked up again before a termination")
 {
     Simulate(MachineWith({{"missing", Json::array({"ADLXInitialize"})}}));
     ADLXHelper helper;
@@ -106,7 +106,7 @@ TEST_CASE("A library with gaps stays loaded and is not searched again before it 
     CHECK(InitializeWithAdl(helper) == 0);
 }
 
-TEST_CASE("A null context or callback fails with 4 and loads nothing")
+TEST_CASE("With a null context or callback the initialisation fails with 4 and loads nothing")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
@@ -117,7 +117,7 @@ TEST_CASE("A null context or callback fails with 4 and loads nothing")
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("Results 0, 1 and 2 are success and hand the interfaces out")
+TEST_CASE("Results 0, 1 and 2 are successes, and the interfaces are available")
 {
     for (const int result : {0, 1, 2}) {
         CAPTURE(result);
@@ -133,7 +133,7 @@ TEST_CASE("Results 0, 1 and 2 are success and hand the interfaces out")
     }
 }
 
-TEST_CASE("Results above 2 are failure, handed on as they are, without interfaces")
+TEST_CASE("Results above 2 are failures, which are returned unchanged, without interfaces")
 {
     for (const int result : {3, 4, 8, 12}) {
         CAPTURE(result);
@@ -148,7 +148,7 @@ TEST_CASE("Results above 2 are failure, handed on as they are, without interface
     }
 }
 
-TEST_CASE("The versions are asked for before ADLX is initialised")
+TEST_CASE("The versions are queried before ADLX is initialised")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
@@ -157,7 +157,7 @@ TEST_CASE("The versions are asked for before ADLX is initialised")
                                                   "adlx ADLXInitializeWithCallerAdl"});
 }
 
-TEST_CASE("ADLX without ADL has a system and no mapping")
+TEST_CASE("ADLX that is initialised without ADL has a system and no mapping")
 {
     for (const int result : {0, 1, 2}) {
         CAPTURE(result);
@@ -171,7 +171,7 @@ TEST_CASE("ADLX without ADL has a system and no mapping")
     }
 }
 
-TEST_CASE("ADLX that is initialised twice answers 2, and one termination ends it")
+TEST_CASE("A second initialisation of ADLX returns 2, and one termination ends both")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
@@ -184,7 +184,7 @@ TEST_CASE("ADLX that is initialised twice answers 2, and one termination ends it
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("Another user of ADLX in the process makes no difference")
+TEST_CASE("ADLX that other code of the process has initialised can be initialised again")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper other;
@@ -195,7 +195,7 @@ TEST_CASE("Another user of ADLX in the process makes no difference")
     CHECK(helper.GetAdlMapping() != nullptr);
 }
 
-TEST_CASE("Termination clears the interfaces, ends ADLX and gives the library back")
+TEST_CASE("The termination clears the interfaces, terminates ADLX and unloads the library")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
@@ -208,7 +208,7 @@ TEST_CASE("Termination clears the interfaces, ends ADLX and gives the library ba
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("The library stays in the process until the termination")
+TEST_CASE("The library stays loaded until the termination")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
@@ -218,7 +218,7 @@ TEST_CASE("The library stays in the process until the termination")
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("ADLX whose initialisation fails is terminated and released")
+TEST_CASE("After a failed initialisation the termination ends ADLX and unloads the library")
 {
     Simulate(MachineWith({{"ADLXInitializeWithCallerAdl", 3}}));
     ADLXHelper helper;
@@ -228,7 +228,7 @@ TEST_CASE("ADLX whose initialisation fails is terminated and released")
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("Where ADLX is not loaded a termination does nothing")
+TEST_CASE("A termination without an initialisation does nothing")
 {
     Simulate(MachineWith(Json::object()));
     ADLXHelper helper;
@@ -251,7 +251,7 @@ TEST_CASE("After termination ADLX can be initialised again")
     }
 }
 
-TEST_CASE("A helper that goes out of use terminates ADLX")
+TEST_CASE("The destructor of the helper terminates ADLX")
 {
     Simulate(MachineWith(Json::object()));
     {
@@ -262,7 +262,7 @@ TEST_CASE("A helper that goes out of use terminates ADLX")
     CHECK_FALSE(IsLibraryLoaded());
 }
 
-TEST_CASE("The process has one ADLX")
+TEST_CASE("The process has one ADLX helper")
 {
     CHECK(&Adlx() == &Adlx());
 }

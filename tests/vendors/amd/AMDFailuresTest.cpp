@@ -1,4 +1,4 @@
-// What ends AMD's run, and what it leaves behind.
+// The failures that end AMD's run, and the state after them.
 
 #include "vendors/amd/AMD.h"
 
@@ -17,7 +17,7 @@ namespace {
 const std::string videoControllersFailed =
     Line("error", "AMD::QueryInfo", "Failed to get Win32_VideoController fields from WMI");
 
-/// The run completed without a GPU; ADLX was never called if `isAdlxAsked` is false.
+/// Checks that the run completes without a GPU, and without calls of ADLX if `isAdlxAsked` is false.
 void CheckNoCards(const Json& machine, const LogLines& log, bool isAdlxAsked)
 {
     const Enumerated result = EnumerateAmd(machine);
@@ -27,7 +27,7 @@ void CheckNoCards(const Json& machine, const LogLines& log, bool isAdlxAsked)
     CHECK(Only(result.Trace, "adlx").empty() != isAdlxAsked);
 }
 
-/// A desktop whose ADLX GPU has another value.
+/// A desktop with another value for its ADLX GPU.
 Json DesktopWithGpu(const std::string& key, const Json& value)
 {
     Json machine = AmdDesktop();
@@ -44,7 +44,7 @@ Json DesktopWithRow(const std::string& property, const Json& value)
 
 } // namespace
 
-TEST_CASE("A machine without the OpenCL loader has no AMD records, and neither ADL nor ADLX is tried")
+TEST_CASE("A machine without the OpenCL loader has no AMD records, and neither ADL nor ADLX is loaded")
 {
     Json machine = AmdDesktop();
     machine.erase("opencl");
@@ -56,14 +56,14 @@ TEST_CASE("A machine without the OpenCL loader has no AMD records, and neither A
     CHECK(Only(result.Trace, "adl").empty());
 }
 
-TEST_CASE("Without ADL, ADLX is not tried")
+TEST_CASE("Without ADL, ADLX is not loaded")
 {
     Json machine = AmdDesktop();
     machine.erase("adl");
     CheckNoCards(machine, {adlFailed, noServices, adlDestroyed, adlDestroyed}, false);
 }
 
-TEST_CASE("Without an ADL context, ADLX is not tried")
+TEST_CASE("Without an ADL context, ADLX is not loaded")
 {
     Json machine = AmdDesktop();
     SUBCASE("refused")
@@ -77,7 +77,7 @@ TEST_CASE("Without an ADL context, ADLX is not tried")
     CheckNoCards(machine, {adlReady, noServices, adlDestroyed, adlDestroyed}, false);
 }
 
-TEST_CASE("Without ADLX there are both of its lines and no cards")
+TEST_CASE("Without ADLX both of its lines are logged, and there are no cards")
 {
     Json machine = AmdDesktop();
     machine.erase("adlx");
@@ -98,7 +98,7 @@ TEST_CASE("A library that lacks one of ADLX's six entry points is treated as mis
     }
 }
 
-TEST_CASE("ADLX whose initialisation fails gives both of its lines and no cards, and is terminated")
+TEST_CASE("If ADLX's initialisation fails, both of its lines are logged, there are no cards, and ADLX is terminated")
 {
     for (const int result : {3, 4, 8, 12}) {
         CAPTURE(result);
@@ -110,7 +110,7 @@ TEST_CASE("ADLX whose initialisation fails gives both of its lines and no cards,
     }
 }
 
-TEST_CASE("A failed or empty GPU list gives no cards, and ADLX is terminated")
+TEST_CASE("With a failed or empty GPU list there are no cards, and ADLX is terminated")
 {
     Json machine = AmdDesktop();
     SUBCASE("refused")
@@ -155,7 +155,7 @@ TEST_CASE("A failed WMI connection is a failed BIOS query of AMD's run")
         {Line("error", "Intel::QueryInfo", failed), adlReady, Line("error", "AMD::QueryInfo", failed), adlDestroyed}, false);
 }
 
-TEST_CASE("A failed query for the rows of a GPU ends the run at once: records stay, and so does ADLX")
+TEST_CASE("A failed query for the rows of a GPU ends the run at once; earlier records stay, and ADLX stays loaded")
 {
     Json machine = AmdTwoCards();
     AdlxGpu(machine, 1)["Name"] = "AMD Radeon RX 6600"; // two equal cards share one query
@@ -236,7 +236,7 @@ TEST_CASE("A vendor or device identifier that fails in ADLX ends the run at its 
     CheckAmdEnds(DesktopWithGpu("DeviceId", "FFFFFFFFFF"), "stoi argument out of range");
 }
 
-TEST_CASE("Records appended before an exception stay")
+TEST_CASE("Records that were appended before an exception stay")
 {
     Json machine = AmdTwoCards();
     AdlxGpu(machine, 1)["PNPString"] = "PCI";
@@ -256,7 +256,7 @@ TEST_CASE("A shared-memory text that is not a number, or too large, ends the run
     CheckAmdEnds(large, "stoi argument out of range");
 }
 
-TEST_CASE("The largest number of a shared-memory text that converts is taken")
+TEST_CASE("The largest shared-memory text that converts is used")
 {
     Json machine = AmdDesktop();
     machine["dxgi"]["adapters"][0]["SharedSystemMemory"] = 2147483647ULL << 30;
@@ -282,7 +282,7 @@ TEST_CASE("WMI codes without a name end AMD's run")
     }
 }
 
-TEST_CASE("Every query for the memory modules that fails leaves QueryGraphicCards as its status, with nothing open")
+TEST_CASE("QueryGraphicCards throws the status of a failed query for the memory modules, with nothing left open")
 {
     for (const char* query : {"SELECT Speed", "SELECT SMBIOSMemoryType", "SELECT TotalWidth"}) {
         CAPTURE(query);

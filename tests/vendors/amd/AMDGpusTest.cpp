@@ -1,4 +1,4 @@
-// What ADLX refuses or says about its GPUs, and what becomes of their records.
+// ADLX values and failures of a GPU, and the resulting records.
 
 #include <doctest/doctest.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 const std::string radeon = "AMD Radeon RX 6800 XT";
 
-/// The record of a desktop whose ADLX GPU has another value.
+/// The record of a desktop with another value for its ADLX GPU.
 Json CardWithGpu(const std::string& key, const Json& value)
 {
     Json machine = AmdDesktop();
@@ -87,7 +87,7 @@ TEST_CASE("A list that shrinks during the loop ends the loop early")
     CHECK(MemorySizes(result) == std::vector<uint32_t>{16384, 16384});
     CHECK(Only(result.Trace, "adlx At_GPUList") == std::vector<std::string>{"adlx At_GPUList 0"});
     CHECK(result.Log == WholeRun({fillRateDone}));
-    AdlxGpu(machine, 0)["At_GPUList"] = 3; // the size is asked again after a skipped GPU too
+    AdlxGpu(machine, 0)["At_GPUList"] = 3; // the size is read again after a skipped GPU too
     result = EnumerateAmd(machine);
     CHECK(result.Cards.empty());
     CHECK(result.Log == WholeRun({}));

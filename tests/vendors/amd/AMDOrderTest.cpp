@@ -51,10 +51,10 @@ const std::string rowsQuery = "wmi query SELECT * FROM Win32_VideoController WHE
 
 const Calls end = {"adlx Release IADLXGPUList", "adlx ADLXTerminate", "adl ADL2_Main_Control_Destroy"};
 
-/// What a GPU ends with, once its rows are read.
+/// The last calls for a GPU, after its rows are read.
 const Calls gpuEnd = {"adlx Release IADLXPerformanceMonitoringServices", "adlx Release IADLXGPU"};
 
-/// What the drivers are asked about one GPU whose memory supports no ECC, before the query for its rows.
+/// The driver calls for one GPU without ECC, before the query for its rows.
 Calls GpuCalls(const std::string& index, const std::string& adapter)
 {
     const std::string core = "adl ADL2_Adapter_Graphic_Core_Info_Get " + adapter;
@@ -83,7 +83,7 @@ Calls GpuCalls(const std::string& index, const std::string& adapter)
             "adlx Release IADLXGPUMetricsSupport"};
 }
 
-/// The queries for the first row's memory clock: it is asked with the other two figures of the memory modules.
+/// The queries for the first row's memory clock, which are sent with those for the other two figures of the memory modules.
 const Calls memoryQueries = {"wmi query SELECT Speed FROM Win32_PhysicalMemory",
                              "wmi query SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory",
                              "wmi query SELECT TotalWidth FROM Win32_PhysicalMemory"};
@@ -116,7 +116,7 @@ TEST_CASE("GPUs are read one after another, with the size after each, and WMI is
     CHECK(OrderOf(EnumerateAmd(AmdTwoCards())) == expected);
 }
 
-TEST_CASE("The BIOS serial number is read after the ADL context is created, and before ADLX is")
+TEST_CASE("The BIOS serial number is read after the ADL context is created, and before ADLX is initialised")
 {
     const Calls calls = OnlyThose(AmdCalls(EnumerateAmd(AmdDesktop()).Trace), {"adl ", "adlx ", "wmi get SerialNumber"});
     REQUIRE(calls.size() > 2);
@@ -125,7 +125,7 @@ TEST_CASE("The BIOS serial number is read after the ADL context is created, and 
     CHECK(calls[2] == "adlx ADLXQueryFullVersion");
 }
 
-TEST_CASE("A row's values are read in the fixed order, the machine's in between")
+TEST_CASE("The values of a row and of the machine are read in a fixed order")
 {
     const NotedRegistry registry(TestModule());
     const Enumerated result = EnumerateAmd(AmdDesktop());
@@ -165,7 +165,7 @@ TEST_CASE("A row's values are read in the fixed order, the machine's in between"
 
 namespace {
 
-/// A desktop that reports nothing but what ends the run where it is missing. OpenCL's second platform refuses to list its
+/// A desktop that only reports the values without which the run would end. OpenCL's second platform fails to list its
 /// devices, and the type of the memory has no bandwidth.
 Json SilentDesktop()
 {
@@ -191,7 +191,7 @@ std::string Unread(const std::string& getter, const std::string& text)
 
 } // namespace
 
-TEST_CASE("Where nothing can be read every property logs its line in that order")
+TEST_CASE("If no AMD property can be read, every property logs its line in the fixed order")
 {
     const Calls expected = {
         "adl ADL2_Main_Control_Create",
@@ -250,7 +250,7 @@ TEST_CASE("The ECC mode is read between its support and the errors, if ECC is su
                        "adl ADL2_Workstation_ECCData_Get 0", "adl ADL2_Workstation_ECCData_Get 0"});
 }
 
-TEST_CASE("Both metrics are read before a failure of either counts")
+TEST_CASE("Both metrics are read, even if the first one fails")
 {
     for (const char* call : {"GetSupportedGPUMetrics", "GetCurrentGPUMetrics"}) {
         CAPTURE(call);
@@ -263,7 +263,7 @@ TEST_CASE("Both metrics are read before a failure of either counts")
     }
 }
 
-TEST_CASE("Of the two initialisations of ADLX only the one on the caller's ADL is used, and the observed clock never")
+TEST_CASE("Only ADLXInitializeWithCallerAdl initialises ADLX, and the observed clock is never queried")
 {
     for (const char* name : {"amd-desktop", "amd-two-cards", "amd-workstation", "workstation"}) {
         CAPTURE(name);
@@ -325,13 +325,13 @@ TEST_CASE("A run ends with its last GPU, ADLX, ADL, OpenCL and WMI, in this orde
     CHECK(EndAfter(EnumerateAmd(AmdDesktop()), "wmi get Status") ==
           Calls{"adlx Release IADLXPerformanceMonitoringServices", "adlx Release IADLXGPU", "adlx Size",
                 "adlx Release IADLXGPUList", "adlx ADLXTerminate", "free amdadlx64.dll",
-                "free orvel-amd-tests.dll", // for the callback that ADLX had
+                "free orvel-amd-tests.dll", // releases the reference that protected ADLX's callback
                 "adl ADL2_Main_Control_Destroy", "free atiadlxx.dll", adlDestroyed,
                 adlDestroyed, // the wrapper's destructor
                 "free opencl.dll", "free WMIClient"});
 }
 
-TEST_CASE("A run that a failed query for rows ends keeps ADLX loaded, and releases the rest in that order")
+TEST_CASE("A failed query for rows leaves ADLX loaded, and releases the GPU, ADL, OpenCL and WMI in this order")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "VEN_1002", 1);
@@ -342,7 +342,7 @@ TEST_CASE("A run that a failed query for rows ends keeps ADLX loaded, and releas
                 "adl ADL2_Main_Control_Destroy", "free atiadlxx.dll", adlDestroyed, "free opencl.dll", "free WMIClient"});
 }
 
-TEST_CASE("A run that a failed BIOS query ends releases ADL, OpenCL and WMI, in this order")
+TEST_CASE("A failed BIOS query releases ADL, OpenCL and WMI in this order")
 {
     Json machine = AmdDesktop();
     FailQuery(machine, "Win32_Bios", 0);

@@ -1,4 +1,4 @@
-// AMD's records: the desktop with one Radeon and the one with two, one deviation each.
+// AMD's records of the desktops with one and two Radeons, with one deviation each.
 
 #include <doctest/doctest.h>
 
@@ -11,7 +11,7 @@ namespace {
 const std::string radeon = "AMD Radeon RX 6800 XT";
 const std::string pnpStart = "PCI\\VEN_1002&DEV_73BF&SUBSYS_";
 
-/// The run of a desktop with other values in WMI's row of the card; it gives one record.
+/// Enumerates a desktop with other values in WMI's row of the card; there must be one record.
 Enumerated EnumerateRow(const Json& properties)
 {
     Json machine = AmdDesktop();
@@ -21,7 +21,7 @@ Enumerated EnumerateRow(const Json& properties)
     return result;
 }
 
-/// The record of a desktop whose ADLX GPU has another value.
+/// The record of a desktop with another value for its ADLX GPU.
 Json CardWithGpu(const std::string& key, const Json& value)
 {
     Json machine = AmdDesktop();
@@ -29,7 +29,7 @@ Json CardWithGpu(const std::string& key, const Json& value)
     return OnlyCard(machine);
 }
 
-/// The record of a desktop whose ADL adapter answers a function otherwise.
+/// The record of a desktop whose ADL adapter has another answer for a function.
 Json CardWithAdl(const std::string& function, const Json& answer)
 {
     Json machine = AmdDesktop();
@@ -37,7 +37,7 @@ Json CardWithAdl(const std::string& function, const Json& answer)
     return OnlyCard(machine);
 }
 
-/// A desktop whose card is called otherwise by ADLX and by WMI.
+/// A desktop whose card has another name in ADLX and WMI.
 Json Renamed(const std::string& name)
 {
     Json machine = AmdDesktop();
@@ -48,7 +48,7 @@ Json Renamed(const std::string& name)
 
 } // namespace
 
-TEST_CASE("Two identical cards give four records, each GPU's values repeated for both rows")
+TEST_CASE("Two identical cards have four records, because each GPU matches both rows")
 {
     Json machine = AmdTwoCards();
     AdlAdapter(machine, "5")["ADL2_Adapter_Graphic_Core_Info_Get"]["iNumCUs"] = 20;
@@ -59,7 +59,7 @@ TEST_CASE("Two identical cards give four records, each GPU's values repeated for
         CAPTURE(i);
         CHECK(result.Card(i)["AvailabilityCode"] == (i % 2 == 0 ? 3 : 8));
         CHECK(result.Card(i)["Cores"] == (i < 2 ? 36 * 128 : 20 * 128));
-        CHECK(result.Card(i)["BusId"] == 45); // the first device key serves both
+        CHECK(result.Card(i)["BusId"] == 45); // the first device key is used for both
     }
     CHECK(result.Log.front() == adlReady);
     CHECK(result.Log.back() == adlDestroyed);
@@ -91,7 +91,7 @@ TEST_CASE("A graphic core with 0 compute units has 0 cores and 0 shaders")
     CHECK(card["Shaders"] == 0);
 }
 
-TEST_CASE("ECC supported, mode 1 and a successful call: status 1; mode 2 and a failing call: status 2")
+TEST_CASE("The ECC status is 1 for a successful call with mode 1, and 2 for a failing call with mode 2")
 {
     Json machine = AmdDesktop();
     AdlAdapter(machine)["ADL2_Workstation_ECC_Caps"] = 1;
@@ -112,14 +112,14 @@ TEST_CASE("ECC errors, bus lanes and CrossFire come from ADL")
     CHECK(CardWithAdl("ADL2_Adapter_Crossfire_Get", {{"iSupported", 1}})["AmdCrossfire"] == true);
 }
 
-TEST_CASE("A maximum of -1 bus lanes in a failing call is 0 lanes")
+TEST_CASE("A failing call with -1 bus lanes means 0 lanes")
 {
     const Json card =
         CardWithAdl("ADL_Overdrive5_CurrentActivity_Get", {{"status", -2}, {"value", {{"iMaximumBusLanes", -1}}}});
     CHECK(card["PciLanes"] == 0);
 }
 
-TEST_CASE("An ADL without the function for bus lanes gives 0 lanes")
+TEST_CASE("Without ADL's function for bus lanes there are 0 lanes")
 {
     Json machine = AmdDesktop();
     AdlAdapter(machine)["ADL_Overdrive5_CurrentActivity_Get"] = {{"status", -2}, {"value", {{"iMaximumBusLanes", 8}}}};
@@ -127,7 +127,7 @@ TEST_CASE("An ADL without the function for bus lanes gives 0 lanes")
     CHECK(OnlyCard(machine)["PciLanes"] == 0);
 }
 
-TEST_CASE("The chip name is that of the OpenCL device with the card's name and vendor, else empty")
+TEST_CASE("The chip name is the name of the OpenCL device with the card's name and vendor, else empty")
 {
     Json machine = AmdDesktop();
     Json& device = machine["opencl"]["platforms"][0]["devices"][0];
@@ -164,14 +164,14 @@ TEST_CASE("A GPU with several rows has one record for each")
     CHECK(result.Log == WholeRun({fillRateDone}));
 }
 
-TEST_CASE("A name beyond ASCII finds its row")
+TEST_CASE("A name with characters outside ASCII finds its row")
 {
     const std::string name = "AMD Radeon\u2122 \u00b5\u5361";
     CHECK(OnlyCard(Renamed(name))["CardName"] == name);
     CHECK(OnlyCard(Renamed(name))["AdapterName"] == name);
 }
 
-TEST_CASE("The subsystem identifier is cut from the PNP string, short where the string ends")
+TEST_CASE("The subsystem identifier is read from the PNP string, and truncated at the string's end")
 {
     CHECK(CardWithGpu("PNPString", pnpStart + "0E3A1002&REV_C1")["SubsystemId"] == "0E3A-1002");
     CHECK(CardWithGpu("PNPString", pnpStart + "0E3A10")["SubsystemId"] == "0E3A-10");
@@ -189,7 +189,7 @@ TEST_CASE("The machine's memory is reported for the card: clock, type and bandwi
     CHECK(card["MemoryBandwidth"].get<float>() == doctest::Approx(12.8)); // 64 bits of 1600 MHz
 }
 
-TEST_CASE("A memory type without a name leaves it empty and makes the bandwidth infinite")
+TEST_CASE("For a memory type without a name the type is empty and the bandwidth is infinite")
 {
     for (const uint32_t type : {12U, 34U}) {
         CAPTURE(type);
@@ -203,7 +203,7 @@ TEST_CASE("A memory type without a name leaves it empty and makes the bandwidth 
     }
 }
 
-TEST_CASE("A machine without memory modules has an unknown memory type and no rates")
+TEST_CASE("Without memory modules the memory type is unknown, and clock and bandwidth are 0")
 {
     Json machine = AmdDesktop();
     machine["wmi"]["classes"]["Win32_PhysicalMemory"] = Json::array();
@@ -220,7 +220,8 @@ TEST_CASE("An adapter that DXGI does not list shares no memory")
     CHECK(OnlyCard(machine)["MemorySharedSize"] == 0);
 }
 
-TEST_CASE("A device identifier in another case than the registry's finds neither bus nor BIOS, but the shared memory")
+TEST_CASE(
+    "A device identifier whose case differs from the registry's finds neither bus nor BIOS, but finds the shared memory")
 {
     const Json card = CardWithGpu("DeviceId", "73bf");
     CHECK(card["DeviceId"] == "73bf");
@@ -229,14 +230,14 @@ TEST_CASE("A device identifier in another case than the registry's finds neither
     CHECK(card["MemorySharedSize"] == 15);
 }
 
-TEST_CASE("A missing driver date is AMD's own warning")
+TEST_CASE("A missing driver date is logged by AMD's enumerator")
 {
     const Enumerated result = EnumerateRow({{"DriverDate", nullptr}});
     CHECK(result.Card(0)["DriverReleaseDate"] == "");
     CHECK(result.Log == WholeRun({fillRateDone, Line("warning", "AMD::QueryInfo", "Failed to get Driver Date from WMI")}));
 }
 
-TEST_CASE("The other values of the row that cannot be read are warnings of the common getters, in the order of reading")
+TEST_CASE("Other values of the row that cannot be read are logged by the common getters, in the order of reading")
 {
     const Enumerated result = EnumerateRow({{"ConfigManagerErrorCode", nullptr},
                                             {"ConfigManagerUserConfig", nullptr},
@@ -265,7 +266,7 @@ TEST_CASE("The other values of the row that cannot be read are warnings of the c
     CHECK(result.Card(0)["CardName"] == radeon); // ADLX's
 }
 
-TEST_CASE("A BIOS without a row, and a serial number that cannot be read, leave it empty")
+TEST_CASE("The serial number is empty if the BIOS has no row, or the property cannot be read")
 {
     Json unreadable = AmdDesktop();
     Row(unreadable, "Win32_Bios")["SerialNumber"] = nullptr;

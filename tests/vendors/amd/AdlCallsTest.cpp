@@ -1,4 +1,4 @@
-// The arguments that ADL and ADLX receive, with functions of this file in their place, and the handling of their results.
+// The arguments that ADL and ADLX receive, and the handling of their results. Functions of this file replace both.
 
 #include <cstring>
 #include <vector>
@@ -18,7 +18,7 @@ using namespace orvel::tests;
 namespace {
 
 int context = 0;
-bool isDirty = false; ///< whether a structure came with something in it
+bool isDirty = false; ///< whether a call received a structure that was not zeroed
 
 struct Creation {
     int Connected = 0;
@@ -121,7 +121,7 @@ HMODULE WINAPI NoteFolders(LPCWSTR, HANDLE, DWORD flags)
 
 void __stdcall KeepMemory(void**) {}
 
-/// A counted object of which only the references are used.
+/// A counted object with no other functions than AddRef and Release.
 struct Counted {
     int Releases = 0;
     long Release() { return ++Releases; }
@@ -148,7 +148,7 @@ TEST_CASE("Every structure passed to ADL is zeroed, except for a required size")
     const ReplacedImport find(TestModule(), L"kernel32.dll", "GetProcAddress", reinterpret_cast<void*>(&FindAdl));
     const ADLWrapper adl;
     isDirty = false;
-    for (int round = 0; round < 2; ++round) { // the second time the stack is as the first has left it
+    for (int round = 0; round < 2; ++round) { // in the second round the stack contains the data of the first
         CHECK(adl.GetCores(0) == 0);
         CHECK(adl.GetRops(0) == 0);
         CHECK_FALSE(adl.GetCrossfire(0));
@@ -197,7 +197,7 @@ namespace {
 decltype(&::GetProcAddress) findFunction = nullptr;
 decltype(&std::free) freeMemory = nullptr;
 
-/// The callbacks for memory: ADL's takes it, ADLX's gives it back.
+/// The memory callbacks: ADL allocates with the first, ADLX frees with the second.
 ADL_MAIN_MALLOC_CALLBACK adlAllocate = nullptr;
 ADLX_ADL_Main_Memory_Free adlxFree = nullptr;
 
@@ -257,14 +257,14 @@ TEST_CASE("ADLX's callback frees memory of ADL's callback once, and clears the p
     REQUIRE(buffer != nullptr);
     watchedBlock = buffer;
     adlxFree(&buffer);
-    adlxFree(&buffer); // there is nothing any more
+    adlxFree(&buffer); // the second call has nothing to free
     adlxFree(nullptr);
     CHECK(timesFreed == 1);
     CHECK(buffer == nullptr);
     watchedBlock = nullptr;
 }
 
-TEST_CASE("A wrapper that was destroyed holds no context and no library, and may be destroyed again")
+TEST_CASE("A destroyed wrapper has no context and no library, and can be destroyed again")
 {
     Simulate({{"adl", Json::object()}});
     alignas(ADLWrapper) unsigned char storage[sizeof(ADLWrapper)] = {};

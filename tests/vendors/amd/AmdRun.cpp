@@ -117,7 +117,7 @@ LogLines WholeRun(const LogLines& lines)
 {
     LogLines log = {adlReady, adlxReady};
     log.insert(log.end(), lines.begin(), lines.end());
-    log.insert(log.end(), {adlDestroyed, adlDestroyed}); // by the run's end, and once more by the wrapper's own
+    log.insert(log.end(), {adlDestroyed, adlDestroyed}); // once by the end of the run, once by the wrapper's destructor
     return log;
 }
 

@@ -1,4 +1,4 @@
-// Intel's enumerator through the product's public interface: the healthy laptop, one deviation each.
+// Intel's enumerator through the public interface, on the healthy laptop with one deviation each.
 
 #include <algorithm>
 #include <doctest/doctest.h>
@@ -12,7 +12,7 @@ namespace {
 
 const std::string intel = "Intel::QueryInfo";
 
-/// The run of the laptop ended with this exception.
+/// Checks that Intel's run ends with this exception.
 void CheckEnds(const Json& machine, const std::string& reason, size_t recordsBefore = 0)
 {
     const Enumerated result = Enumerate(machine);
@@ -75,7 +75,7 @@ TEST_CASE("A failed WMI connection is a failed BIOS query")
     CHECK(result.Log.front() == Line("error", intel, "Failed to get SerialNumber from Win32_Bios"));
 }
 
-TEST_CASE("A serial number that cannot be read, and a BIOS without a row, leave it empty")
+TEST_CASE("The serial number is empty if it cannot be read, or the BIOS has no row")
 {
     Json unreadable = HealthyLaptop();
     Row(unreadable, "Win32_Bios")["SerialNumber"] = nullptr;
@@ -92,7 +92,7 @@ TEST_CASE("Two Intel adapters have the same serial number, that of the machine")
     CHECK(result.Card(1)["GraphicsCardSn"] == "To be filled by O.E.M.");
 }
 
-TEST_CASE("A row whose PNPDeviceID cannot be read ends the run at the conversion of the empty identifiers")
+TEST_CASE("A PNPDeviceID that cannot be read ends the run at the conversion of the empty identifiers")
 {
     Json machine = HealthyLaptop();
     VideoController(machine)["PNPDeviceID"] = {{"where", VideoController(machine)["PNPDeviceID"]}, {"status", "0x80041001"}};
@@ -108,7 +108,7 @@ TEST_CASE("An empty PNPDeviceID is treated as an unreadable one")
     CHECK(Enumerate(machine).Log.front() == Line("warning", intel, "Failed to get PNPDeviceID from WMI"));
 }
 
-TEST_CASE("A PNPDeviceID that ends before a cut position ends the run")
+TEST_CASE("A PNPDeviceID that ends before the position of an identifier ends the run")
 {
     for (const char* text : {"PCI\\VEN", "PCI\\VEN_8086&DEV", "PCI\\VEN_8086&DEV_5917&SUBSYS_2"}) {
         CAPTURE(text);
@@ -118,7 +118,7 @@ TEST_CASE("A PNPDeviceID that ends before a cut position ends the run")
     }
 }
 
-TEST_CASE("A record appended before the run ends stays")
+TEST_CASE("A record that was appended before an exception stays")
 {
     Json machine = Machine("intel-desktop");
     VideoController(machine, 1)["AdapterRAM"] = nullptr;
@@ -132,7 +132,7 @@ TEST_CASE("A card without a name is not found in OpenCL, which ends the run")
     CHECK(Enumerate(machine).Log.front() == Line("warning", intel, "Failed to get Card Name from WMI"));
 }
 
-TEST_CASE("A missing driver date is Intel's own warning")
+TEST_CASE("A missing driver date is logged by Intel's enumerator")
 {
     const Enumerated result = Enumerate(LaptopWith({{"DriverDate", nullptr}}));
     CHECK(result.Card(0)["DriverReleaseDate"] == "");
@@ -161,7 +161,7 @@ TEST_CASE("A GPU type that is not a word is empty")
     CHECK(Enumerate(LaptopWith({{"AdapterDACType", "Integrated RAMDAC"}})).Card(0)["GpuType"] == "Integrated RAMDAC");
 }
 
-TEST_CASE("An availability that cannot be read has no name and ends the run, a configuration error does not")
+TEST_CASE("An availability that cannot be read ends the run, because it has no name; a configuration error does not")
 {
     CheckEnds(LaptopWith({{"Availability", nullptr}}), "invalid unordered_map<K, T> key");
     CheckEnds(LaptopWith({{"Availability", 22}}), "invalid unordered_map<K, T> key");
@@ -171,7 +171,7 @@ TEST_CASE("An availability that cannot be read has no name and ends the run, a c
     CHECK(Enumerate(LaptopWith({{"ConfigManagerErrorCode", 22}})).Card(0)["ConfigErrorStatus"] == "DeviceDisabled");
 }
 
-TEST_CASE("A memory type of 26 gives half the bandwidth and twice the texture fill rate of 24")
+TEST_CASE("Memory type 26 has half the bandwidth and twice the texture fill rate of type 24")
 {
     Json machine = HealthyLaptop();
     MemoryModule(machine)["SMBIOSMemoryType"] = 24;
@@ -191,7 +191,7 @@ TEST_CASE("A memory type without a transfer factor ends the run")
     }
 }
 
-TEST_CASE("A machine without memory modules has no rates, and an unknown memory type")
+TEST_CASE("Without memory modules the memory type is unknown, and clock, bandwidth and fill rates are 0")
 {
     Json machine = HealthyLaptop();
     machine["wmi"]["classes"]["Win32_PhysicalMemory"] = Json::array();
@@ -204,7 +204,7 @@ TEST_CASE("A machine without memory modules has no rates, and an unknown memory 
     CHECK(result.Card(0)["MemoryType"] == "UNKNOWN");
 }
 
-TEST_CASE("Every query for the memory modules that fails leaves QueryGraphicCards as its status")
+TEST_CASE("QueryGraphicCards throws the status of a failed query for the memory modules")
 {
     for (const char* query : {"SELECT TotalWidth", "SELECT SMBIOSMemoryType", "SELECT Speed"}) {
         CAPTURE(query);
@@ -229,7 +229,7 @@ TEST_CASE("OpenCL numbers that are missing end the run at their conversion")
     CheckEnds(machine, "stoi argument out of range");
 }
 
-TEST_CASE("A device that reports no constant arguments has fill rates of 0")
+TEST_CASE("The fill rates are 0 if the device reports no constant arguments")
 {
     Json machine = HealthyLaptop();
     OpenClDevice(machine)["CL_DEVICE_MAX_CONSTANT_ARGS"] = 0;
@@ -257,8 +257,8 @@ TEST_CASE("An adapter that DXGI does not list shares no memory, and a missing DX
 
 namespace {
 
-/// Intel's part of a run in short: WMI's queries, the properties that are read, the OpenCL queries of its device, DXGI,
-/// the registry's keys and the log lines. The values of several memory modules count as one.
+/// A shortened trace of Intel's run: WMI queries, properties read, OpenCL queries of its device, DXGI, registry keys and log
+/// lines. Reads of the same property from several memory modules appear once.
 std::vector<std::string> InShort(const std::vector<std::string>& events)
 {
     std::vector<std::string> calls;
@@ -294,8 +294,8 @@ const std::string askedClock = "opencl clGetDeviceInfo 0x100C";
 const std::string askedArguments = "opencl clGetDeviceInfo 0x1021";
 const std::string askedUnits = "opencl clGetDeviceInfo 0x1002";
 
-/// A laptop that reports nothing but what ends the run where it is missing. The OpenCL device has no name either, so it is
-/// the card's, and OpenCL's second platform refuses to list its devices.
+/// A laptop that only reports the values without which the run would end. Card and OpenCL device both have an empty name, so
+/// they match. OpenCL's second platform fails to list its devices.
 Json SilentLaptop()
 {
     Json machine = HealthyLaptop();
@@ -372,7 +372,7 @@ TEST_CASE("The platform is called in a fixed order, and each WMI query is sent o
     CHECK(OrderOf(HealthyLaptop()) == expected);
 }
 
-TEST_CASE("Where nothing can be read every property logs its line in that order")
+TEST_CASE("If no Intel property can be read, every property logs its line in the fixed order")
 {
     const std::string noDevices = Line("error", "OpenCLWrapper::GetDevices", "Failed to get Open CL devices");
     const std::vector<std::string> expected = {
@@ -396,7 +396,7 @@ TEST_CASE("Where nothing can be read every property logs its line in that order"
         noDevices,
         askedArguments,
         "wmi get AdapterDACType",
-        noDevices, // the GPU's clock, and that of the memory's boost
+        noDevices, // the GPU's clock and the memory's boost clock
         askedClock,
         noDevices,
         askedClock,

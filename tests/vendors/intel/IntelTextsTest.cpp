@@ -8,18 +8,18 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("A card name that ends in a digit when it is cleaned gives a chip name, its spaces kept")
+TEST_CASE("A card name whose cleaned form ends in a digit becomes the chip name, with its spaces")
 {
     CHECK(IntelChipName("Intel HD Graphics 4000") == " HD Gaphics 4000");
     CHECK(IntelChipName("INTEL intel-Iris_6.1 55") == " -Iis_6.1 55");
 }
 
-TEST_CASE("Every r and every R is removed, not only the trademark sign")
+TEST_CASE("Cleaning a name removes every letter r and R, not only the trademark sign")
 {
     CHECK(IntelChipName("Red River 12") == "ed ive 12");
 }
 
-TEST_CASE("A card name with brackets stays the chip name as read")
+TEST_CASE("A card name with parentheses is the chip name unchanged")
 {
     CHECK(IntelChipName("Intel(R) UHD Graphics 620") == "Intel(R) UHD Graphics 620");
     CHECK(IntelChipName("Intel(R) Arc(TM) A770 Graphics") == "Intel(R) Arc(TM) A770 Graphics");
@@ -35,7 +35,7 @@ TEST_CASE("A card name that does not match the pattern is returned unchanged")
     }
 }
 
-TEST_CASE("Chip names are those of the regular expressions that describe them")
+TEST_CASE("Chip names are those that the equivalent regular expressions produce")
 {
     std::mt19937 random(4000);
     const std::regex pattern("^([a-zA-Z0-9-_\\. ]+[0-9]+)$");
@@ -55,7 +55,7 @@ TEST_CASE("Chip names are those of the regular expressions that describe them")
     }
 }
 
-TEST_CASE("The GPU type is kept when it is a word of two characters or more")
+TEST_CASE("The GPU type is kept if it is a word of at least two characters")
 {
     CHECK(IntelGpuType("Internal") == "Internal");
     CHECK(IntelGpuType("Integrated RAMDAC 2") == "Integrated RAMDAC 2");

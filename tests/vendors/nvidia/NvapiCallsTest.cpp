@@ -18,8 +18,8 @@ namespace {
 
 using Words = std::vector<uint32_t>;
 
-std::vector<Words> handed; ///< the structures of the calls, as they came
-Words answer;              ///< what a call writes
+std::vector<Words> handed; ///< the structures that the calls received
+Words answer;              ///< the words that a call writes
 
 NvAPI_Status Succeed()
 {
@@ -33,7 +33,7 @@ NvAPI_Status ListOneGpu(void** gpus, uint32_t* count)
     return NVAPI_OK;
 }
 
-/// A call with a structure of so many words.
+/// A call with a structure of this number of words.
 template <size_t Count>
 NvAPI_Status Take(void* structure)
 {
@@ -105,7 +105,7 @@ private:
     NvapiClient client;
 };
 
-/// So many words, all 0 but those that are given by their place.
+/// This number of words: 0, except for the given positions.
 Words WordsWith(size_t count, const std::vector<std::pair<size_t, uint32_t>>& values)
 {
     Words words(count, 0);
@@ -130,7 +130,7 @@ TEST_CASE("Each query for clock frequencies has a structure that is zero except 
     CHECK(handed == std::vector<Words>{memory, memory, graphics, graphics});
 }
 
-TEST_CASE("A clock that is not present is read anyway")
+TEST_CASE("A clock that is not present is read nevertheless")
 {
     const Session session;
     answer = WordsWith(66, {{3, 1'770'000}, {11, 7'001'000}}); // the presence words 2 and 10 are 0
@@ -138,7 +138,7 @@ TEST_CASE("A clock that is not present is read anyway")
     CHECK(session->GetGpuClockMax(session.Gpu()) == 1770.0F);
 }
 
-TEST_CASE("Only bit 0 of the ECC words counts, and the structure is zero but for its version")
+TEST_CASE("Only bit 0 of the ECC words is used, and the structure passed is zero except for its version")
 {
     const Session session;
     answer = WordsWith(4, {{1, 0xFFFFFFFE}, {2, 0xFFFFFFFF}, {3, 0xFFFFFFFE}});

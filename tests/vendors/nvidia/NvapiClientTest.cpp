@@ -1,5 +1,5 @@
-// NVAPI's session and its GPUs. The simulated driver answers -9 to a structure without the right version word, so a value
-// that passes shows that the word was right.
+// NVAPI's session and its GPUs. The simulated driver returns -9 for a wrong version word, so a successful call proves that
+// the word was right.
 
 #include "vendors/nvidia/NvapiClient.h"
 
@@ -30,21 +30,21 @@ Json MachineWith(const Json& gpu)
     return {{"nvapi", {{"gpus", Json::array({gpu})}}}};
 }
 
-/// A machine whose GPU reports no properties.
+/// A machine with this driver, whose GPU reports no properties.
 Json MachineWithDriver(Json nvapi)
 {
     nvapi["gpus"] = Json::array({Json::object()});
     return {{"nvapi", nvapi}};
 }
 
-/// Whether the driver's DLL is in the process besides the simulation's own hold on it, which ends here.
+/// Whether the driver's DLL is still loaded after the simulation has released its own reference.
 bool IsDriverHeld()
 {
     Simulate(Json::object());
     return ::GetModuleHandleW(L"nvapi64.dll") != nullptr;
 }
 
-/// Releases what a driver that refused to unload keeps.
+/// Releases the reference that stays after a failed unload.
 void LetDriverGo()
 {
     CHECK(IsDriverHeld());
@@ -52,7 +52,7 @@ void LetDriverGo()
     CHECK_FALSE(IsDriverHeld());
 }
 
-/// No client can be made on the machine, for this reason and with this one line; nothing stays behind.
+/// Checks that the constructor of the client throws this reason, logs this one line, and leaves nothing open.
 void CheckRefused(const Json& nvapi, const std::string& reason, const std::string& line)
 {
     CAPTURE(nvapi.dump());
@@ -104,7 +104,7 @@ TEST_CASE("A machine without NVIDIA's driver has status -2")
     CHECK(log.Lines == LogLines{"error " + constructor + ": Failed to initialize NvAPI. Status code: -2"});
 }
 
-TEST_CASE("A session that cannot start has NvAPI in the log and NVAPI in the exception, and leaves nothing loaded")
+TEST_CASE("If a session cannot start, the log line has \"NvAPI\", the exception has \"NVAPI\", and nothing stays loaded")
 {
     const auto check = [](const Json& nvapi, const std::string& status) {
         CheckRefused(nvapi, "Failed to initialize NVAPI. Status code: " + status,
@@ -173,7 +173,7 @@ TEST_CASE("Handles after the last GPU are null")
     CHECK(client.GetGpuHandle(63) != client.GetGpuHandle(62));
 }
 
-TEST_CASE("Bus types 1 to 4 have a name, every other one throws")
+TEST_CASE("Bus types 1 to 4 have a name, every other type throws")
 {
     CHECK(BusInterfaceOf(1) == "PCI");
     CHECK(BusInterfaceOf(2) == "AGP");
@@ -185,7 +185,7 @@ TEST_CASE("Bus types 1 to 4 have a name, every other one throws")
     }
 }
 
-TEST_CASE("GPU types 0 to 2 have a name, every other one throws")
+TEST_CASE("GPU types 0 to 2 have a name, every other type throws")
 {
     CHECK(GpuTypeOf(0) == "Unknown");
     CHECK(GpuTypeOf(1) == "Integrated");
@@ -196,7 +196,7 @@ TEST_CASE("GPU types 0 to 2 have a name, every other one throws")
     }
 }
 
-TEST_CASE("SLI needs both numbers to be 2 or more, multi-GPU support the second one only")
+TEST_CASE("SLI needs both numbers to be at least 2, multi-GPU support only the second number")
 {
     struct Case {
         uint32_t First;
@@ -256,7 +256,7 @@ TEST_CASE("The second memory call passes the structure that the first one filled
     CHECK(Only(Trace(), "nvapi NvAPI_GPU_GetMemoryInfoEx").size() == 2);
 }
 
-TEST_CASE("The two names of a GPU are separate texts, as the driver gives them")
+TEST_CASE("Card name and chip name are queried separately, and truncated to 63 characters")
 {
     const std::string name(70, 'N');
     Simulate(MachineWith({{"NvAPI_GPU_GetFullName", name}, {"NvAPI_GPU_GetVbiosVersionString", name}}));

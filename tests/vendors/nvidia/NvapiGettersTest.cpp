@@ -1,4 +1,4 @@
-// Every property of a GPU: what NVAPI's answer becomes, and what stands in its place when NVAPI refuses.
+// Every property of a GPU: the value for NVAPI's answer, and the default if NVAPI fails.
 
 #include <functional>
 
@@ -130,7 +130,7 @@ std::vector<Getter> Getters()
     };
 }
 
-/// A machine whose driver answers one function in one way; null: it does not know the function.
+/// A machine whose driver has this answer for one function; null: the driver lacks the function.
 Json MachineWith(const std::string& function, const Json& answer)
 {
     Json machine = {{"nvapi", {{"gpus", Json::array({Json::object()})}}}};
@@ -141,7 +141,7 @@ Json MachineWith(const std::string& function, const Json& answer)
     return machine;
 }
 
-/// The getter logs this status and gives its default.
+/// Checks that the getter logs this status and returns its default.
 void CheckFails(const Getter& getter, const Json& machine, int status)
 {
     CAPTURE(getter.Property.Name);
@@ -156,7 +156,7 @@ void CheckFails(const Getter& getter, const Json& machine, int status)
 
 } // namespace
 
-TEST_CASE("Every property of a GPU is NVAPI's value in the record's form, without a log line")
+TEST_CASE("Every property of a GPU is NVAPI's value, converted for the record, without a log line")
 {
     for (const Getter& getter : Getters()) {
         CAPTURE(getter.Property.Name);
@@ -168,7 +168,7 @@ TEST_CASE("Every property of a GPU is NVAPI's value in the record's form, withou
     }
 }
 
-TEST_CASE("A property that fails in NVAPI is logged with its status under the getter's name and has its default")
+TEST_CASE("If NVAPI fails for a property, its getter logs the status and returns the default")
 {
     for (const Getter& getter : Getters()) {
         CheckFails(getter, MachineWith(getter.Function, nullptr), -104);
@@ -193,7 +193,7 @@ TEST_CASE("A function that the driver does not resolve returns -3 without a call
     }
 }
 
-TEST_CASE("An invalid GPU handle is a failure like any other")
+TEST_CASE("For an invalid GPU handle every getter logs the status and returns its default")
 {
     Simulate({{"nvapi", {{"gpus", Json::array({Json::object()})}}}});
     const NvapiClient client;

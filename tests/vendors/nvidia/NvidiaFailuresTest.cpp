@@ -1,4 +1,4 @@
-// Each function of the two drivers failing, one at a time: the remaining record, or the end of the run.
+// Every function of NVAPI and NVML fails once: the remaining record, or the end of the run.
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ namespace {
 
 struct Failure {
     std::string Function;
-    Json Fields; ///< of the record that lose their value
+    Json Fields; ///< fields of the record that have their defaults
 };
 
 const std::vector<Failure> nvapiFailures = {
@@ -62,7 +62,7 @@ Json Unresolved(const std::string& function)
     return machine;
 }
 
-/// The machine still has its record, which differs in these fields.
+/// Checks that the machine still has its record, which differs in these fields only.
 void CheckRecord(const Json& machine, const Json& fields)
 {
     const Enumerated result = EnumerateNvidia(machine);
@@ -78,7 +78,7 @@ bool Contains(const LogLines& lines, const std::string& line)
 
 } // namespace
 
-TEST_CASE("Each property's NVAPI function unresolved leaves the record without its fields")
+TEST_CASE("If an NVAPI function cannot be resolved, only its fields have their defaults")
 {
     for (const auto& [function, fields] : nvapiFailures) {
         CAPTURE(function);
@@ -86,7 +86,7 @@ TEST_CASE("Each property's NVAPI function unresolved leaves the record without i
     }
 }
 
-TEST_CASE("Each property's NVAPI function refusing leaves the record without its fields")
+TEST_CASE("If an NVAPI function fails, only its fields have their defaults")
 {
     for (const auto& [function, fields] : nvapiFailures) {
         CAPTURE(function);
@@ -97,7 +97,7 @@ TEST_CASE("Each property's NVAPI function refusing leaves the record without its
     }
 }
 
-TEST_CASE("Each property's NVML function refusing leaves the record without its fields")
+TEST_CASE("If an NVML function fails, only its fields have their defaults")
 {
     for (const auto& [function, fields] : nvmlFailures) {
         CAPTURE(function);
@@ -110,11 +110,11 @@ TEST_CASE("Each property's NVML function refusing leaves the record without its 
     }
 }
 
-TEST_CASE("A failed device count leaves the record without NVML's fields")
+TEST_CASE("If NVML's device count fails, only NVML's fields have their defaults")
 {
     Json machine = FullDesktop();
     machine["nvml"]["nvmlDeviceGetCount_v2"] = {{"status", 3}};
-    CheckRecord(machine, nvmlFailures.back().Fields); // those of a refused handle
+    CheckRecord(machine, nvmlFailures.back().Fields); // the fields of a failed device handle
 }
 
 TEST_CASE("An NVAPI that cannot be initialised or enumerated ends the run")
@@ -164,6 +164,6 @@ TEST_CASE("A failed unload of NVAPI is only logged")
                        Line("error", "NvapiClient::~NvapiClient", "Failed to unload NVAPI. Status code: " + status)));
         CHECK(Contains(result.Log, Line("info", "NvapiClient::~NvapiClient", "NVAPI unloaded successfully")));
         Simulate(Json::object());
-        ::FreeLibrary(::GetModuleHandleW(L"nvapi64.dll")); // which the library keeps then
+        ::FreeLibrary(::GetModuleHandleW(L"nvapi64.dll")); // the library keeps it after a failed unload
     }
 }

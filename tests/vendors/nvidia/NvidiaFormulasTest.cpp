@@ -4,7 +4,7 @@
 
 using namespace orvel::shared::enumeration;
 
-TEST_CASE("The device id is the upper half of NVAPI's, in lower case and with its leading zeros")
+TEST_CASE("The device id is the upper half of NVAPI's number, in lower case and with leading zeros")
 {
     CHECK(NvidiaDeviceId(0x1F0810DE) == "1f08");
     CHECK(NvidiaDeviceId(0x0A3C10DE) == "0a3c");
@@ -12,7 +12,7 @@ TEST_CASE("The device id is the upper half of NVAPI's, in lower case and with it
     CHECK(NvidiaDeviceId(0xFFFF10DE) == "ffff");
 }
 
-TEST_CASE("The subsystem id is both halves, in lower case and with their leading zeros")
+TEST_CASE("The subsystem id consists of both halves of NVAPI's number, in lower case and with leading zeros")
 {
     CHECK(NvidiaSubsystemId(0x87C1103C) == "87c1-103c");
     CHECK(NvidiaSubsystemId(0x00001458) == "0000-1458");
@@ -20,7 +20,7 @@ TEST_CASE("The subsystem id is both halves, in lower case and with their leading
     CHECK(NvidiaSubsystemId(0) == "0000-0000");
 }
 
-TEST_CASE("A PCI Express lane has the rate of its generation, and none before the first and after the fifth")
+TEST_CASE("A PCI Express lane has the rate of its generation, and no rate outside generations 1 to 5")
 {
     CHECK(PcieLaneRate(1) == 250U);
     CHECK(PcieLaneRate(2) == 500U);
@@ -42,7 +42,7 @@ TEST_CASE("The memory bandwidth is clock times bus width times 2 / 8192")
     CHECK(NvidiaMemoryBandwidth(9501, 0) == 0.0F);
 }
 
-TEST_CASE("The compute capability is major and a tenth of minor, which spills from 10 on")
+TEST_CASE("The compute capability is major plus a tenth of minor, even for a minor of 10 or more")
 {
     CHECK(CudaCapability(8, 9) == 8.9F);
     CHECK(CudaCapability(8, 6) == 8.6F);
@@ -51,7 +51,7 @@ TEST_CASE("The compute capability is major and a tenth of minor, which spills fr
     CHECK(CudaCapability(12, 0) == 12.0F);
 }
 
-TEST_CASE("A clock in kHz is a thousandth in MHz, with its fraction")
+TEST_CASE("A clock in kHz is divided by 1000 to MHz, and keeps its fraction")
 {
     CHECK(ToMegahertz(7001000) == 7001.0F);
     CHECK(ToMegahertz(1770000) == 1770.0F);

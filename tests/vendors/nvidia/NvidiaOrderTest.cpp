@@ -1,4 +1,4 @@
-// The order in which NVIDIA's enumerator asks the platform, and that of its log lines.
+// The order of the platform calls and log lines of NVIDIA's enumerator.
 
 #include <algorithm>
 
@@ -48,7 +48,7 @@ Json SilentMachine()
 
 } // namespace
 
-TEST_CASE("The platform is called in a fixed order")
+TEST_CASE("NVIDIA's run calls the platform in a fixed order")
 {
     const std::vector<std::string> expected = {
         "nvapi NvAPI_Initialize",
@@ -114,7 +114,7 @@ TEST_CASE("The platform is called in a fixed order")
     CHECK(NvidiaCalls(result.Trace) == expected);
 }
 
-TEST_CASE("Where nothing can be read every property logs its line in that order")
+TEST_CASE("If no NVIDIA property can be read, every property logs its line in the fixed order")
 {
     const std::string clocks = "Failed to get GPU clock frequencies.";
     const LogLines expected = {
@@ -170,7 +170,7 @@ TEST_CASE("Where nothing can be read every property logs its line in that order"
     CHECK(EnumerateNvidia(SilentMachine()).Log == expected);
 }
 
-TEST_CASE("Where nothing can be read the record has its defaults")
+TEST_CASE("If no NVIDIA property can be read, the record has its defaults")
 {
     const Json expected = Json::parse(R"({
         "AvailabilityCode": 3, "AvailabilityStatus": "RunningFullPower", "ConfigError": 0,

@@ -1,4 +1,4 @@
-// NVIDIA's enumerator: the desktop and the machine with two cards, one deviation each.
+// NVIDIA's enumerator, on the desktop and the machine with two cards, with one deviation each.
 
 #include <algorithm>
 
@@ -31,7 +31,7 @@ std::string MemoryTypeOf(const std::vector<Json>& types)
 
 } // namespace
 
-TEST_CASE("A GPU that answers everything fills every field, with session lines only")
+TEST_CASE("A GPU that supports everything fills every field, and only the sessions' lines are logged")
 {
     const Enumerated result = EnumerateNvidia(FullDesktop());
     REQUIRE(result.Cards.size() == 1);
@@ -39,7 +39,7 @@ TEST_CASE("A GPU that answers everything fills every field, with session lines o
     CHECK(result.Log == WithSession({}));
 }
 
-TEST_CASE("Two NVIDIA GPUs give one record: the first of NVAPI, with the NVML device at its place and its row of WMI")
+TEST_CASE("Two NVIDIA GPUs have one record: NVAPI's first GPU, with the NVML device of the same index and its WMI row")
 {
     const Enumerated result = EnumerateNvidia(Machine("nvidia-two-cards"));
     REQUIRE(result.Cards.size() == 1);
@@ -51,7 +51,7 @@ TEST_CASE("Two NVIDIA GPUs give one record: the first of NVAPI, with the NVML de
     CHECK(result.Card(0)["MemoryClockMax"] == 7001.0);
 }
 
-TEST_CASE("Of two rows with the same device id the first is taken")
+TEST_CASE("Of two rows with the same device id, the first is used")
 {
     Json machine = FullDesktop();
     Json second = VideoController(machine);
@@ -64,7 +64,7 @@ TEST_CASE("Of two rows with the same device id the first is taken")
     CHECK(EnumerateNvidia(machine).Card(0)["AdapterName"] == "the first");
 }
 
-TEST_CASE("A GPU without PCI identifiers has no device id and takes the first NVIDIA row there is")
+TEST_CASE("A GPU without PCI identifiers has no device id, and uses the first NVIDIA row")
 {
     Json machine = Machine("nvidia-two-cards");
     Gpu(machine).erase("NvAPI_GPU_GetPCIIdentifiers");
@@ -86,14 +86,14 @@ TEST_CASE("A device id with leading zeros is queried with them, in lower case")
     CHECK(Only(result.Trace, videoControllers) == std::vector<std::string>{videoControllers + "0a3c%'"});
 }
 
-TEST_CASE("NVAPI without GPUs fails to list them, which ends the run")
+TEST_CASE("If NVAPI has no GPUs, its GPU list fails, which ends the run")
 {
     Json machine = FullDesktop();
     machine["nvapi"]["gpus"] = Json::array();
     CheckNvidiaEnds(machine, "Failed to enumerate physical GPUs. Status code: -6");
 }
 
-TEST_CASE("NVAPI that lists 0 GPUs with success gives no record, and no further calls")
+TEST_CASE("If NVAPI successfully lists 0 GPUs, there is no record, and no further call")
 {
     Json machine = FullDesktop();
     machine["nvapi"]["gpus"] = Json::array();
@@ -109,7 +109,7 @@ TEST_CASE("NVAPI that lists 0 GPUs with success gives no record, and no further 
     CHECK(Only(result.Trace, videoControllers).empty());
 }
 
-TEST_CASE("NVML without devices: one line about the index, and a line and the default for every property of NVML")
+TEST_CASE("Without NVML devices one line reports the index, and every NVML property is logged and has its default")
 {
     Json machine = FullDesktop();
     machine["nvml"]["devices"] = Json::array();
@@ -170,7 +170,7 @@ TEST_CASE("An availability or a configuration error without a name ends the run"
     }
 }
 
-TEST_CASE("A failed query for the adapter is one line, and the other vendors run")
+TEST_CASE("A failed query for the adapter logs one line, and the other vendors run")
 {
     Json machine = Machine("nvidia-workstation");
     machine["wmi"]["failures"] = Json::array({{{"contains", "VEN_10DE"}, {"status", "0x80041001"}}});
@@ -196,7 +196,7 @@ TEST_CASE("A failed WMI connection is a failed query")
     CHECK(std::search(result.Log.begin(), result.Log.end(), nvidia.begin(), nvidia.end()) != result.Log.end());
 }
 
-TEST_CASE("A failed query for the memory modules leaves QueryGraphicCards as its status, both sessions closed")
+TEST_CASE("QueryGraphicCards throws the status of a failed query for the memory modules, with both sessions closed")
 {
     Json machine = FullDesktop();
     machine["wmi"]["failures"] =
@@ -207,7 +207,7 @@ TEST_CASE("A failed query for the memory modules leaves QueryGraphicCards as its
     CHECK(result.Log == WithSession({}));
 }
 
-TEST_CASE("The memory type is that of the machine, the first one above 0, else 2")
+TEST_CASE("The memory type is the first type above 0 of the machine's modules, else 2")
 {
     CHECK(MemoryTypeOf({0, 24, 26}) == "DDR3");
     CHECK(MemoryTypeOf({0, 0}) == "UNKNOWN");
@@ -233,7 +233,7 @@ TEST_CASE("A bus or GPU type without a name ends the run")
     CheckNvidiaEnds(type, missingKey);
 }
 
-TEST_CASE("Without opencl.dll the run ends after both sessions were opened, and they are closed again")
+TEST_CASE("Without opencl.dll the run ends after both sessions are opened, and they are closed")
 {
     Json machine = FullDesktop();
     machine.erase("opencl");
@@ -260,7 +260,7 @@ TEST_CASE("A machine without NVIDIA's driver has no NVIDIA record")
     CHECK(Only(Trace(), "nvml").empty());
 }
 
-TEST_CASE("NVML that does not start ends the run, and NVAPI is unloaded")
+TEST_CASE("If NVML does not start, the run ends and NVAPI is unloaded")
 {
     Json machine = FullDesktop();
     machine.erase("nvml");
@@ -268,7 +268,7 @@ TEST_CASE("NVML that does not start ends the run, and NVAPI is unloaded")
     CHECK(Only(Trace(), "nvapi").back() == "nvapi NvAPI_Unload");
 }
 
-TEST_CASE("Cores are shaders, the chip's name is the card's, fill rates are 0 and there is no Crossfire")
+TEST_CASE("Shaders equal cores, the chip name is the card name, fill rates are 0, and CrossFire is false")
 {
     for (const char* name : {"nvidia-desktop", "nvidia-workstation", "nvidia-two-cards", "nvidia-no-nvml-devices"}) {
         CAPTURE(name);

@@ -26,7 +26,7 @@ Json MachineWith(const std::vector<Json>& devices)
     return {{"nvml", {{"devices", devices}}}};
 }
 
-/// The highest transfer rate of a link, with the lines that it logs.
+/// The highest transfer rate of a link. Checks the log lines.
 float TransferRate(uint32_t generation, uint32_t lanes, const LogLines& lines = {})
 {
     Simulate(MachineWith({{{"nvmlDeviceGetMaxPcieLinkGeneration", generation}, {"nvmlDeviceGetMaxPcieLinkWidth", lanes}}}));
@@ -64,7 +64,7 @@ TEST_CASE("A session with NVML gets a handle for every device, and starts and en
     CHECK(Live()["nvml"] == 0);
 }
 
-TEST_CASE("NVML that does not start throws its status without a log line, and is not shut down")
+TEST_CASE("If NVML does not start, its status is thrown without a log line, and NVML is not shut down")
 {
     HostLog log;
     Simulate(Json::object());
@@ -76,7 +76,7 @@ TEST_CASE("NVML that does not start throws its status without a log line, and is
     CHECK(Live()["nvml"] == 0);
 }
 
-TEST_CASE("A failed device count shuts NVML down twice and gives a client without devices")
+TEST_CASE("A failed device count shuts NVML down twice, and the client has no devices")
 {
     for (const Json& count : {Json{{"status", 999}}, Json{{"status", 999}, {"value", 1}}}) {
         CAPTURE(count.dump());
@@ -125,10 +125,10 @@ TEST_CASE("A failed shutdown after a failed device count throws its status")
     CHECK(Only(Trace(), "nvml nvmlShutdown").size() == 1);
 }
 
-TEST_CASE("A device whose handle fails is null, the others are not")
+TEST_CASE("A device whose handle cannot be read is null, and the others are not affected")
 {
     Json machine = MachineWith({{{"handle", 15}}, Json::object()});
-    machine["nvml"]["nvmlDeviceGetCount_v2"] = 3; // one more than NVML gives handles for
+    machine["nvml"]["nvmlDeviceGetCount_v2"] = 3; // one more than there are devices
     Simulate(machine);
     HostLog log;
     const NvmlClient client;
@@ -158,7 +158,7 @@ TEST_CASE("An index that is not below the device count is logged and null")
                                 "error NvmlClient::GetGpuHandle: Invalid index: 4294967295"});
 }
 
-TEST_CASE("A failed shutdown is logged, and then success")
+TEST_CASE("A failed shutdown is logged, followed by the line for success")
 {
     Json machine = MachineWith({});
     machine["nvml"]["nvmlShutdown"] = 999;
@@ -186,7 +186,7 @@ TEST_CASE("The transfer rate is the lanes times the generation's rate")
     CHECK(TransferRate(4, 0) == 0.0F);
 }
 
-TEST_CASE("A PCI Express generation without a rate is logged and has 0")
+TEST_CASE("A PCI Express generation without a rate is logged, and its transfer rate is 0")
 {
     const std::string line = "error NvmlClient::GetPcieTransferRate: Unsupported PCIe generation: ";
     CHECK(TransferRate(6, 16, {line + "6"}) == 0.0F);

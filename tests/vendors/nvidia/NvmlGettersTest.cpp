@@ -1,4 +1,4 @@
-// Every property of a device: what NVML's answer becomes, and what stands in its place when NVML refuses.
+// Every property of a device: the value for NVML's answer, and the default if NVML fails.
 
 #include <functional>
 
@@ -23,14 +23,14 @@ struct Reader {
 #getter, [](const NvmlClient& client, nvmlDevice_t device) -> Json { return client.getter(device); }                \
     }
 
-/// One call that a getter makes, and what it logs when NVML refuses that call.
+/// One call of a getter, and the log line if this call fails.
 struct Call {
     Reader Property;
     std::string Function;
-    Json Value; ///< of the property on the healthy device
+    Json Value; ///< the property of the healthy device
     Json Default;
     std::string Message;
-    std::string End = ""; ///< after NVML's text
+    std::string End = ""; ///< the end of the log line, after NVML's text
 };
 
 const std::vector<Call> calls = {
@@ -59,7 +59,7 @@ Json HealthyDevice()
             {"nvmlDeviceGetMemoryBusWidth", 256}};
 }
 
-/// The getter logs NVML's text under its own name and gives its default.
+/// Checks that the getter logs NVML's text under its own name and returns its default.
 void CheckFails(const Call& call, const Json& device, const std::string& text)
 {
     CAPTURE(call.Function);
@@ -70,7 +70,7 @@ void CheckFails(const Call& call, const Json& device, const std::string& text)
     CHECK(log.Lines == LogLines{"error NvmlClient::" + call.Property.Name + ": " + call.Message + text + call.End});
 }
 
-/// The healthy device with one function answering this.
+/// The healthy device with another answer for one function.
 Json DeviceWith(const std::string& function, const Json& answer)
 {
     Json device = HealthyDevice();
@@ -80,7 +80,7 @@ Json DeviceWith(const std::string& function, const Json& answer)
 
 } // namespace
 
-TEST_CASE("Every property of a device is NVML's value in the record's form, without a log line")
+TEST_CASE("Every property of a device is NVML's value, converted for the record, without a log line")
 {
     Simulate({{"nvml", {{"devices", Json::array({HealthyDevice()})}}}});
     const NvmlClient client;
@@ -92,7 +92,7 @@ TEST_CASE("Every property of a device is NVML's value in the record's form, with
     CHECK(log.Lines.empty());
 }
 
-TEST_CASE("A property that fails in NVML is logged with NVML's text under the getter's name and has its default")
+TEST_CASE("If NVML fails for a property, its getter logs NVML's text and returns the default")
 {
     for (const Call& call : calls) {
         Json device = HealthyDevice();
@@ -111,7 +111,7 @@ TEST_CASE("The output of a failed NVML call is not used")
     }
 }
 
-TEST_CASE("A device without a handle has the default of every property")
+TEST_CASE("For a device without a handle every property has its default")
 {
     for (const Call& call : calls) {
         const bool isFirstCall =
