@@ -7,7 +7,7 @@
 # mingw's helper cannot write.
 set -euo pipefail
 
-names=$(sed -n 's/^    \([A-Za-z_][A-Za-z0-9_]*\).*/\1/p' "$1")
+names=$(sed -n '0,/^EXPORTS/d; s/^ *\([A-Za-z_][A-Za-z0-9_]*\).*/\1/p' "$1")
 cat >"$2" <<END
     .section .rdata,"dr"
     .globl lateNames

@@ -21,14 +21,15 @@ extern FARPROC lateFunctions[];
 
 const char* orvel::tools::BindLate(HMODULE library)
 {
+    const char* missing = nullptr;
     FARPROC* function = lateFunctions;
     for (const char* name = lateNames; *name != '\0'; name += std::strlen(name) + 1) {
         *function = ::GetProcAddress(library, name);
-        if (!*function++) {
-            return name;
+        if (!*function++ && !missing) {
+            missing = name;
         }
     }
-    return nullptr;
+    return missing;
 }
 
 #endif

@@ -4,8 +4,8 @@
 
 namespace orvel::tools {
 
-/// Leads this program's calls of the enumeration library to `library`, the loaded DLL. To be called before the first of
-/// them. Returns the first function that the DLL does not export, or null when all are there.
+/// Leads the calls of late-bound functions to `library`, the loaded module that exports them. To be called before the first
+/// of them. Returns the first function that the module does not export, or null when all are there; the others are bound.
 const char* BindLate(HMODULE library);
 
 } // namespace orvel::tools
