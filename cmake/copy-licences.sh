@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Copies the licence texts of what a package contains: copy-licences.sh SOURCE BUILD PACKAGE FOLDER. PACKAGE is one of the words in
+# the list licenses/components.txt. The project's own statement goes along as project.txt.
+set -euo pipefail
+source=$1
+build=$2
+package=$3
+folder=$4
+
+# text_file TEXT: the file that the list means.
+text_file() {
+    local file
+    for file in "$build/deps/npm/node_modules/$1" "/usr/share/doc/$1/copyright" "$build/deps/plog/usr/share/doc/$1/copyright"; do
+        [ -f "$file" ] && echo "$file" && return
+    done
+    echo "$1 of licenses/components.txt is not there" >&2
+    return 1
+}
+
+mkdir -p "$folder"
+sed 1d "$source/licenses/project.txt" >"$folder/project.txt"
+while read -r component _ packages text; do
+    [[ ,$packages, == *,$package,* ]] || continue
+    file=$(text_file "$text")
+    cp "$file" "$folder/$component.txt"
+done < <(sed '/^#/d' "$source/licenses/components.txt")
