@@ -26,4 +26,4 @@ cd "$project"
 cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --language=c++ --std=c++20 --platform=win64 --inline-suppr \
     --enable=warning,performance,portability --library=windows --cppcheck-build-dir="$lint/cppcheck" \
     -D_WIN32 -D_WIN64 -D__MINGW32__ -I include -I src -I inventory -I wmi-client/include -I simulation -I simulation/include -I tools -I fuzz -I tests \
-    --suppressions-list=cmake/cppcheck-suppressions.txt cmake inventory src wmi-client tools fallback simulation bench fuzz tests
+    --suppressions-list=cmake/cppcheck-suppressions.txt bindings cmake inventory src wmi-client tools fallback simulation bench fuzz tests

@@ -19,6 +19,7 @@ declare -A around=(
     [simulation]="src/formulas src/platform simulation/include"
     [fallback]=""
     [tools]="${layers[*]} simulation/include"
+    [bindings]="src/formulas src/platform include tools"
     [bench]="${layers[*]} simulation/include tools"
     [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools"
     [fuzz]="src/formulas src/vendors/intel src/vendors/nvidia src/vendors/amd"
@@ -95,7 +96,7 @@ check "an include of the tools in the simulation is found" finds simulation/Simu
 # --- the project --------------------------------------------------------------------------------------------------------------
 
 cd "$source" || exit 1
-check "no folder includes one above it" includes_are_right src include inventory wmi-client simulation fallback tools bench tests fuzz
+check "no folder includes one above it" includes_are_right src include inventory wmi-client simulation fallback tools bindings bench tests fuzz
 
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))

@@ -1,0 +1,1 @@
+export { inventory, inventorySync, properties, version } from "./index.js";

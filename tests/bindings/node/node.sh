@@ -1,0 +1,24 @@
+# Node.js for Windows under Wine, for the tests that use it. `work`, `build` and `wine` are the script's own.
+npm=$build/deps/npm/node_modules
+
+windows_path() { echo "Z:${1//\//\\}"; }
+ORVEL_BIN=$(windows_path "$build/bin")
+export ORVEL_BIN
+
+# Node.js refuses to start on what Wine describes by default.
+"$wine" reg add 'HKCU\Software\Wine\AppDefaults\node.exe' /v Version /d win10 /f </dev/null >/dev/null 2>&1
+
+# node RELEASE FOLDER ARGUMENTS…: runs Node.js for Windows. Its output goes through files: it cannot write to Wine's pipes.
+node() {
+    local status=0
+    (cd "$2" && "$wine" "$npm/node-$1/bin/node.exe" "${@:3}" </dev/null >"$work/node.out" 2>"$work/node.err") || status=$?
+    cat "$work/node.out" "$work/node.err"
+    return $status
+}
+
+# with_koffi FOLDER: programs of a folder can call any DLL.
+with_koffi() {
+    mkdir -p "$1/node_modules/@koromix"
+    ln -s "$npm/koffi" "$1/node_modules/"
+    ln -s "$npm/@koromix/koffi-win32-x64" "$1/node_modules/@koromix/"
+}
