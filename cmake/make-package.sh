@@ -12,7 +12,7 @@ tool=x86_64-w64-mingw32
 export TZ=UTC LC_ALL=C SOURCE_DATE_EPOCH=946684800 # binutils writes timestamps into copies
 
 rm -rf "$build/package"
-mkdir -p "$stage"/{bin/fallback,debug,include,lib/cmake,lib/pkgconfig,licenses,schema} \
+mkdir -p "$stage"/{bin/fallback,debug,include,lib/cmake,lib/pkgconfig,schema} \
     "$stage"/simulation/{include,lib,machines}
 
 # ship FILE FOLDER: copies a program or DLL, and moves its debug information to debug/.
@@ -80,16 +80,7 @@ for file in "$source"/cmake/package/*.pc.in; do
     sed "s/@VERSION@/$version/g" "$file" >"$stage/lib/pkgconfig/$(basename "${file%.in}")"
 done
 
-# The licences of everything that is compiled into the DLLs and the program.
-licence() { cp "$1" "$stage/licenses/$2.txt"; }
-licence /usr/share/doc/gcc-mingw-w64-base/copyright gcc-runtime
-licence /usr/share/doc/mingw-w64-common/copyright mingw-w64
-licence /usr/share/doc/nlohmann-json3-dev/copyright nlohmann-json
-licence /usr/share/doc/libcli11-dev/copyright cli11
-licence /usr/share/doc/opencl-c-headers/copyright opencl-headers
-plog=/usr/share/doc/libplog-dev/copyright
-[ -f $plog ] || plog=$build/deps/plog$plog
-licence "$plog" plog
+"$source/cmake/copy-licences.sh" "$source" "$build" zip "$stage/licenses"
 
 mkdir -p "$dist"
 rm -f "$dist/$name".zip*
