@@ -20,7 +20,7 @@
 #define FAKE_VERSION ORVEL_INVENTORY_VERSION
 #endif
 
-enum { FAIL_TAKE = 1000, FAIL_JSON = 1010, SLEEP = 2000, LAST_SLEEP = 4000 };
+enum { FAIL_TAKE = 1000, FAIL_JSON = 1010, LAST_FAILURE = 1020, SLEEP = 2000, LAST_SLEEP = 4000 };
 
 struct OrvelInventory {
     OrvelInventoryOptions options;
@@ -72,7 +72,7 @@ int32_t OrvelInventoryToJson(const OrvelInventory* inventory, uint32_t form, cha
     const OrvelInventoryOptions* options = &inventory->options;
     const uint32_t timeout = options->timeout_milliseconds;
     *text = NULL;
-    if (timeout > FAIL_JSON && timeout < SLEEP) {
+    if (timeout > FAIL_JSON && timeout < LAST_FAILURE) {
         return (int32_t)(timeout - FAIL_JSON);
     }
     *text = malloc(200);
