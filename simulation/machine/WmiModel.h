@@ -21,9 +21,8 @@ struct WmiValue {
 
 struct WmiProperty {
     int32_t status = 0;
-    std::optional<WmiValue> value; // empty: Get writes nothing
-    std::optional<std::wstring>
-        seenByQuery; // what a condition compares; empty: the condition treats the property as missing
+    std::optional<WmiValue> value;           // empty: Get writes nothing
+    std::optional<std::wstring> seenByQuery; // for conditions; empty: treated as missing
 };
 
 /// The properties by their names in folded case.

@@ -31,7 +31,7 @@ stand_in id 'echo 1000'
 dev build
 check "without root and sudo ./dev ends with status 1" ends_with 1
 check "without root and sudo ./dev names the missing packages, once" says_once "installing ninja-build jq"
-check "without root and sudo ./dev says what it lacks" says "needs root, and there is no sudo"
+check "without root and sudo ./dev reports that it needs root" says "needs root, and there is no sudo"
 check "without root and sudo ./dev builds nothing" builds_nothing
 
 stand_in sudo 'exit 100'
@@ -51,7 +51,7 @@ fi
 
 dev test --release sid
 check "an unknown release ends ./dev with status 1" ends_with 1
-check "an unknown release is named beside the known ones" says '--release takes bookworm or trixie, not "sid"'
+check "the error for an unknown release names it and the known releases" says '--release takes bookworm or trixie, not "sid"'
 dev nonsense
 check "an unknown command ends ./dev with status 2" ends_with 2
 

@@ -37,7 +37,7 @@ broken "a value without a status" 'del(.cards[0].name.status)'
 broken "a known value that is null" '.cards[0].vendor_id.value = null'
 broken "an empty text" '.cards[0].instance_id.value = ""'
 broken "a number as text" '.cards[0].vendor_id.value = "0"'
-broken "a value that is not known and there" '.cards[0].memory_type.value = "GDDR6"'
+broken "an unknown value that is not null" '.cards[0].memory_type.value = "GDDR6"'
 broken "a failure without a code" '.cards[0].name = {value: null, status: "failed", source: "setupapi", code: null, reason: "refused"}'
 broken "a source that does not exist" '.sources[0].name = "wmi"'
 
@@ -52,12 +52,12 @@ later '.cards[0].uuid = {value: null, status: "unavailable", source: "level_zero
 
 # The schema lists the same names as the library.
 names() { grep -oE '^ *\{P::\w+, "[a-z_]+"' "$source/inventory/model/Properties.cpp" | grep -oE '[a-z_]+"$' | tr -d '"'; }
-check "the schema's properties are the table's" \
+check "the schema lists the properties of the table" \
     diff <(names) <(jq -r '."$defs".fullCard.properties | keys_unsorted[]' "$schema")
 check "both forms have the same properties" \
     diff <(names) <(jq -r '."$defs".flatCard.properties | keys_unsorted[]' "$schema")
 reasons() { sed -n '/ReasonText(Reason/,/^}/s/.*return "\(.*\)";/\1/p' "$source/inventory/model/Names.cpp"; }
-check "the schema's reasons are the library's" \
+check "the schema lists the reasons of the library" \
     diff <(reasons) <(jq -r '."$defs".reasonOrNull.examples[]' "$schema")
 
 echo "$((checks - failures)) of $checks checks of the schema passed"

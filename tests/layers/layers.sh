@@ -88,15 +88,15 @@ finds() {
     rm "$1"
 }
 echo '#include "formulas/Sum.h"' >src/run/Run.cpp
-check "an include of a layer below is right" includes_are_right src
-check "an include of a layer above is found" finds src/formulas/Sum.cpp run/Run.h
-check "an include of another vendor is found" finds src/vendors/intel/Intel.cpp vendors/amd/Amd.h
-check "an include of the tools in the simulation is found" finds simulation/Simulation.cpp Tool.h
+check "an include of a lower layer is accepted" includes_are_right src
+check "an include of a higher layer is reported" finds src/formulas/Sum.cpp run/Run.h
+check "an include of another vendor is reported" finds src/vendors/intel/Intel.cpp vendors/amd/Amd.h
+check "an include of the tools in the simulation is reported" finds simulation/Simulation.cpp Tool.h
 
 # --- the project --------------------------------------------------------------------------------------------------------------
 
 cd "$source" || exit 1
-check "no folder includes one above it" includes_are_right src include inventory wmi-client simulation fallback tools bindings bench tests fuzz
+check "no folder includes a higher layer" includes_are_right src include inventory wmi-client simulation fallback tools bindings bench tests fuzz
 
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))

@@ -23,21 +23,21 @@ insert tests/faults/WmiFaults.cpp before '^    if \(property == "AdapterDACType"
 
 check "./dev generate" "$copy/dev" generate
 tests=(orvel-enumeration-tests orvel-faults-tests)
-check "it builds" build_targets "${tests[@]}" orvel-test-runner program
+check "the copy builds" build_targets "${tests[@]}" orvel-test-runner program
 check "./dev accept" "$copy/dev" accept
 has_value() { jq -e '.cards[] | select(.Manufacturer == "Intel") | .VideoProcessor == "Intel(R) UHD Graphics Family"' "$1"; }
-check "the record has the value" has_value "$copy/machines/expected/workstation.json"
-check "the tests of the table pass" bash "$copy/tests/properties/generate.sh" "$copy"
-check "the tests of the enumeration pass" run_tests enumeration
-check "the tests of the faults pass" run_tests faults --test-suite-exclude=soak
+check "the record has the property's value" has_value "$copy/machines/expected/workstation.json"
+check "the tests of the property table pass" bash "$copy/tests/properties/generate.sh" "$copy"
+check "the enumeration's tests pass" run_tests enumeration
+check "the fault tests pass" run_tests faults --test-suite-exclude=soak
 
 build_and_run() { build_targets "orvel-$1-tests" && run_tests "$@"; }
 check_table() { "$copy/properties/generate.py" --check; }
-check "the table is missed" says_so properties/properties.toml check_table
-check "the enumerator is missed" says_so src/vendors/intel/Intel.cpp check_table
-check "the place in the record is missed" says_so tests/record/GraphicCardInfoTest.cpp build_and_run enumeration \
+check "an omitted table entry is detected" says_so properties/properties.toml check_table
+check "an omitted change of the enumerator is detected" says_so src/vendors/intel/Intel.cpp check_table
+check "an omitted entry in the record's test is detected" says_so tests/record/GraphicCardInfoTest.cpp build_and_run enumeration \
     "--test-case=*order and types*"
-check "the order of calls is missed" says_so tests/vendors/intel/IntelTest.cpp build_and_run enumeration
-check "the machine's value is missed" says_so machines/workstation.json run_tests faults "--test-case=The sweeps cover*"
-check "the fault's cost is missed" says_so tests/faults/WmiFaults.cpp build_and_run faults "--test-case=WMI without*"
+check "an omitted change of the order of calls is detected" says_so tests/vendors/intel/IntelTest.cpp build_and_run enumeration
+check "an omitted value of the machine is detected" says_so machines/workstation.json run_tests faults "--test-case=The sweeps cover*"
+check "an omitted effect of the fault is detected" says_so tests/faults/WmiFaults.cpp build_and_run faults "--test-case=WMI without*"
 finish

@@ -47,14 +47,14 @@ END
 check "./dev generate" "$copy/dev" generate
 tests=(enumeration faults nvidia amd other-client)
 targets=("${tests[@]/#/orvel-}")
-check "it builds" build_targets program orvel-test-runner stand-in-nvml "${targets[@]/%/-tests}"
+check "the copy builds" build_targets program orvel-test-runner stand-in-nvml "${targets[@]/%/-tests}"
 check "./dev accept" "$copy/dev" accept
 leaves_others() { diff -r -x example-desktop.json "$source/machines/expected" "$copy/machines/expected"; }
-check "the machines of other vendors give what they gave" leaves_others
-check "the tests of the table pass" bash "$copy/tests/properties/generate.sh" "$copy"
+check "the results of other vendors' machines do not change" leaves_others
+check "the tests of the property table pass" bash "$copy/tests/properties/generate.sh" "$copy"
 for test in "${tests[@]}"; do check "the tests $test pass" run_tests "$test"; done
-check "the tests of the program pass" bash "$copy/tests/tools/command-line-tool.sh" "$wine" "$copy/build/bin" "$copy"
-check "the documents are right" bash "$copy/tests/docs/docs.sh" "$copy" "$copy/build" "$wine"
+check "the command-line tool's tests pass" bash "$copy/tests/tools/command-line-tool.sh" "$wine" "$copy/build/bin" "$copy"
+check "the documents' tests pass" bash "$copy/tests/docs/docs.sh" "$copy" "$copy/build" "$wine"
 
 program() { (cd "$copy/build/bin" && "$wine" orvel-graphic-cards.exe --machine example-desktop "$@" --json </dev/null 2>/dev/null); }
 explains() { program --explain | jq -e '.cards[0][] | select(.field == "DeviceId") | .source | startswith("WMI ")'; }
@@ -65,8 +65,8 @@ check "--doctor finds the vendor's card" is_sound
 does_not_build() { build_targets "$@" 2>&1; }
 check_table() { "$copy/properties/generate.py" --check; }
 check_docs() { bash "$copy/tests/docs/docs.sh" "$copy" "$copy/build" "$wine"; }
-check "the description is missed" says_so src/vendors/Vendors.h does_not_build orvel-graphic-cards-enumeration
-check "the factory is missed" says_so $run does_not_build orvel-graphic-cards-enumeration
-check "the table's column is missed" says_so $table check_table
-check "the machine's line is missed" says_so machines/README.md check_docs
+check "an omitted description of the vendor is detected" says_so src/vendors/Vendors.h does_not_build orvel-graphic-cards-enumeration
+check "an omitted factory is detected" says_so $run does_not_build orvel-graphic-cards-enumeration
+check "an omitted column of the table is detected" says_so $table check_table
+check "an omitted row for the machine is detected" says_so machines/README.md check_docs
 finish

@@ -45,7 +45,7 @@ mingw_project() {
 }
 run() { "$wine" "$@" </dev/null | tr -d '\r'; } # Windows programs write CR LF
 
-check "the sum beside the zip is the zip's" sh -c "cd '$(dirname "$zip")' && sha256sum --check '$name.zip.sha256'"
+check "the checksum file matches the zip" sh -c "cd '$(dirname "$zip")' && sha256sum --check '$name.zip.sha256'"
 # cmake_lists FOLDER LINE…: a project of these lines.
 cmake_lists() {
     mkdir -p "$1"
@@ -145,7 +145,7 @@ for abi in msvc mingw; do
     check "the plug-in loads with either flag in the $abi host" same expected.txt loading.txt
     mv plugin/plugin/orvel-shared-wmi-client.dll plugin/
     run_alone "loading-$abi.exe" "$plugin" >loading.txt 2>&1
-    check "without the sibling it does not load in the $abi host" same \
+    check "without the WMI client DLL the plug-in does not load in the $abi host" same \
         <(printf '%s: error 126\n' plain altered "load folder") loading.txt
     mv plugin/orvel-shared-wmi-client.dll plugin/plugin/
 done
@@ -175,7 +175,7 @@ check "find_package refuses an unknown component" refuses 'There is no component
 cmake_lists components "$finds REQUIRED OPTIONAL_COMPONENTS simulations simulation)" \
     "if(orvel-graphic-cards-enumeration_simulations_FOUND OR NOT TARGET orvel::simulation)" \
     "    message(FATAL_ERROR wrong)" "endif()"
-check "an unknown optional component is not found, the others are" configures components
+check "an unknown optional component is not found, and known components are" configures components
 cmake_lists components "$finds REQUIRED)" "if(TARGET orvel::simulation)" "    message(FATAL_ERROR wrong)" "endif()"
 check "the simulation is only available if requested" configures components
 cmake_lists standard "set(CMAKE_CXX_STANDARD 11)" "$finds REQUIRED)" "add_executable(modern main.cpp)" \
@@ -235,7 +235,7 @@ while IFS= read -r document; do
     while IFS= read -r link; do
         [[ $link == http* ]] || check "$title: link $link" leads_somewhere "$document" "$link"
     done < <(grep -oE '\]\([^)]+\)' "$document" | grep -E '[./#]' | sed 's/^](//; s/)$//')
-    check "$title speaks of nothing that is not in the package" lacks_the_project "$document"
+    check "$title refers only to the package's contents" lacks_the_project "$document"
     while IFS= read -r path; do check "$title: path $path" test -e "$package/$path"; done < <(
         grep -oE '`(bin|debug|docs|examples|include|lib|licenses|ports|schema|simulation)/[^`* ]*`' "$document" | tr -d '`' | grep -v NAME | sort -u)
 done < <(find "$package" -name '*.md')
@@ -256,7 +256,7 @@ done
 
 check "the package's command-line tool runs on a machine of the package" run "$package/bin/orvel-graphic-cards.exe" \
     --machine "$machines/workstation.json"
-check "it starts on this computer with the substitute nvml.dll" run "$package/bin/orvel-graphic-cards.exe"
+check "the command-line tool starts on this computer with the substitute nvml.dll" run "$package/bin/orvel-graphic-cards.exe"
 
 # Every getter and every argument of the constructor that the header declares.
 getters=$(sed -n 's/^    .* \(Get[A-Za-z]*\)() const;$/        Print("\1", card.\1());/p' "$package/include/GraphicCardInfo.h")
@@ -286,15 +286,15 @@ paste -d= <(echo "$fields") <(echo "$arguments" | tr , '\n' | sed 's/[UF]$//; s/
 for machine in "$machines/workstation.json" throws.json; do
     run getters-mingw.exe "$machine" >mingw.txt 2>&1
     run getters-msvc.exe "$machine" >msvc.txt 2>&1
-    check "both hosts read the same from every getter" same mingw.txt msvc.txt
-    check "each getter reads the constructor's argument of its place" same built.txt <(grep '^built ' msvc.txt)
+    check "both hosts read the same values from every getter" same mingw.txt msvc.txt
+    check "each getter returns the constructor's argument at its position" same built.txt <(grep '^built ' msvc.txt)
     check "an assignment returns its target" holds msvc.txt "the target: 1"
     check "an assignment shares the texts" holds msvc.txt "shared text: 1"
 done
 check "MSVC and MinGW hosts catch a status as long" holds msvc.txt "thrown long 0x80041001"
 
-check "a host of GraphicCards builds in MSVC's ABI" msvc_host "$here/modern.cpp" modern-msvc "${msvc_libraries[@]}"
-check "a host of GraphicCards builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/modern.cpp" \
+check "a GraphicCards host builds in MSVC's ABI" msvc_host "$here/modern.cpp" modern-msvc "${msvc_libraries[@]}"
+check "a GraphicCards host builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/modern.cpp" \
     "-I$package/include" "-I$package/simulation/include" -o modern-mingw.exe \
     "-L$package/lib" -lorvel-graphic-cards-enumeration "-L$package/simulation/lib" -lorvel-simulation -lole32
 IFS=. read -r major minor patch < <(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
@@ -306,7 +306,7 @@ two_cards=$'Intel(R) Iris(R) Xe Graphics, bus 0\nNVIDIA GeForce RTX 3060 Laptop 
 } >expected.txt
 for abi in msvc mingw; do
     run "modern-$abi.exe" "$machines/hybrid-laptop.json" >modern.txt 2>&1
-    check "GraphicCards moves, walks and enumerates again in the $abi host" same expected.txt modern.txt
+    check "GraphicCards can be moved, iterated and enumerated again in the $abi host" same expected.txt modern.txt
 done
 
 # --- hosts that misbehave ------------------------------------------------------------------------------------------------------
@@ -352,7 +352,7 @@ finds() {
         WINEPATH="$folder\\simulation" run "apartments-$abi.exe" "$machines/workstation.json" "$plugin" "${@:3}" >apartments.txt 2>&1
         check "${*:3}: the $abi host finds the machine's cards" same <(echo "cards: $1") \
             <(grep -v '^report: ' apartments.txt || echo "cards: none")
-        check "${*:3}: the $abi host's report says whether the machine was asked" same <(echo "$2") \
+        check "${*:3}: the $abi host's report shows whether the machine was queried" same <(echo "$2") \
             <(sed -n 's/^report: //p' apartments.txt | jq .touched)
     done
 }
@@ -365,8 +365,8 @@ finds 3 true late mta none # such a thread belongs to the multi-threaded apartme
 finds 0 true late sta none # COM is not initialised on the worker's thread
 finds none false late sta idle
 
-check "a host of nulls builds in MSVC's ABI" msvc_host "$here/nulls.cpp" nulls-msvc "${msvc_libraries[@]}"
-check "a host of nulls builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/nulls.cpp" \
+check "a host that passes null builds in MSVC's ABI" msvc_host "$here/nulls.cpp" nulls-msvc "${msvc_libraries[@]}"
+check "a host that passes null builds with MinGW" x86_64-w64-mingw32-g++-posix -std=c++17 -static "$here/nulls.cpp" \
     "-I$package/include" "-I$package/simulation/include" -o nulls-mingw.exe \
     "-L$package/lib" -lorvel-graphic-cards-enumeration "-L$package/simulation/lib" -lorvel-simulation -lole32
 {
@@ -391,7 +391,7 @@ long text: exception xxxxxxxxxxxxxxxxxxxx\nunknown: exception unknown exception\
 kept=$'meanwhile: exception driver gone\nkept bad_alloc: bad_alloc bad allocation
 meanwhile: exception xxxxxxxxxxxxxxxxxxxx\nkept runtime_error: exception driver gone\nkept text: driver gone'
 printf '%s\n%s\n%s\nby value: caught\n' "$one_round" "$one_round" "$kept" >expected.txt
-check "MSVC's hosts catch each exception as its own type" same expected.txt caught.txt
+check "MSVC hosts catch each exception as its own type" same expected.txt caught.txt
 
 # --- headers ------------------------------------------------------------------------------------------------------------------
 
@@ -416,7 +416,7 @@ for compiler in x86_64-w64-mingw32-gcc-posix "clang --target=x86_64-pc-windows-m
         done
     done
 done
-check "GraphicCardLog.h takes in no plog that its host has not" lacks <(x86_64-w64-mingw32-g++-posix -M \
+check "GraphicCardLog.h does not include plog" lacks <(x86_64-w64-mingw32-g++-posix -M \
     "-I$package/include" -isystem "$build/deps/include" -include GraphicCardLog.h -x c++ /dev/null) plog/
 check "the headers refuse 32 bits" sh -c "! clang --target=i686-pc-windows-msvc -fsyntax-only -x c \
     '$package/include/GraphicCardLog.h' 2>32-bits.txt && grep -q '64-bit Windows' 32-bits.txt"
@@ -430,7 +430,7 @@ check "an assignment warns in MSVC's ABI" warns_twice clang++ "${msvc_flags[@]}"
 
 # --- exports ------------------------------------------------------------------------------------------------------------------
 
-check "the MSVC names are those of the headers" same <("$source/cmake/make-msvc-exports.sh" "$package/include") \
+check "the MSVC names match the headers" same <("$source/cmake/make-msvc-exports.sh" "$package/include") \
     "$source/src/abi/MsvcExports.def"
 library=$package/bin/orvel-graphic-cards-enumeration.dll
 x86_64-w64-mingw32-objdump -p "$library" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '/^\t\[/ { print $NF }' |
@@ -440,7 +440,7 @@ sed -n 's/^    ".*" = \(_Z.*\)/\1/p; s/^    "\(_Z.*\)" = .*/\1/p' "$source/src/a
 check "the DLL exports every MSVC name" same msvc-names.txt <(comm -12 exports.txt msvc-names.txt)
 check "the DLL exports every GCC name" same gcc-names.txt <(comm -12 exports.txt gcc-names.txt)
 printf 'GetGraphicCardsVersion\nSetGraphicCardLog\n' >c-names.txt
-check "the DLL exports the functions of C" same c-names.txt <(comm -12 exports.txt c-names.txt)
+check "the DLL exports the C functions" same c-names.txt <(comm -12 exports.txt c-names.txt)
 # GCC exports two names for each constructor and destructor; no MSVC name refers to the second.
 no_other_exports() {
     ! comm -23 exports.txt <(sort msvc-names.txt c-names.txt) | x86_64-w64-mingw32-c++filt |
@@ -485,9 +485,9 @@ for binary in "$package"/bin/*.dll "$package"/bin/*.exe "$package"/bin/fallback/
     x86_64-w64-mingw32-objdump -p "$binary" >headers.txt
     check "$file carries the project's version" has_version "$binary"
     for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do check "$file has $flag" holds headers.txt "$flag"; done
-    check "$file can be moved as a whole" holds headers.txt "Base Relocation Directory [.reloc]"
+    check "$file can be relocated" holds headers.txt "Base Relocation Directory [.reloc]"
     check "$file has no text relocations" has_no_text_relocations "$binary"
-    check "$file imports nothing but Windows, nvml.dll and its siblings" only_known_imports "$binary"
+    check "$file imports only Windows' DLLs, nvml.dll and DLLs of the package" only_known_imports "$binary"
     debug=$(find "$package/debug" -name "$file.debug" -o -name "fallback-$file.debug" | head -1)
     x86_64-w64-mingw32-nm "$debug" >symbols.txt
     check "$file has stack protection" holds symbols.txt __stack_chk_fail

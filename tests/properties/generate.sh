@@ -12,8 +12,8 @@ definition_is_generated() {
     "$source/cmake/make-msvc-exports.sh" "$source/include" | diff -q - "$source/src/abi/MsvcExports.def" ||
         { echo "src/abi/MsvcExports.def is not as the public headers have it: run ./dev generate"; return 1; }
 }
-check "the files are as properties/properties.toml has them" "$source/properties/generate.py" --check
-check "the MSVC names are those of the headers" definition_is_generated
+check "the generated files match properties/properties.toml" "$source/properties/generate.py" --check
+check "the MSVC names match the headers" definition_is_generated
 
 # names_mistake MESSAGE FILE SED: after this edit of the file in a copy, the generator fails with this message.
 names_mistake() {
@@ -27,7 +27,7 @@ names_mistake() {
     grep -F -- "$1" "$work/mistake" || { cat "$work/mistake"; return 1; }
 }
 table=properties/properties.toml
-notices() { check "it names the mistake: $1" names_mistake "$@"; }
+notices() { check "the mistake is reported: $1" names_mistake "$@"; }
 notices "docs/properties.md is not as" docs/properties.md '/^\| `BusId`/d'
 notices "src/record/GraphicCardInfo.cpp is not as" src/record/GraphicCardInfo.cpp '/ReleaseText\(ChipName\)/d'
 notices "has 0 of the regions" tools/FieldSources.cpp '/Made from/d'

@@ -96,7 +96,7 @@ check "JSON keeps the record's order" json_is '.cards[0] | keys_unsorted | [.[0]
     '["AvailabilityCode","CardName","AdapterStatus"]'
 check "JSON has the trace and the open resources" json_is '[(.trace | length > 10), .live.wmi, .live.dxgi]' '[true,0,0]'
 check "JSON lists the violations of a driver's rules" json_is .violations '{"count":0,"texts":[]}'
-check "JSON has null where nothing was thrown" json_is .thrown null
+check "JSON has null if nothing was thrown" json_is .thrown null
 
 run --machine "$machine" --json --log
 check "--log writes lines to standard error" says "error orvel::shared::enumeration::"
@@ -119,7 +119,7 @@ cp "$bin/orvel-graphic-cards.exe" "$bin/orvel-old-windows.exe"
 "$wine" "$bin/orvel-old-windows.exe" --machine intel-laptop --json >"$work/out" 2>/dev/null </dev/null
 "$wine" reg delete "$old_windows" /f >/dev/null 2>&1 </dev/null
 rm "$bin/orvel-old-windows.exe"
-check "before Windows Vista composition is off and not asked for" json_is \
+check "before Windows Vista composition is off and not queried" json_is \
     '[.cards[0].IsAeroEnabled, ([.trace[] | select(startswith("dwm"))] | length)]' '[false,0]'
 
 # --- the other views ----------------------------------------------------------------------------------------------------------
@@ -134,9 +134,9 @@ names_every_machine() {
 run --machine workstation
 check "a shipped machine has a short name" prints "Card 3: AMD Radeon RX 6800 XT"
 check "the text fits 80 columns" fits_80_columns
-check "a text that goes to no terminal has no colours" has_no_colours
+check "text that is not written to a terminal has no colours" has_no_colours
 check "the text ends with a summary" prints "3 cards, 0 warnings, 6 errors"
-check "a run with cards does not explain the ends of runs" lacks --doctor
+check "with cards, runs that ended are not explained" lacks --doctor
 run --machine ddr5-desktop
 check "a run without cards exits with 0" exits_with 0
 cp "$work/out" "$work/no-cards"
@@ -155,9 +155,9 @@ Run with --doctor to see what is missing on this computer.
 
 0 cards, 0 warnings, 7 errors
 END
-check "a run without cards explains each run that ended" is_the_same_as "$work/no-cards"
+check "without cards, each run that ended is explained" is_the_same_as "$work/no-cards"
 run --machine "$work/throws.json"
-check "a thrown status explains a run without cards" prints "The WMI query for the memory modules"
+check "without cards, a thrown status is explained" prints "The WMI query for the memory modules"
 run --machine workstation
 check "a missing value is \"not available\"" prints "not available"
 run --machine workstation --brief
@@ -173,14 +173,14 @@ run --machine workstation --output "$work/report.txt"
 check "--output leaves standard output empty" is_silent
 cp "$work/report.txt" "$work/out"
 check "--output writes what would have been printed" is_the_same_as "$work/expected"
-check "--output leaves nothing else behind" [ ! -e "$work/report.txt.part" ]
+check "--output leaves no temporary file" [ ! -e "$work/report.txt.part" ]
 run --machine workstation --output "$work/no/such/folder/report.txt"
 check "a file that cannot be written exits with 2" exits_with 2
 check "a file that cannot be written is named" says report.txt
 mkdir "$work/folder"
 run --machine workstation --output "$work/folder"
-check "a folder is not replaced by the output" exits_with 2
-check "a refused output leaves nothing behind" [ ! -e "$work/folder.part" ]
+check "--output does not replace a folder" exits_with 2
+check "a failed output leaves no temporary file" [ ! -e "$work/folder.part" ]
 
 run --machine workstation --explain
 check "--explain exits with 0" exits_with 0
@@ -190,7 +190,7 @@ check "--explain fits 80 columns" fits_80_columns
 run --machine workstation --explain --json
 check "--explain --json has every property of every card" json_is '[.cards[] | length] | unique' "[$properties]"
 check "--explain --json names a source for each" json_is '[.cards[][] | select(.source == "")] | length' 0
-check "--explain --json has a reason exactly where a value is not available" json_is \
+check "--explain --json has a reason if and only if a value is not available" json_is \
     '[.cards[][] | select((.reason == null) != .available)] | length' 0
 for file in "$source"/machines/*.json; do
     run --machine "$file" --explain --json
@@ -238,14 +238,14 @@ check "the last warning before the end is reported as the cause" cause_is "$work
 jq '.wmi.classes.Win32_VideoController[] |= (select(.PNPDeviceID | contains("8086")).DriverVersion = null) | .nvml = {"nvmlInit_v2": 9}' \
     "$source/machines/workstation.json" >"$work/two.json"
 run --machine "$work/two.json" --explain --json
-check "a warning of another vendor's run is no cause" json_is \
+check "a warning of another vendor's run is not the cause" json_is \
     '[.ended[] | select(.message | startswith("Failed to initialize NVML")) | .cause | startswith("nvml.dll is ")]' '[true]'
 
 run --explain --doctor
 check "two views at once are refused" exits_with 2
 
 run --machine workstation --doctor --json
-check "--doctor exits with 0 where nothing is missing" exits_with 0
+check "--doctor exits with 0 if nothing is missing" exits_with 0
 check "--doctor's checks have stable names" json_is '[.checks[].name] | join(" ")' \
     '"com wmi-namespace wmi-bios wmi-video-controller wmi-physical-memory memory-type opencl.dll opencl-intel nvml.dll nvapi64.dll atiadlxx.dll amdadlx64.dll dxgi registry-pci registry-video library"'
 run --machine intel-laptop --doctor --json
@@ -254,7 +254,7 @@ check "a vendor's library is not needed without its card" json_is \
 run --machine nvidia-missing-driver --doctor --json
 check "a missing driver limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"nvapi64.dll"]'
-check "what limits the records exits with 1" exits_with 1
+check "--doctor exits with 1 if something limits the records" exits_with 1
 run --machine ddr5-desktop --doctor --json
 check "unsupported memory limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name)]' '[1,"memory-type"]'
@@ -263,9 +263,9 @@ check "an Intel adapter that OpenCL does not list limits the records" json_is \
     '[.status, (.checks[] | select(.status == "limits") | .name, .detail)]' \
     '[1,"opencl-intel","\"Intel(R) UHD Graphics 620\""]'
 run --machine server --doctor
-check "a missing OpenCL loader exits with 2" exits_with 2
+check "--doctor exits with 2 if the OpenCL loader is missing" exits_with 2
 check "a missing OpenCL loader is reported with what provides it" prints "any vendor's display driver"
-check "the verdict is in words" prints "Nothing can be enumerated."
+check "--doctor prints its verdict as a sentence" prints "Nothing can be enumerated."
 
 # vendor_words MACHINE WORDS: the states of Intel, NVIDIA and AMD.
 vendor_words() {
@@ -291,7 +291,7 @@ vendor_words "$work/no-dxgi.json" "no-dxgi ok no-dxgi"
 jq '.dxgi.factory = "0x80004005"' "$source/machines/workstation.json" >"$work/refused-dxgi.json"
 vendor_words "$work/refused-dxgi.json" "no-dxgi ok no-dxgi"
 run --machine ddr5-desktop --doctor
-check "--doctor has the words in its text too" prints "unsupported-memory-type"
+check "--doctor's text also contains the words" prints "unsupported-memory-type"
 # A vendor is ok if and only if the machine's reviewed records contain one of its cards.
 for machine_file in "$source"/machines/*.json; do
     name=$(basename "$machine_file" .json)
@@ -323,8 +323,8 @@ rm -r "$work/bin/fallback"
 cp "$bin_folder/fallback/nvml.dll" "$work/bin/"
 run --json
 check "with the substitute nvml.dll beside it the program runs on this computer" exits_with 0
-check "on this computer no machine is named, and nothing is traced" json_is '[.machine, has("trace")]' '[null,false]'
-check "the log says that there is no NVIDIA driver" json_is \
+check "on this computer JSON has no machine and no trace" json_is '[.machine, has("trace")]' '[null,false]'
+check "the log reports that there is no NVIDIA driver" json_is \
     '[.log[] | select(.message == "Unexpected error occurred: Failed to initialize NVAPI. Status code: -2")] | length' 1
 rm "$work/bin/orvel-shared-wmi-client.dll"
 run

@@ -18,11 +18,11 @@ ORVEL_DISPLAY=1 ORVEL_WINE_ADAPTER=8086:1912 "$source/dev" host --json >"$work/d
 ORVEL_DISPLAY=1 ORVEL_WINE_ADAPTER=8086:1912 "$source/dev" host --doctor --json >"$work/doctor.json" 2>>"$work/errors"
 intel_end='[.log[] | select(.message == "Unexpected error occurred: invalid stod argument")] | length'
 if [ "$version" -ge 10 ]; then
-    check "Intel's run finds the adapter, and ends as no OpenCL device has its name" json_is display.json "$intel_end" 1
-    check "--doctor says that no OpenCL device has the adapter's name" json_is doctor.json \
+    check "Intel's run finds the adapter, and ends because no OpenCL device has its name" json_is display.json "$intel_end" 1
+    check "--doctor reports that no OpenCL device has the adapter's name" json_is doctor.json \
         '.checks[] | select(.name == "opencl-intel") | .status' '"limits"'
 else
-    check "Intel's run finds no adapter, and does not ask OpenCL for one" json_is display.json "$intel_end" 0
+    check "Intel's run finds no adapter, and does not query OpenCL" json_is display.json "$intel_end" 0
 fi
 check "there is no card without an OpenCL device of its name" json_is display.json '.cards' '[]'
 
@@ -38,7 +38,7 @@ expected() { sed -n "s/^\[.*\] *$1  *//p" "$work/clinfo" | sed 's/ *$//'; }
 has_same() { diff <(expected "$1") <(jq -r ".devices[].$1" "$work/opencl.json"); }
 check "the platform has a GPU" json_is opencl.json '.devices | length' 1
 for property in CL_DEVICE_NAME CL_DEVICE_VENDOR_ID CL_DEVICE_MAX_CLOCK_FREQUENCY CL_DEVICE_MAX_COMPUTE_UNITS CL_DEVICE_MAX_CONSTANT_ARGS; do
-    check "OpenCLWrapper reads $property as clinfo does" has_same $property
+    check "OpenCLWrapper and clinfo read the same $property" has_same $property
 done
 platforms=$(sed -n 's/^#PLATFORMS *//p' "$work/clinfo")
 empty=$(grep -c '^\[.*\]  *#DEVICES  *0$' "$work/clinfo")
