@@ -51,8 +51,7 @@ std::vector<Fault> AdlFaults()
     std::vector<Fault> faults;
     faults.push_back(Removing(Pointer("/adl"), Lost({amd})));
     faults.push_back(Setting(Pointer("/adl/context"), false, Lost({amd})));
-    faults.push_back(
-        Setting(Pointer("/adl/ADL2_Main_Control_Create"), -1, Nothing())); // only the context matters, not the status
+    faults.push_back(Setting(Pointer("/adl/ADL2_Main_Control_Create"), -1, Nothing())); // only the context matters
     faults.push_back(Hiding("adl", "ADL2_Main_Control_Create", Lost({amd})));
     faults.push_back(Hiding("adl", "ADL2_Main_Control_Destroy", StaysAlive("adl")));
     faults.push_back(Hiding("adl", "ADL_Adapter_ObservedClockInfo_Get", Nothing()));

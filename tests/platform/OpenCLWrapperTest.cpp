@@ -72,9 +72,7 @@ TEST_CASE("CPU devices are ignored")
     Simulate(MachineWith({processor}));
     HostLog log;
     CHECK(Clock("GPU", "") == "");
-    CHECK(log.Lines ==
-          LogLines{
-              "error OpenCLWrapper::GetDevices: Failed to get Open CL devices"}); // the driver returned -1, device not found
+    CHECK(log.Lines == LogLines{"error OpenCLWrapper::GetDevices: Failed to get Open CL devices"}); // -1: device not found
 }
 
 TEST_CASE("A device is matched by its exact name and, if given, its vendor")

@@ -110,8 +110,8 @@ void Note(const std::string& event)
 std::vector<std::string> Events()
 {
     std::vector<std::string> events = Trace();
-    for (auto note = notes.rbegin(); note != notes.rend();
-         ++note) { // from the last, because an insertion moves all later positions
+    // From the last note, because an insertion moves all later positions.
+    for (auto note = notes.rbegin(); note != notes.rend(); ++note) {
         events.insert(events.begin() + note->CallsBefore, note->Text);
     }
     return events;

@@ -38,8 +38,8 @@ int main(int argc, char** argv)
     if (orvel::tools::SimulateMachineText("{}", "empty machine", problem) != ORVEL_SIMULATION_IN_PLACE) {
         return Fail(problem.c_str());
     }
-    const char* const first =
-        std::getenv("ORVEL_TEST_FIRST_DLL"); // relative to the program's folder; replaces the DLL of the same name
+    // Relative to the program's folder. This DLL replaces the one of the same name.
+    const char* const first = std::getenv("ORVEL_TEST_FIRST_DLL");
     if (first && !::LoadLibraryW((orvel::tools::ProgramFolder() / first).c_str())) {
         return Fail("the DLL that the tests want first cannot be loaded");
     }

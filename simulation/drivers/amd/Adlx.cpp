@@ -95,8 +95,8 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
     }
     const auto machine = CurrentMachine();
     const OutputStatus& answer = machine->adlx.model.initializeWithCallerAdl;
-    const bool isSimulated =
-        machine->adl.standing != Standing::System; // contexts of the computer's own ADL cannot be checked
+    // Contexts of the computer's own ADL cannot be checked.
+    const bool isSimulated = machine->adl.standing != Standing::System;
     if (isSimulated && !IsAdlContextAlive(context)) {
         AddViolation(call, "the ADL context is not alive");
         return ADLX_ADL_INIT_ERROR;
