@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Copies the licence texts of what a package contains: copy-licences.sh SOURCE BUILD PACKAGE FOLDER. PACKAGE is one of the words in
-# the list licenses/components.txt. The project's own statement goes along as project.txt.
+# copy-licences.sh SOURCE BUILD PACKAGE FOLDER: copies the licence texts of a package's components, and the project's own statement
+# as project.txt. PACKAGE is one of the words in licenses/components.txt.
 set -euo pipefail
 source=$1
 build=$2
 package=$3
 folder=$4
 
-# text_file TEXT: the file that the list means.
+# text_file TEXT: the file that an entry of the list refers to.
 text_file() {
     local file
     for file in "$build/deps/npm/node_modules/$1" "/usr/share/doc/$1/copyright" "$build/deps/plog/usr/share/doc/$1/copyright"; do

@@ -1,6 +1,6 @@
-/* A library with the inventory's C interface for the tests of the bindings. A snapshot's JSON has what its caller asked for,
- * and how many snapshots and texts the caller has not freed. The option `timeout_milliseconds` chooses a failure, or how
- * long taking lasts. */
+/* A library with the inventory's C interface for the tests of the bindings. A snapshot's JSON contains the options of its
+ * caller and the number of snapshots and texts that the caller has not freed. The option `timeout_milliseconds` selects a
+ * failure, or the time that taking a snapshot lasts. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>

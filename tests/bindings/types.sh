@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# The types of the bindings are made from the schema of the inventory's documents: types.sh SOURCE
+# types.sh SOURCE: checks that the types of the bindings match the schema of the inventory's documents.
 set -uo pipefail
 source=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 source "$source/tests/support/checks.sh"
 
-check "the files are as the schema has them" "$source/bindings/generate.py" --check
+check "the generated files match the schema" "$source/bindings/generate.py" --check
 
-# differs FILE SED: an edit of the schema shows in this file.
+# differs FILE SED: after this edit of the schema, the file is reported as outdated.
 mkdir -p "$work/inventory" "$work/bindings/node" "$work/bindings/python/orvel_graphic_cards_inventory"
 differs() {
     cp -r "$source/inventory/schema" "$work/inventory/"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The enumeration library in a program that MSVC built, Node.js: contract.sh SOURCE BUILD WINE
+# contract.sh SOURCE BUILD WINE: tests the enumeration library in Node.js, a program that MSVC built.
 set -uo pipefail
 source=$1
 build=$2
@@ -11,7 +11,7 @@ source "$source/tests/bindings/node/node.sh"
 
 with_koffi "$work"
 cp "$source/tests/bindings/node/contract.mjs" "$work/"
-# Machines with NVIDIA's driver: the library imports its nvml.dll.
+# Only machines with NVIDIA's driver, because the library imports nvml.dll.
 for release in 18 22; do
     for machine in workstation hybrid-laptop nvidia-workstation; do
         check "Node.js $release reads the records of $machine by MSVC's names" node $release "$work" contract.mjs \

@@ -1,11 +1,11 @@
-# Node.js for Windows under Wine, for the tests that use it. `work`, `build` and `wine` are the script's own.
+# Shared by the tests with Node.js for Windows under Wine. The including script sets `work`, `build` and `wine`.
 npm=$build/deps/npm/node_modules
 
 windows_path() { echo "Z:${1//\//\\}"; }
 ORVEL_BIN=$(windows_path "$build/bin")
 export ORVEL_BIN
 
-# Node.js refuses to start on what Wine describes by default.
+# Node.js refuses to start on the Windows version that Wine reports by default.
 "$wine" reg add 'HKCU\Software\Wine\AppDefaults\node.exe' /v Version /d win10 /f </dev/null >/dev/null 2>&1
 
 # node RELEASE FOLDER ARGUMENTS…: runs Node.js for Windows. Its output goes through files: it cannot write to Wine's pipes.
@@ -16,7 +16,7 @@ node() {
     return $status
 }
 
-# with_koffi FOLDER: programs of a folder can call any DLL.
+# with_koffi FOLDER: installs koffi, with which programs in this folder can call any DLL.
 with_koffi() {
     mkdir -p "$1/node_modules/@koromix"
     ln -s "$npm/koffi" "$1/node_modules/"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The npm package as a user gets it: packed, installed without scripts into an empty folder, and used from there with Node.js for
-# Windows under Wine. package.sh SOURCE BUILD WINE
+# package.sh SOURCE BUILD WINE: tests the npm package as users get it: packed, installed without scripts into an empty folder, and
+# used from there with Node.js for Windows under Wine.
 set -uo pipefail
 source=$1
 build=$2
@@ -20,7 +20,7 @@ package=$("$source/cmake/make-node-package.sh" "$source" "$build" "$work/dist") 
 manifest() { tar -xzOf "$package" package/package.json | jq -re "$1"; }
 manifest_has() { [ "$(manifest "$1")" = "$2" ] || { manifest "$1"; return 1; }; }
 files_are() { diff <(tar -tzf "$package" | sed 's|^package/||' | sort) <(printf '%s\n' "$@" | sort); }
-# Windows' own DLLs, by the names that the two files import.
+# The two files import only DLLs of Windows itself.
 imports_only_windows() {
     local wrong
     tar -xzf "$package" -C "$work"
@@ -44,7 +44,7 @@ check "packing twice gives the same bytes" cmp "$package" "$("$source/cmake/make
 
 # --- installed ----------------------------------------------------------------------------------------------------------------
 
-# install_into FOLDER: the package and koffi, for the tests, in a folder that was empty.
+# install_into FOLDER: installs the package, and koffi for the tests, into an empty folder.
 install_into() {
     mkdir -p "$1"
     (cd "$1" && npm install --silent --ignore-scripts --no-package-lock "$package") || return 1
@@ -54,7 +54,7 @@ install_into() {
 app=$work/app
 check "npm installs the package without network and scripts" install_into "$app"
 
-# typed PROGRAM: a TypeScript program passes the compiler, which writes it as JavaScript.
+# typed PROGRAM: compiles a TypeScript program to JavaScript.
 typed() {
     cp "$tests/$1" "$app/"
     command node "$npm/typescript/lib/tsc.js" --strict --target es2022 --module nodenext \

@@ -14,16 +14,16 @@ OrderedJson Known(OrderedJson value, const char* source = "setupapi");
 /// A value that is not known.
 OrderedJson Unknown(const char* status, OrderedJson source, const char* reason, OrderedJson code = nullptr);
 
-/// A display, as the document has it; null for what is not given.
+/// A display in the form of the document; null for values that are not given.
 OrderedJson DisplayObject(const OrderedJson& known);
 
-/// A table of these properties of the library's: a property whose name is not in it is a text without a unit.
+/// A table of these properties, described as in the library. An unknown name is a text without a unit.
 std::vector<tools::InventoryProperty> TableOf(const std::vector<std::string>& names);
 
-/// A document of cards that all have the same properties, with a table of just these.
+/// A document of cards that all have the same properties, with a table of these properties.
 tools::Inventory InventoryOf(const std::vector<OrderedJson>& cards, const OrderedJson& sources = OrderedJson::array());
 
-/// A card of which everything is known, with all properties of the library.
+/// A card with a known value for every property of the library.
 OrderedJson WholeCard();
 
 } // namespace orvel::tests

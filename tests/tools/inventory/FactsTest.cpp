@@ -20,7 +20,7 @@ std::vector<std::string> FactsOf(const OrderedJson& card)
     return texts;
 }
 
-/// Facts of these values alone.
+/// The facts of a card with only these values.
 std::vector<std::string> FactsOfValues(const OrderedJson& values)
 {
     OrderedJson card;
@@ -34,7 +34,7 @@ using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST_CASE("Related values share a fact, with units that people read")
+TEST_CASE("Related values share a fact, in readable units")
 {
     CHECK(FactsOf(WholeCard()) ==
           Texts{"Kind: NVIDIA, PCI device, discrete",
@@ -52,11 +52,11 @@ TEST_CASE("Related values share a fact, with units that people read")
                 "Instance id: PCI\\VEN_10DE&DEV_2684&SUBSYS_889B1043&REV_A1\\4&2283F625&0&0019"});
 }
 
-TEST_CASE("A fact leaves out what is not known, and is left out where nothing is")
+TEST_CASE("A fact omits unknown values, and is omitted if no value is known")
 {
     CHECK(FactsOfValues({{"dedicated_memory_bytes", 0}}) == Texts{"Memory: 0 bytes dedicated"});
     CHECK(FactsOfValues({{"driver_version", "27.20.100.9168"}}) == Texts{"Driver: 27.20.100.9168"});
-    CHECK(FactsOfValues({{"pci_bus", 1}}).empty()); // a bus alone is no address
+    CHECK(FactsOfValues({{"pci_bus", 1}}).empty()); // a bus alone is not an address
     CHECK(FactsOf({{"memory_type", Unknown("unsupported", nullptr, "no source for this vendor")}}).empty());
 }
 
@@ -68,7 +68,7 @@ TEST_CASE("A problem and a sleeping card are named")
           Texts{"State: works, asleep (D3)"});
 }
 
-TEST_CASE("A card without displays says so, and a display shows what is known of it")
+TEST_CASE("A card without displays has a fact for it, and a display shows its known values")
 {
     CHECK(FactsOfValues({{"displays", OrderedJson::array()}}) == Texts{"Displays: none active"});
     CHECK(FactsOfValues({{"displays", OrderedJson::array({DisplayObject({{"gdi_name", "\\\\.\\DISPLAY2"}, {"width", 800}}),
@@ -76,7 +76,7 @@ TEST_CASE("A card without displays says so, and a display shows what is known of
           Texts{"Display 1: \\\\.\\DISPLAY2", "Display 2: TV"});
 }
 
-TEST_CASE("A kind or property of a later release is shown as it is")
+TEST_CASE("A kind or property of a later release is shown unchanged")
 {
     CHECK(FactsOfValues({{"kind", "quantum"}}) == Texts{"Kind: quantum"});
     CHECK(FactsOfValues({{"name", "Card"}, {"fans", 3}, {"colour", "red"}}) == Texts{"fans: 3 rpm", "colour: red"});
@@ -97,7 +97,7 @@ TEST_CASE("Missing values are grouped by their reason")
     CHECK(missing[2].Why == "NVML refused (15)");
 }
 
-TEST_CASE("An unknown reason or source is shown as it is")
+TEST_CASE("An unknown reason or source is shown unchanged")
 {
     CHECK(EndText({"unavailable", "vulkan", {}, "not listed"}) == "Vulkan does not list this card");
     CHECK(EndText({"unavailable", "dxgi", {}, "eclipse"}) == "Eclipse");

@@ -36,7 +36,7 @@ TEST_CASE("A value that is not known has its status, source, code and reason")
     CHECK(inventory.Sources[0] == InventoryEnd{"failed", "dxgi", 1460, "no answer"});
 }
 
-TEST_CASE("Anything but a document is refused")
+TEST_CASE("A text that is not an inventory document is refused")
 {
     const OrderedJson document = {{"schema_version", 1},
                                   {"form", "full"},

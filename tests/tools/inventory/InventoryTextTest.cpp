@@ -10,7 +10,7 @@
 using namespace orvel::tests;
 using namespace orvel::tools;
 
-TEST_CASE("The text has a section a card, the failed sources and a summary")
+TEST_CASE("The text has a section per card, the failed sources and a summary")
 {
     const OrderedJson sources = OrderedJson::array(
         {{{"name", "setupapi"}, {"state", "answered"}, {"code", nullptr}, {"reason", nullptr}},
@@ -35,12 +35,12 @@ DXGI did not answer in time.
 )");
 }
 
-TEST_CASE("A computer without a card has a summary")
+TEST_CASE("The text of a computer without cards has only a summary")
 {
     CHECK(InventoryAsText(InventoryOf({}), false) == "No graphics adapter, asked at depth drivers\n");
 }
 
-TEST_CASE("A whole card fits a screen of 80 columns and 24 lines, and a terminal shows its heading in bold")
+TEST_CASE("A complete card fits a screen of 80 columns and 24 lines, and its heading is bold on a terminal")
 {
     const std::string text = InventoryAsText(InventoryOf({WholeCard()}), true);
     CHECK(text.starts_with("\x1B[1mCard 1: NVIDIA GeForce RTX 4090\x1B[0m\n"));
@@ -48,7 +48,7 @@ TEST_CASE("A whole card fits a screen of 80 columns and 24 lines, and a terminal
     CHECK(text.find("Not known") == std::string::npos);
 }
 
-TEST_CASE("A card's name cannot control the terminal, and a long name of a property has a line of its own")
+TEST_CASE("A card's name cannot control the terminal, and a long property name has its own line")
 {
     const std::string text = InventoryAsText(
         InventoryOf({{{"name", Known("a\x1B[2J")}, {"a_property_with_a_long_name", Known("value")}}}), false);

@@ -1,4 +1,4 @@
-// An inventory library of another release, of which only the version is asked.
+// An inventory library of an earlier release. Only its version is queried.
 
 #include "OrvelInventory.h"
 

@@ -38,7 +38,7 @@ TEST_CASE("Refresh rates have at most two decimals")
     CHECK(ThousandthsText(5) == "0.005");
 }
 
-TEST_CASE("Identifiers have four digits, and those of ACPI are letters")
+TEST_CASE("Identifiers are shown with four digits, and ACPI identifiers as letters")
 {
     CHECK(IdentifierText(0) == "0000");
     CHECK(IdentifierText(0x10DE) == "10DE");
@@ -47,7 +47,7 @@ TEST_CASE("Identifiers have four digits, and those of ACPI are letters")
     CHECK(IdentifierText(0x123456789A) == "123456789A");
 }
 
-TEST_CASE("An HRESULT is hexadecimal, another code decimal")
+TEST_CASE("An HRESULT is shown in hexadecimal, any other code in decimal")
 {
     CHECK(CodeText(1460) == "1460");
     CHECK(CodeText(-104) == "-104");

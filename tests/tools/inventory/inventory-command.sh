@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Tests "orvel-graphic-cards inventory" as users run it, on Wine's own platform. inventory-command.sh WINE BIN SOURCE
+# inventory-command.sh WINE BIN SOURCE: tests "orvel-graphic-cards inventory" as users run it, on Wine's own platform.
 set -uo pipefail
 wine=$1
 bin=$2
@@ -10,7 +10,7 @@ trap 'rm -rf "$work"' EXIT
 source "$source/tests/support/checks.sh"
 program=$bin/orvel-graphic-cards.exe
 
-# run ARGS…: runs the command; its exit status, standard output and standard error.
+# run ARGS…: runs the command, and stores its exit status, standard output and standard error.
 run() {
     status=0
     "$wine" "$program" inventory "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
@@ -50,7 +50,7 @@ check "a wrong depth exits with 2" exits_with 2
 run --machine "$work/none.json"
 check "a missing machine file exits with 2" exits_with 2
 
-# The library is loaded at run time: a copy of the program alone in a folder.
+# The library is loaded at run time, so a copy of the program without the library starts.
 mkdir "$work/alone"
 cp "$program" "$work/alone"
 program=$work/alone/orvel-graphic-cards.exe
