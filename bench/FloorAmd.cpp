@@ -9,7 +9,7 @@
 #include "system/DisplayRegistry.h"
 #include "system/PciBusNumber.h"
 #include "vendors/amd/AdlTypes.h"
-#include "vendors/amd/AdlxInterfaces.h"
+#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::bench {
 

@@ -6,7 +6,7 @@
 #include "FloorOpenCl.h"
 #include "FloorSystem.h"
 #include "FloorWmi.h"
-#include "vendors/nvidia/NvapiTypes.h"
+#include "interfaces/NvapiTypes.h"
 #include "vendors/nvidia/Nvml.h"
 
 namespace orvel::bench {

@@ -8,7 +8,7 @@ trap 'rm -rf "$work"' EXIT
 source "$source/tests/support/checks.sh"
 
 # From the bottom to the top. Vendors never include one another.
-layers=(src/formulas src/platform wmi-client src/system include src/record src/vendors
+layers=(src/formulas src/interfaces src/platform wmi-client src/system include src/record src/vendors
     src/vendors/intel src/vendors/nvidia src/vendors/amd src/run src/abi)
 
 # The inventory's own layers. It shares only the layers of the library that are independent of the record.
@@ -22,7 +22,7 @@ declare -A around=(
     [bindings]="src/formulas src/platform include tools"
     [bench]="${layers[*]} simulation/include tools"
     [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools"
-    [fuzz]="src/formulas src/vendors/intel src/vendors/nvidia src/vendors/amd"
+    [fuzz]="src/formulas src/interfaces src/vendors/intel src/vendors/nvidia src/vendors/amd"
 )
 
 # may_include LAYER: the layers below it.
@@ -34,7 +34,7 @@ may_include() {
     done
 }
 for layer in "${layers[@]}"; do around[$layer]=$(may_include "$layer"); done
-below="src/formulas src/platform include"
+below="src/formulas src/interfaces src/platform include"
 for layer in "${inventory_layers[@]}"; do
     around[$layer]=$below
     below+=" $layer"

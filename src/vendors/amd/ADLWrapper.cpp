@@ -7,7 +7,7 @@
 
 #include "platform/LastStore.h"
 #include "platform/Log.h"
-#include "vendors/amd/AdlxInterfaces.h"
+#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::shared::enumeration {
 

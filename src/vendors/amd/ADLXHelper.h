@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "platform/Handles.h"
-#include "vendors/amd/AdlxInterfaces.h"
+#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::shared::enumeration {
 

@@ -8,7 +8,7 @@
 #include "system/AdapterRegistry.h"
 #include "vendors/BaseGraphicCard.h"
 #include "vendors/amd/ADLWrapper.h"
-#include "vendors/amd/AdlxInterfaces.h"
+#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::shared::enumeration {
 

@@ -3,10 +3,10 @@
 namespace orvel::shared::enumeration {
 
 template <typename... Arguments>
-NvAPI_Status NvapiInterface::Call(uint32_t id, Arguments... arguments) const
+NvAPI_Status NvapiInterface::Call(NvapiId id, Arguments... arguments) const
 {
     using Function = NvAPI_Status (*)(Arguments...);
-    const auto function = queryInterface ? reinterpret_cast<Function>(queryInterface(id)) : nullptr;
+    const auto function = queryInterface ? reinterpret_cast<Function>(queryInterface(static_cast<uint32_t>(id))) : nullptr;
     return function ? function(arguments...) : NVAPI_NO_IMPLEMENTATION;
 }
 
@@ -17,7 +17,7 @@ NvAPI_Status NvapiInterface::NvAPI_Initialize()
         return NVAPI_LIBRARY_NOT_FOUND;
     }
     queryInterface = FindFunction<QueryInterface>(module.get(), "nvapi_QueryInterface");
-    const NvAPI_Status status = queryInterface ? Call(0x0150E828) : NVAPI_ERROR;
+    const NvAPI_Status status = queryInterface ? Call(NvapiId::NvAPI_Initialize) : NVAPI_ERROR;
     if (status != NVAPI_OK) {
         queryInterface = nullptr;
         module.reset();
@@ -27,7 +27,7 @@ NvAPI_Status NvapiInterface::NvAPI_Initialize()
 
 NvAPI_Status NvapiInterface::NvAPI_Unload()
 {
-    const NvAPI_Status status = Call(0xD22BDD7E);
+    const NvAPI_Status status = Call(NvapiId::NvAPI_Unload);
     queryInterface = nullptr;
     if (status != NVAPI_OK) {
         (void)module.release(); // a driver that is not shut down may still run, so its code must stay loaded
@@ -38,78 +38,78 @@ NvAPI_Status NvapiInterface::NvAPI_Unload()
 
 NvAPI_Status NvapiInterface::NvAPI_EnumPhysicalGPUs(NvPhysicalGpuHandle* gpus, uint32_t* count) const
 {
-    return Call(0xE5AC921F, gpus, count);
+    return Call(NvapiId::NvAPI_EnumPhysicalGPUs, gpus, count);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetFullName(NvPhysicalGpuHandle gpu, char* name) const
 {
-    return Call(0xCEEE8E9F, gpu, name);
+    return Call(NvapiId::NvAPI_GPU_GetFullName, gpu, name);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetBusId(NvPhysicalGpuHandle gpu, uint32_t* bus) const
 {
-    return Call(0x1BE0B8E5, gpu, bus);
+    return Call(NvapiId::NvAPI_GPU_GetBusId, gpu, bus);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetBusType(NvPhysicalGpuHandle gpu, int32_t* type) const
 {
-    return Call(0x1BB18724, gpu, type);
+    return Call(NvapiId::NvAPI_GPU_GetBusType, gpu, type);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetPCIIdentifiers(NvPhysicalGpuHandle gpu, uint32_t* device, uint32_t* subsystem,
                                                          uint32_t* revision, uint32_t* extendedDevice) const
 {
-    return Call(0x2DDFB66E, gpu, device, subsystem, revision, extendedDevice);
+    return Call(NvapiId::NvAPI_GPU_GetPCIIdentifiers, gpu, device, subsystem, revision, extendedDevice);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetGPUType(NvPhysicalGpuHandle gpu, int32_t* type) const
 {
-    return Call(0xC33BAEB1, gpu, type);
+    return Call(NvapiId::NvAPI_GPU_GetGPUType, gpu, type);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetVbiosVersionString(NvPhysicalGpuHandle gpu, char* version) const
 {
-    return Call(0xA561FD7D, gpu, version);
+    return Call(NvapiId::NvAPI_GPU_GetVbiosVersionString, gpu, version);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetGpuCoreCount(NvPhysicalGpuHandle gpu, uint32_t* count) const
 {
-    return Call(0xC7026A87, gpu, count);
+    return Call(NvapiId::NvAPI_GPU_GetGpuCoreCount, gpu, count);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetRamBusWidth(NvPhysicalGpuHandle gpu, uint32_t* bits) const
 {
-    return Call(0x7975C581, gpu, bits);
+    return Call(NvapiId::NvAPI_GPU_GetRamBusWidth, gpu, bits);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetCurrentPCIEDownstreamWidth(NvPhysicalGpuHandle gpu, uint32_t* lanes) const
 {
-    return Call(0xD048C3B1, gpu, lanes);
+    return Call(NvapiId::NvAPI_GPU_GetCurrentPCIEDownstreamWidth, gpu, lanes);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetMemoryInfoEx(NvPhysicalGpuHandle gpu, NvapiMemoryInfo* info) const
 {
-    return Call(0xC0599498, gpu, info);
+    return Call(NvapiId::NvAPI_GPU_GetMemoryInfoEx, gpu, info);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetAllClockFrequencies(NvPhysicalGpuHandle gpu, NvapiClockFrequencies* clocks) const
 {
-    return Call(0xDCB616C3, gpu, clocks);
+    return Call(NvapiId::NvAPI_GPU_GetAllClockFrequencies, gpu, clocks);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetECCStatusInfo(NvPhysicalGpuHandle gpu, NvapiEccStatusInfo* info) const
 {
-    return Call(0xCA1DDAF3, gpu, info);
+    return Call(NvapiId::NvAPI_GPU_GetECCStatusInfo, gpu, info);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_GPU_GetECCErrorInfo(NvPhysicalGpuHandle gpu, NvapiEccErrorInfo* info) const
 {
-    return Call(0xC71F85A6, gpu, info);
+    return Call(NvapiId::NvAPI_GPU_GetECCErrorInfo, gpu, info);
 }
 
 NvAPI_Status NvapiInterface::NvAPI_D3D11_MultiGPU_GetCaps(NvapiMultiGpuCaps* caps) const
 {
-    return Call(0xD2D25687, caps);
+    return Call(NvapiId::NvAPI_D3D11_MultiGPU_GetCaps, caps);
 }
 
 } // namespace orvel::shared::enumeration

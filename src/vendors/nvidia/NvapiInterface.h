@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Handles.h"
-#include "vendors/nvidia/NvapiTypes.h"
+#include "interfaces/NvapiTypes.h"
 
 namespace orvel::shared::enumeration {
 
@@ -35,7 +35,7 @@ public:
 
 private:
     template <typename... Arguments>
-    NvAPI_Status Call(uint32_t id, Arguments... arguments) const;
+    NvAPI_Status Call(NvapiId id, Arguments... arguments) const;
 
     using QueryInterface = void* (*)(uint32_t id);
 

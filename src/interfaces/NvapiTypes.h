@@ -15,6 +15,27 @@ constexpr NvAPI_Status NVAPI_ERROR = -1;
 constexpr NvAPI_Status NVAPI_LIBRARY_NOT_FOUND = -2;
 constexpr NvAPI_Status NVAPI_NO_IMPLEMENTATION = -3;
 
+/// The ids of the functions that are used, for the one that the DLL exports (nvapi_QueryInterface).
+enum class NvapiId : uint32_t {
+    NvAPI_Initialize = 0x0150E828,
+    NvAPI_Unload = 0xD22BDD7E,
+    NvAPI_EnumPhysicalGPUs = 0xE5AC921F,
+    NvAPI_GPU_GetFullName = 0xCEEE8E9F,
+    NvAPI_GPU_GetBusId = 0x1BE0B8E5,
+    NvAPI_GPU_GetBusType = 0x1BB18724,
+    NvAPI_GPU_GetPCIIdentifiers = 0x2DDFB66E,
+    NvAPI_GPU_GetGPUType = 0xC33BAEB1,
+    NvAPI_GPU_GetVbiosVersionString = 0xA561FD7D,
+    NvAPI_GPU_GetGpuCoreCount = 0xC7026A87,
+    NvAPI_GPU_GetRamBusWidth = 0x7975C581,
+    NvAPI_GPU_GetCurrentPCIEDownstreamWidth = 0xD048C3B1,
+    NvAPI_GPU_GetMemoryInfoEx = 0xC0599498,
+    NvAPI_GPU_GetAllClockFrequencies = 0xDCB616C3,
+    NvAPI_GPU_GetECCStatusInfo = 0xCA1DDAF3,
+    NvAPI_GPU_GetECCErrorInfo = 0xC71F85A6,
+    NvAPI_D3D11_MultiGPU_GetCaps = 0xD2D25687,
+};
+
 constexpr size_t NVAPI_SHORT_STRING_MAX = 64;
 constexpr size_t NVAPI_MAX_PHYSICAL_GPUS = 64;
 constexpr size_t NVAPI_MAX_GPU_PUBLIC_CLOCKS = 32;
