@@ -10,5 +10,8 @@ set(inventory_pure_sources
     matching/RawValues.cpp
     model/Names.cpp
     model/Properties.cpp
-    model/Text.cpp)
+    model/Text.cpp
+    sources/DriverReading.cpp
+    sources/Nvapi.cpp
+    sources/Nvml.cpp)
 list(TRANSFORM inventory_pure_sources PREPEND ${CMAKE_CURRENT_LIST_DIR}/)

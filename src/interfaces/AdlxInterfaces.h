@@ -16,6 +16,7 @@ constexpr ADLX_RESULT ADLX_ALREADY_ENABLED = 1;
 constexpr ADLX_RESULT ADLX_ALREADY_INITIALIZED = 2;
 constexpr ADLX_RESULT ADLX_FAIL = 3;
 constexpr ADLX_RESULT ADLX_INVALID_ARGS = 4;
+constexpr ADLX_RESULT ADLX_NOT_SUPPORTED = 12;
 
 /// Whether a result is a success; "already enabled" and "already initialised" are too.
 constexpr bool Succeeded(ADLX_RESULT result)
@@ -44,6 +45,39 @@ struct IADLXGPU : IADLXInterface {
     virtual ADLX_RESULT __stdcall VRAMType(const char** type) = 0;
     virtual ADLX_RESULT __stdcall BIOSInfo(const char** part, const char** version, const char** date) = 0;
     virtual ADLX_RESULT __stdcall DeviceId(const char** deviceId) = 0; // 14
+    virtual ADLX_RESULT __stdcall RevisionId(const char** revisionId) = 0;
+    virtual ADLX_RESULT __stdcall SubSystemId(const char** subSystemId) = 0;
+    virtual ADLX_RESULT __stdcall SubSystemVendorId(const char** subSystemVendorId) = 0;
+    virtual ADLX_RESULT __stdcall UniqueId(int32_t* uniqueId) = 0; // 18
+};
+
+/// Since ADLX 1.2.
+struct IADLXGPU1 : IADLXGPU {
+    virtual ADLX_RESULT __stdcall PCIBusType(int32_t* type) = 0;
+    virtual ADLX_RESULT __stdcall PCIBusLaneWidth(uint32_t* lanes) = 0;
+    virtual ADLX_RESULT __stdcall MultiGPUMode(int32_t* mode) = 0;
+    virtual ADLX_RESULT __stdcall ProductName(const char** name) = 0; // 22
+};
+
+struct ADLX_LUID {
+    uint32_t lowPart;
+    int32_t highPart;
+};
+
+/// Since ADLX 1.4. Slots that are not called have no arguments here.
+struct IADLXGPU2 : IADLXGPU1 {
+    virtual ADLX_RESULT __stdcall IsPowerOff(bool* isOff) = 0; // 23
+    virtual ADLX_RESULT __stdcall PowerOn() = 0;
+    virtual ADLX_RESULT __stdcall StartPowerOff() = 0;
+    virtual ADLX_RESULT __stdcall AbortPowerOff() = 0;
+    virtual ADLX_RESULT __stdcall IsSupportedApplicationList(bool* isSupported) = 0;
+    virtual ADLX_RESULT __stdcall GetApplications() = 0;
+    virtual ADLX_RESULT __stdcall AMDSoftwareReleaseDate(uint32_t* year, uint32_t* month, uint32_t* day) = 0;
+    virtual ADLX_RESULT __stdcall AMDSoftwareEdition(const char** edition) = 0;
+    virtual ADLX_RESULT __stdcall AMDSoftwareVersion(const char** version) = 0;
+    virtual ADLX_RESULT __stdcall DriverVersion(const char** version) = 0;
+    virtual ADLX_RESULT __stdcall AMDWindowsDriverVersion(const char** version) = 0;
+    virtual ADLX_RESULT __stdcall LUID(ADLX_LUID* luid) = 0; // 34
 };
 
 struct IADLXGPUList : IADLXInterface {

@@ -14,6 +14,8 @@ constexpr NvAPI_Status NVAPI_OK = 0;
 constexpr NvAPI_Status NVAPI_ERROR = -1;
 constexpr NvAPI_Status NVAPI_LIBRARY_NOT_FOUND = -2;
 constexpr NvAPI_Status NVAPI_NO_IMPLEMENTATION = -3;
+constexpr NvAPI_Status NVAPI_NVIDIA_DEVICE_NOT_FOUND = -6;
+constexpr NvAPI_Status NVAPI_NOT_SUPPORTED = -104;
 
 /// The ids of the functions that are used, for the one that the DLL exports (nvapi_QueryInterface).
 enum class NvapiId : uint32_t {
@@ -34,6 +36,10 @@ enum class NvapiId : uint32_t {
     NvAPI_GPU_GetECCStatusInfo = 0xCA1DDAF3,
     NvAPI_GPU_GetECCErrorInfo = 0xC71F85A6,
     NvAPI_D3D11_MultiGPU_GetCaps = 0xD2D25687,
+    NvAPI_EnumTCCPhysicalGPUs = 0xD9930B07,
+    NvAPI_GPU_GetBusSlotId = 0x2A0A350F,
+    NvAPI_GetLogicalGPUFromPhysicalGPU = 0xADD604D1,
+    NvAPI_GPU_GetLogicalGpuInfo = 0x842B066E,
 };
 
 constexpr size_t NVAPI_SHORT_STRING_MAX = 64;
@@ -105,7 +111,21 @@ struct NvapiClockFrequencies {
 };
 static_assert(sizeof(NvapiClockFrequencies) == 264 && NvapiVersion<NvapiClockFrequencies>(3) == 0x00030108);
 
+constexpr uint32_t NVAPI_GPU_CLOCK_TYPE_BOOST = 2;
 constexpr size_t NVAPI_GPU_PUBLIC_CLOCK_GRAPHICS = 0;
 constexpr size_t NVAPI_GPU_PUBLIC_CLOCK_MEMORY = 4;
+
+constexpr int32_t NV_SYSTEM_TYPE_IGPU = 1;
+constexpr int32_t NV_SYSTEM_TYPE_DGPU = 2;
+
+struct NvapiLogicalGpuInfo {
+    uint32_t Version;
+    void* Luid; ///< a LUID of the caller's, which the call fills
+    uint32_t PhysicalGpuCount;
+    NvPhysicalGpuHandle PhysicalGpus[NVAPI_MAX_PHYSICAL_GPUS];
+    uint32_t Reserved[8];
+};
+static_assert(sizeof(NvapiLogicalGpuInfo) == 568 && offsetof(NvapiLogicalGpuInfo, PhysicalGpus) == 24 &&
+              NvapiVersion<NvapiLogicalGpuInfo>(1) == 0x00010238);
 
 } // namespace orvel::shared::enumeration

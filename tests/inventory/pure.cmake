@@ -9,5 +9,7 @@ set(inventory_pure_tests
     matching/RawValuesTest.cpp
     model/NamesTest.cpp
     model/PropertiesTest.cpp
-    model/TextTest.cpp)
+    model/TextTest.cpp
+    sources/NvapiTest.cpp
+    sources/NvmlTest.cpp)
 list(TRANSFORM inventory_pure_tests PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
