@@ -116,7 +116,7 @@ typedef struct OrvelInventorySource {
     uint32_t status;    /* KNOWN: it has answered; UNAVAILABLE, FAILED, NOT_ASKED as for a value */
     const char* name;   /* as in `source` of a value */
     int64_t code;       /* of FAILED */
-    const char* reason; /* null where it has answered */
+    const char* reason; /* null where it has answered, unless it lists a device that Windows does not */
 } OrvelInventorySource;
 
 /* Takes a snapshot. `options` may be null: the defaults. Free it with OrvelInventoryFree. A source that refuses or hangs

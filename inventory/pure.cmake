@@ -6,7 +6,10 @@ set(inventory_pure_sources
     matching/Cards.cpp
     matching/DeviceFacts.cpp
     matching/DriverFacts.cpp
+    matching/DriverMatching.cpp
+    matching/EqualGroups.cpp
     matching/Identifiers.cpp
+    matching/Ranges.cpp
     matching/RawValues.cpp
     model/Names.cpp
     model/Properties.cpp

@@ -1,8 +1,10 @@
 #include "matching/AdapterAnswers.h"
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
+#include "matching/EqualGroups.h"
 #include "model/Names.h"
 #include "model/Text.h"
 
@@ -28,13 +30,14 @@ std::map<Property, Answer> AnswersOf(const DxgiAdapter& adapter)
     };
 }
 
+constexpr uint32_t remoteFlag = 1, softwareFlag = 2; // DXGI_ADAPTER_FLAG
+
 const char* KindOf(const DxgiAdapter& adapter)
 {
-    constexpr uint32_t remote = 1, software = 2; // DXGI_ADAPTER_FLAG
-    if (adapter.flags & software) {
+    if (adapter.flags & softwareFlag) {
         return "software";
     }
-    return adapter.flags & remote ? "remote" : "other";
+    return IsRemote(adapter) ? "remote" : "other";
 }
 
 /// An adapter that shows another card has nothing of its own but its LUID.
@@ -47,18 +50,13 @@ void HideOtherCard(std::map<Property, Answer>& answers)
     }
 }
 
-/// What is the same for all adapters.
-std::map<Property, Answer> CommonAnswers(const std::vector<std::size_t>& indexes, const std::vector<DxgiAdapter>& adapters)
+/// What is the same for all adapters. Several have no LUID in common, whatever they say.
+std::map<Property, Answer> AnswersOfAny(const std::vector<std::size_t>& indexes, const std::vector<DxgiAdapter>& adapters)
 {
-    auto common = AnswersOf(adapters[indexes.front()]);
-    for (const auto index : indexes) {
-        const auto answers = AnswersOf(adapters[index]);
-        for (auto& [property, answer] : common) {
-            if (answer != answers.at(property)) {
-                answer = Unavailable(Reason::CannotTell);
-            }
-        }
-    }
+    std::vector<std::map<Property, Answer>> all;
+    std::transform(indexes.begin(), indexes.end(), std::back_inserter(all),
+                   [&](std::size_t index) { return AnswersOf(adapters[index]); });
+    auto common = CommonAnswers(all);
     if (indexes.size() > 1) {
         common[P::Luid] = Unavailable(Reason::CannotTell);
     }
@@ -102,7 +100,7 @@ SourceAnswers DxgiAnswers(const DeviceFacts& device, const AdapterMatch& match, 
 {
     SourceAnswers source{Unavailable(match.reason), {}};
     if (!match.adapters.empty()) {
-        source = {Unavailable(Reason::Missing), CommonAnswers(match.adapters, adapters)};
+        source = {Unavailable(Reason::Missing), AnswersOfAny(match.adapters, adapters)};
     } else if (!IsKnown(end) && match.reason != Reason::Linked) {
         source.otherwise = end;
     }
@@ -116,12 +114,16 @@ SourceAnswers DxgiAnswers(const DeviceFacts& device, const AdapterMatch& match, 
 SourceAnswers DxgiAnswers(const DxgiAdapter& adapter)
 {
     SourceAnswers source{Unavailable(Reason::Missing), AnswersOf(adapter)};
-    const std::string kind = KindOf(adapter);
-    if (kind == "remote") {
+    if (IsRemote(adapter)) {
         HideOtherCard(source.answers);
     }
-    source.answers[P::Kind] = Known(kind);
+    source.answers[P::Kind] = Known(KindOf(adapter));
     return source;
+}
+
+bool IsRemote(const DxgiAdapter& adapter)
+{
+    return (adapter.flags & (remoteFlag | softwareFlag)) == remoteFlag;
 }
 
 Displays DisplaysOf(uint64_t luid, const std::vector<DisplayPath>& paths)

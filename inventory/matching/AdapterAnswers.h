@@ -18,6 +18,9 @@ SourceAnswers DxgiAnswers(const DeviceFacts& device, const AdapterMatch& match, 
 /// What DXGI says about an adapter that is a card of its own.
 SourceAnswers DxgiAnswers(const DxgiAdapter& adapter);
 
+/// Whether an adapter is a remote session's, which shows the card that renders for it.
+bool IsRemote(const DxgiAdapter& adapter);
+
 /// The displays of the adapter with a LUID, in the order of their GDI names.
 Displays DisplaysOf(uint64_t luid, const std::vector<DisplayPath>& paths);
 

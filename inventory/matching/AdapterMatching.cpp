@@ -1,30 +1,35 @@
 #include "matching/AdapterMatching.h"
 
 #include <algorithm>
+#include <iterator>
+
+#include "matching/EqualGroups.h"
 
 namespace orvel::shared::inventory {
 
 namespace {
 
-using Indexes = std::vector<std::size_t>;
-
-/// Indexes of the items that a condition holds for.
-template <typename Item, typename Condition>
-Indexes Where(const std::vector<Item>& items, Condition condition)
+Identifiers IdentifiersOf(const DeviceFacts& device)
 {
-    Indexes indexes;
-    for (std::size_t index = 0; index < items.size(); ++index) {
-        if (condition(items[index])) {
-            indexes.push_back(index);
-        }
-    }
-    return indexes;
+    return device.identifiers;
+}
+
+template <typename Item>
+std::vector<Identifiers> AllIdentifiers(const std::vector<Item>& items)
+{
+    std::vector<Identifiers> all;
+    std::transform(items.begin(), items.end(), std::back_inserter(all),
+                   [](const Item& item) { return IdentifiersOf(item); });
+    return all;
 }
 
 class Matcher {
 public:
     Matcher(const std::vector<DeviceFacts>& devices, const std::vector<DxgiAdapter>& adapters)
-        : devices(devices), adapters(adapters)
+        : devices(devices),
+          adapters(adapters),
+          deviceIdentifiers(AllIdentifiers(devices)),
+          adapterIdentifiers(AllIdentifiers(adapters))
     {}
 
     AdapterMatch Match(const DeviceFacts& device) const
@@ -52,42 +57,15 @@ private:
 
     AdapterMatch MatchByIdentifiers(const DeviceFacts& device) const
     {
-        Indexes equalDevices, equalAdapters = AdaptersLike(device.identifiers);
-        // Devices do not all have the same identifiers: one that lacks some agrees with more adapters than the others.
-        for (std::size_t known = 0; known != equalAdapters.size();) {
-            known = equalAdapters.size();
-            equalDevices = DevicesLike(equalAdapters);
-            equalAdapters = AdaptersLike(equalDevices);
-        }
+        auto equal = GroupOf(device.identifiers, deviceIdentifiers, adapterIdentifiers);
         const auto isOthers = [&](std::size_t index) { return IsSomeDevicesLuid(adapters[index]); };
-        if (std::all_of(equalAdapters.begin(), equalAdapters.end(), isOthers)) {
+        if (std::all_of(equal.listed.begin(), equal.listed.end(), isOthers)) {
             return {{}, Reason::NotListed};
         }
-        if (equalAdapters.size() != equalDevices.size()) {
+        if (equal.listed.size() != equal.cards.size()) {
             return {{}, Reason::CannotTell};
         }
-        return {std::move(equalAdapters), Reason::None};
-    }
-
-    Indexes AdaptersLike(const Identifiers& identifiers) const
-    {
-        return Where(adapters, [&](const DxgiAdapter& each) { return Agree(identifiers, IdentifiersOf(each)); });
-    }
-
-    Indexes AdaptersLike(const Indexes& some) const
-    {
-        return Where(adapters, [&](const DxgiAdapter& adapter) {
-            return std::any_of(some.begin(), some.end(),
-                               [&](std::size_t index) { return Agree(devices[index].identifiers, IdentifiersOf(adapter)); });
-        });
-    }
-
-    Indexes DevicesLike(const Indexes& some) const
-    {
-        return Where(devices, [&](const DeviceFacts& device) {
-            return std::any_of(some.begin(), some.end(),
-                               [&](std::size_t index) { return Agree(device.identifiers, IdentifiersOf(adapters[index])); });
-        });
+        return {std::move(equal.listed), Reason::None};
     }
 
     bool IsSomeDevicesLuid(const DxgiAdapter& adapter) const
@@ -98,6 +76,8 @@ private:
 
     const std::vector<DeviceFacts>& devices;
     const std::vector<DxgiAdapter>& adapters;
+    std::vector<Identifiers> deviceIdentifiers;
+    std::vector<Identifiers> adapterIdentifiers;
 };
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "matching/AdapterAnswers.h"
 #include "matching/AdapterMatching.h"
 #include "matching/DeviceFacts.h"
+#include "matching/DriverMatching.h"
 #include "model/Names.h"
 
 namespace orvel::shared::inventory {
@@ -24,7 +25,7 @@ struct PlacedCard {
 
 bool IsPresent(const Answer& answer)
 {
-    return answer.reason != Reason::NotPresent && answer.reason != Reason::NotInRelease;
+    return answer.reason != Reason::NotPresent;
 }
 
 std::vector<Source> SourcesFor(Property property, std::optional<uint64_t> vendorId)
@@ -122,33 +123,96 @@ Place PlaceOf(const DxgiAdapter& adapter)
     return {2, {adapter.vendorId, adapter.deviceId, adapter.subsystemId, adapter.revision, adapter.luid}, ""};
 }
 
-PlacedCard DeviceCard(const Readings& readings, const std::vector<DeviceFacts>& devices, std::size_t index,
-                      const AdapterMatch& match)
+// --- what is matched ---
+
+/// The devices and DXGI's own adapters are the cards, in this order.
+struct Matches {
+    std::vector<DeviceFacts> devices;
+    AdapterMatches adapters;
+    std::map<Source, DriverMatches> drivers;
+};
+
+std::optional<uint64_t> NumberIn(const DeviceFacts& device, Property property)
 {
-    const auto& device = devices[index];
+    const auto entry = device.answers.find(property);
+    return entry == device.answers.end() ? std::nullopt : NumberOf(entry->second);
+}
+
+CardKey KeyOf(const DeviceFacts& device)
+{
+    const PciAddress address{NumberIn(device, P::PciSegment), NumberIn(device, P::PciBus), NumberIn(device, P::PciDevice),
+                             NumberIn(device, P::PciFunction)};
+    return {device.luid, address, device.identifiers, device.showsOtherCard};
+}
+
+CardKey KeyOf(const DxgiAdapter& adapter)
+{
+    return {adapter.luid, {}, IdentifiersOf(adapter), IsRemote(adapter)};
+}
+
+std::vector<CardKey> KeysOf(const Matches& matches, const std::vector<DxgiAdapter>& adapters)
+{
+    std::vector<CardKey> keys;
+    for (const auto& device : matches.devices) {
+        keys.push_back(KeyOf(device));
+    }
+    for (const auto index : matches.adapters.ownAdapters) {
+        keys.push_back(KeyOf(adapters[index]));
+    }
+    return keys;
+}
+
+Matches MatchAll(const Readings& readings)
+{
+    Matches matches;
+    matches.devices = FactsOf(readings.devices);
+    matches.adapters = MatchAdapters(matches.devices, readings.adapters, IsKnown(readings.End(Source::SetupApi)));
+    const auto keys = KeysOf(matches, readings.adapters);
+    for (const auto& [source, devices] : readings.driverDevices) {
+        matches.drivers[source] = MatchDriver(keys, devices);
+    }
+    return matches;
+}
+
+/// Adds what the vendors' drivers say about a card of a number.
+void AddDrivers(const Readings& readings, const Matches& matches, std::size_t card, AnswersBySource& sources)
+{
+    for (const auto& [source, driver] : matches.drivers) {
+        At(sources, source) = DriverAnswers(driver.cards[card], readings.driverDevices.at(source), readings.End(source));
+    }
+}
+
+// --- cards ---
+
+PlacedCard DeviceCard(const Readings& readings, const Matches& matches, std::size_t index)
+{
+    const auto& device = matches.devices[index];
     auto sources = EndsOf(readings);
     At(sources, Source::SetupApi) = {Unavailable(Reason::Missing), device.answers};
-    At(sources, Source::Dxgi) = DxgiAnswers(device, match, readings.adapters, readings.End(Source::Dxgi));
+    At(sources, Source::Dxgi) =
+        DxgiAnswers(device, matches.adapters.devices[index], readings.adapters, readings.End(Source::Dxgi));
     if (index < readings.driverKeys.size()) {
         const auto vendorId = NumberOf(Resolve(P::VendorId, {}, sources));
         At(sources, Source::DriverKey) = KeyAnswers(readings.driverKeys[index], vendorId);
     }
-    const auto reason = IsFirstOfLuid(device, devices) ? Reason::None : Reason::Linked;
+    const auto reason = IsFirstOfLuid(device, matches.devices) ? Reason::None : Reason::Linked;
     AddByLuid(readings, reason, device.showsOtherCard, sources);
+    AddDrivers(readings, matches, index, sources);
     auto card = ResolveAll(sources);
     return {PlaceOf(device, card), std::move(card)};
 }
 
-/// The card of an adapter without a device.
-PlacedCard AdapterCard(const Readings& readings, const DxgiAdapter& adapter)
+/// The card of an adapter without a device, by its number among those.
+PlacedCard AdapterCard(const Readings& readings, const Matches& matches, std::size_t number)
 {
+    const auto& adapter = readings.adapters[matches.adapters.ownAdapters[number]];
     auto sources = EndsOf(readings);
     const auto noDevice = EndOr(readings.End(Source::SetupApi), Unavailable(Reason::NoDevice));
     At(sources, Source::SetupApi) = {noDevice, {}};
     At(sources, Source::DriverKey) = {noDevice, {}};
     At(sources, Source::Dxgi) = DxgiAnswers(adapter);
-    const bool isRemote = TextOf(At(sources, Source::Dxgi).Of(P::Kind)) == "remote";
-    AddByLuid(readings, Reason::None, isRemote, sources);
+    AddByLuid(readings, Reason::None, IsRemote(adapter), sources);
+    AddDrivers(readings, matches, matches.devices.size() + number, sources);
     return {PlaceOf(adapter), ResolveAll(sources)};
 }
 
@@ -182,14 +246,13 @@ Value Resolve(Property property, std::optional<uint64_t> vendorId, const Answers
 
 std::vector<Card> CardsOf(const Readings& readings)
 {
-    const auto devices = FactsOf(readings.devices);
-    const auto matches = MatchAdapters(devices, readings.adapters, IsKnown(readings.End(Source::SetupApi)));
+    const auto matches = MatchAll(readings);
     std::vector<PlacedCard> placed;
-    for (std::size_t index = 0; index < devices.size(); ++index) {
-        placed.push_back(DeviceCard(readings, devices, index, matches.devices[index]));
+    for (std::size_t index = 0; index < matches.devices.size(); ++index) {
+        placed.push_back(DeviceCard(readings, matches, index));
     }
-    for (const auto index : matches.ownAdapters) {
-        placed.push_back(AdapterCard(readings, readings.adapters[index]));
+    for (std::size_t number = 0; number < matches.adapters.ownAdapters.size(); ++number) {
+        placed.push_back(AdapterCard(readings, matches, number));
     }
     std::stable_sort(placed.begin(), placed.end(),
                      [](const PlacedCard& left, const PlacedCard& right) { return left.place < right.place; });
@@ -199,6 +262,22 @@ std::vector<Card> CardsOf(const Readings& readings)
         cards.push_back(std::move(each.card));
     }
     return cards;
+}
+
+std::vector<SourceReport> ReportsOf(const Readings& readings)
+{
+    const auto matches = MatchAll(readings);
+    std::vector<SourceReport> reports;
+    for (std::size_t index = 0; index < sourceCount; ++index) {
+        const auto source = static_cast<Source>(index);
+        SourceReport report{source, readings.End(source)};
+        const auto driver = matches.drivers.find(source);
+        if (IsKnown(report.end) && driver != matches.drivers.end() && !driver->second.areAllMatched) {
+            report.end.reason = Reason::ExtraDevice;
+        }
+        reports.push_back(std::move(report));
+    }
+    return reports;
 }
 
 } // namespace orvel::shared::inventory

@@ -7,6 +7,7 @@
 
 #include "model/Value.h"
 #include "sources/DisplayConfig.h"
+#include "sources/DriverReading.h"
 #include "sources/Dxgi.h"
 #include "sources/SetupApi.h"
 
@@ -20,6 +21,7 @@ struct Readings {
     std::vector<DxgiAdapter> adapters;
     std::map<uint64_t, Answer> integrated; ///< by LUID
     std::vector<DisplayPath> paths;
+    std::map<Source, std::vector<DriverDevice>> driverDevices;
     std::array<Answer, sourceCount> ends; ///< by source: Known where it has answered
 
     Answer& End(Source source) { return ends[static_cast<std::size_t>(source)]; }
@@ -33,5 +35,9 @@ Value Resolve(Property property, std::optional<uint64_t> vendorId, const Answers
 /// The cards: PCI cards by their place, then the other devices by their instance id, then what only DXGI has. The same
 /// whatever the order in which the sources list things.
 std::vector<Card> CardsOf(const Readings& readings);
+
+/// How asking each source has ended. A vendor's driver that has answered, but lists a device that is not one of the cards,
+/// says so: the device is ignored.
+std::vector<SourceReport> ReportsOf(const Readings& readings);
 
 } // namespace orvel::shared::inventory

@@ -1,8 +1,10 @@
 #include "matching/DeviceFacts.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "matching/DriverFacts.h"
+#include "matching/Ranges.h"
 #include "matching/RawValues.h"
 #include "model/Names.h"
 
@@ -174,21 +176,17 @@ void AddPlace(const DeviceReading& device, DeviceFacts& facts)
     facts.answers[P::PciFunction] = place.function;
 }
 
-/// A number of the link's registers, of which 0 means nothing.
-Answer LinkNumber(const RawValue& value, uint64_t limit)
-{
-    const auto number = PropertyNumber(value);
-    const auto known = NumberOf(number);
-    return known && (*known == 0 || *known > limit) ? Unavailable(Reason::Unusable) : number;
-}
-
 void AddLink(const DeviceReading& device, DeviceFacts& facts)
 {
-    constexpr uint64_t speeds = 15, widths = 63; // what the registers' fields can hold
-    facts.answers[P::PcieGeneration] = LinkNumber(device.Of(D::CurrentLinkSpeed), speeds);
-    facts.answers[P::PcieGenerationMax] = LinkNumber(device.Of(D::MaxLinkSpeed), speeds);
-    facts.answers[P::PcieLanes] = LinkNumber(device.Of(D::CurrentLinkWidth), widths);
-    facts.answers[P::PcieLanesMax] = LinkNumber(device.Of(D::MaxLinkWidth), widths);
+    constexpr std::pair<P, D> numbers[] = {
+        {P::PcieGeneration, D::CurrentLinkSpeed},
+        {P::PcieGenerationMax, D::MaxLinkSpeed},
+        {P::PcieLanes, D::CurrentLinkWidth},
+        {P::PcieLanesMax, D::MaxLinkWidth},
+    };
+    for (const auto& [property, number] : numbers) {
+        facts.answers[property] = InRange(property, PropertyNumber(device.Of(number)));
+    }
 }
 
 // --- state ---

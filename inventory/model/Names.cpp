@@ -169,8 +169,6 @@ const char* ReasonText(Reason reason)
         break;
     case Reason::NotPresent:
         return "source not present";
-    case Reason::NotInRelease:
-        return "source not in this release";
     case Reason::Missing:
         return "no such value";
     case Reason::Unusable:
@@ -207,6 +205,10 @@ const char* ReasonText(Reason reason)
         return "depth";
     case Reason::Asleep:
         return "asleep";
+    case Reason::PowerUnknown:
+        return "power state not known";
+    case Reason::ExtraDevice:
+        return "lists a device that Windows does not";
     }
     return nullptr;
 }

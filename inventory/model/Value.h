@@ -22,7 +22,6 @@ enum class Status { Known, Unsupported, Unavailable, Failed, NotAsked };
 enum class Reason {
     None,
     NotPresent,     ///< the source's DLL or function is not on this computer
-    NotInRelease,   ///< this release of the library does not ask the source yet
     Missing,        ///< the source has no such value, or an empty text
     Unusable,       ///< type, length or range
     NotInTable,     ///< a number without a known name
@@ -38,9 +37,11 @@ enum class Reason {
     VendorUnknown,
     OtherProvider, ///< the driver comes from somebody else
     Refused,
-    NoAnswer, ///< within the limit
-    Depth,    ///< the depth leaves the source out
-    Asleep,   ///< asking would wake a card
+    NoAnswer,     ///< within the limit
+    Depth,        ///< the depth leaves the source out
+    Asleep,       ///< asking would wake a card
+    PowerUnknown, ///< asking might wake a card
+    ExtraDevice,  ///< of a source that has answered: it lists a device that is not one of the cards
 };
 
 /// One active display. What the system does not give is empty.

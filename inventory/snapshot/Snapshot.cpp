@@ -1,6 +1,7 @@
 #include "snapshot/Snapshot.h"
 
-#include <algorithm>
+#include <array>
+#include <iterator>
 #include <memory>
 
 #include "matching/Cards.h"
@@ -8,6 +9,7 @@
 #include "snapshot/Slot.h"
 #include "snapshot/Thread.h"
 #include "sources/DisplayConfig.h"
+#include "sources/DriverLibraries.h"
 #include "sources/DxCore.h"
 #include "sources/Dxgi.h"
 #include "sources/SetupApi.h"
@@ -23,6 +25,19 @@ struct Slots {
     Slot<DisplayConfigReading> displays;
     Slot<DxgiReading> dxgi;
     Slot<DxCoreReading> dxCore;
+    std::array<Slot<DriverReading>, 3> drivers; ///< in the order of driverSources
+};
+
+/// A vendor's driver.
+struct DriverSource {
+    Source source;
+    DriverReading (*read)();
+};
+
+constexpr DriverSource driverSources[] = {
+    {Source::Nvml, &ReadNvml},
+    {Source::Nvapi, &ReadNvapi},
+    {Source::Adlx, &ReadAdlx},
 };
 
 /// Runs `read` on a thread. `close` gets the error for what has not come when it ends, or cannot begin.
@@ -67,6 +82,25 @@ void StartGraphics(const std::shared_ptr<Slots>& slots)
         [](Slots& all, uint32_t error) { all.dxCore.Close(error); });
 }
 
+/// Starts the drivers that may be asked; the others get the reason. Only SetupAPI's devices say whether a card is asleep.
+void StartDrivers(const std::shared_ptr<Slots>& slots, const Options& options, Readings& readings)
+{
+    for (std::size_t index = 0; index < std::size(driverSources); ++index) {
+        const auto& driver = driverSources[index];
+        auto& end = readings.End(driver.source);
+        end = Known(true);
+        if (!options.isWakingAllowed && WouldWake(driver.source, readings.devices)) {
+            end = NotAsked(Reason::Asleep);
+        } else if (!options.isWakingAllowed && !IsKnown(readings.End(Source::SetupApi))) {
+            end = NotAsked(Reason::PowerUnknown);
+        } else {
+            Start(
+                slots, [index](Slots& all) { all.drivers[index].Put(driverSources[index].read()); },
+                [index](Slots& all, uint32_t error) { all.drivers[index].Close(error); });
+        }
+    }
+}
+
 class Deadline {
 public:
     explicit Deadline(uint32_t milliseconds) : end(::GetTickCount64() + milliseconds) {}
@@ -88,17 +122,22 @@ void AwaitSystem(const Slots& slots, const Deadline& deadline)
     slots.driverKeys.IsClosed(deadline.Remaining());
 }
 
-void TakeSystem(Slots& slots, const Deadline& deadline, Readings& readings)
+void TakeDevices(Slots& slots, const Deadline& deadline, Readings& readings)
 {
     auto& setupApiEnd = readings.End(Source::SetupApi);
     if (auto devices = slots.devices.Take(deadline.Remaining(), setupApiEnd)) {
         readings.devices = std::move(devices->devices);
         setupApiEnd = devices->error == 0 ? setupApiEnd : Failed(devices->error);
     }
+}
+
+/// What belongs to the devices, which have been taken.
+void TakeSystem(Slots& slots, const Deadline& deadline, Readings& readings)
+{
     auto& driverKeyEnd = readings.End(Source::DriverKey);
     if (auto driverKeys = slots.driverKeys.Take(deadline.Remaining(), driverKeyEnd)) {
         readings.driverKeys = std::move(*driverKeys);
-        const bool isAsked = !readings.devices.empty() || IsKnown(setupApiEnd);
+        const bool isAsked = !readings.devices.empty() || IsKnown(readings.End(Source::SetupApi));
         driverKeyEnd = isAsked ? driverKeyEnd : Unavailable(Reason::NoDevice);
     }
     auto& displayEnd = readings.End(Source::DisplayConfig);
@@ -122,12 +161,18 @@ void TakeGraphics(Slots& slots, const Deadline& deadline, Readings& readings)
     }
 }
 
-/// The vendors' libraries, none of which this release asks.
-void LeaveOutDrivers(const Options& options, Readings& readings)
+void TakeDrivers(Slots& slots, const Deadline& deadline, Readings& readings)
 {
-    for (const auto source : {Source::Nvml, Source::Nvapi, Source::Adlx}) {
-        const bool isAsleep = !options.isWakingAllowed && WouldWake(source, readings.devices);
-        readings.End(source) = isAsleep ? NotAsked(Reason::Asleep) : Unavailable(Reason::NotInRelease);
+    for (std::size_t index = 0; index < std::size(driverSources); ++index) {
+        const auto source = driverSources[index].source;
+        auto& end = readings.End(source);
+        if (!IsKnown(end)) {
+            continue; // left out
+        }
+        if (auto driver = slots.drivers[index].Take(deadline.Remaining(), end)) {
+            readings.driverDevices[source] = std::move(driver->devices);
+            end = driver->end;
+        }
     }
 }
 
@@ -145,19 +190,22 @@ Findings TakeSnapshot(const Options& options)
 
     Readings readings;
     readings.ends.fill(NotAsked(Reason::Depth));
+    const bool isWithDrivers = options.depth >= Depth::Drivers;
+    if (isWithDrivers && options.isWakingAllowed) {
+        StartDrivers(slots, options, readings);
+    }
+    TakeDevices(*slots, deadline, readings);
+    if (isWithDrivers && !options.isWakingAllowed) {
+        StartDrivers(slots, options, readings);
+    }
     TakeSystem(*slots, deadline, readings);
     if (options.depth >= Depth::Graphics) {
         TakeGraphics(*slots, deadline, readings);
     }
-    if (options.depth >= Depth::Drivers) {
-        LeaveOutDrivers(options, readings);
+    if (isWithDrivers) {
+        TakeDrivers(*slots, deadline, readings);
     }
-
-    Findings findings{options.depth, {}, CardsOf(readings)};
-    for (std::size_t source = 0; source < sourceCount; ++source) {
-        findings.sources.push_back({static_cast<Source>(source), readings.ends[source]});
-    }
-    return findings;
+    return {options.depth, ReportsOf(readings), CardsOf(readings)};
 }
 
 } // namespace orvel::shared::inventory

@@ -5,6 +5,7 @@ set(inventory_pure_tests
     matching/CardsTest.cpp
     matching/DeviceFactsTest.cpp
     matching/DriverFactsTest.cpp
+    matching/DriverMatchingTest.cpp
     matching/IdentifiersTest.cpp
     matching/RawValuesTest.cpp
     model/NamesTest.cpp

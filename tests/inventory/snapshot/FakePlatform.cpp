@@ -1,6 +1,7 @@
 #include "FakePlatform.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <cwchar>
 #include <map>
@@ -14,6 +15,8 @@
 #include <setupapi.h>
 
 #include "../Readings.h"
+#include "interfaces/NvapiTypes.h"
+#include "interfaces/NvmlTypes.h"
 
 namespace orvel::shared::inventory {
 
@@ -21,13 +24,15 @@ namespace {
 
 constexpr HRESULT refusedByDxgi = static_cast<HRESULT>(0x887A0001);
 
-/// The only platform at a time. One thread uses each part, except the part for threads.
+/// The only platform at a time. One thread uses each part, except the guarded parts.
 struct State {
     Fault fault;
     HANDLE goOn = nullptr;
     std::array<int, sourceCount> calls{};
-    bool isLuidRefused = false;
+    bool isMatchRefused = false;
+    std::atomic<int> openDrivers = 0;
     std::mutex guard;
+    std::vector<std::wstring> loadedLibraries;
     std::vector<HANDLE> threads;
     std::vector<DeviceReading> devices;
     std::vector<DriverKeyReading> keys;
@@ -128,7 +133,9 @@ BOOL WINAPI GetDeviceProperty(HDEVINFO, PSP_DEVINFO_DATA data, const DEVPROPKEY*
         return each.format == key->fmtid.Data1 && each.number == key->pid;
     });
     if (GoesWrong(Source::SetupApi)) {
-        state->isLuidRefused = known != std::end(properties) && known->property == D::Luid;
+        state->isMatchRefused =
+            known != std::end(properties) &&
+            (known->property == D::Luid || known->property == D::BusNumber || known->property == D::Address);
         return Refuse(FALSE);
     }
     const RawValue value = known == std::end(properties) ? Refused(ERROR_NOT_FOUND) : DeviceOf(data).Of(known->property);
@@ -295,12 +302,6 @@ public:
 };
 
 FakeFactory factory;
-const auto dxgi = reinterpret_cast<HMODULE>(&factory);
-
-// The original functions that are replaced in every module.
-decltype(&::GetProcAddress) realGetProcAddress = nullptr;
-decltype(&::FreeLibrary) realFreeLibrary = nullptr;
-decltype(&::CreateThread) realCreateThread = nullptr;
 
 HRESULT WINAPI CreateFactory1(REFIID, void** created)
 {
@@ -311,21 +312,231 @@ HRESULT WINAPI CreateFactory1(REFIID, void** created)
     return S_OK;
 }
 
-HMODULE WINAPI LoadLibraryFromSystem(LPCWSTR name, HANDLE, DWORD)
+// --- NVML ---
+
+constexpr int lostGpu = 15; // NVML's number for it
+
+/// The number of a GPU, from 1, which is also its bus.
+uint32_t NumberOf(void* gpu)
 {
-    ::SetLastError(ERROR_MOD_NOT_FOUND);
-    return std::wcscmp(name, L"dxgi.dll") == 0 ? dxgi : nullptr;
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(gpu));
+}
+
+template <typename Write>
+int NvmlAnswer(Write write)
+{
+    if (GoesWrong(Source::Nvml)) {
+        return lostGpu;
+    }
+    write();
+    return NVML_SUCCESS;
+}
+
+int NvmlInit()
+{
+    return NvmlAnswer([] { ++state->openDrivers; });
+}
+
+int NvmlShutdown()
+{
+    return NvmlAnswer([] { --state->openDrivers; });
+}
+
+int NvmlCount(unsigned int* count)
+{
+    return NvmlAnswer([&] { *count = 2; });
+}
+
+int NvmlHandle(unsigned int index, void** device)
+{
+    return NvmlAnswer([&] { *device = reinterpret_cast<void*>(uintptr_t{index} + 1); });
+}
+
+int NvmlPciInfo(void* device, nvmlPciInfo_t* place)
+{
+    return NvmlAnswer([&] {
+        place->bus = NumberOf(device);
+        place->device = 0;
+        place->pciDeviceId = 0x250410DE;
+        place->pciSubSystemId = 0x40741458;
+    });
+}
+
+int NvmlMemory(void* device, nvmlMemory_t* memory)
+{
+    return NvmlAnswer([&] { memory->total = NumberOf(device) * 12 * gibibyte; });
+}
+
+int NvmlUuid(void* device, char* text, unsigned int)
+{
+    return NvmlAnswer([&] { std::strcpy(text, NumberOf(device) == 1 ? "GPU-1" : "GPU-2"); });
+}
+
+int NvmlCores(void*, unsigned int* count)
+{
+    return NvmlAnswer([&] { *count = 3584; });
+}
+
+int NvmlBusWidth(void*, unsigned int* bits)
+{
+    return NvmlAnswer([&] { *bits = 192; });
+}
+
+int NvmlMaxClock(void*, int type, unsigned int* megahertz)
+{
+    return NvmlAnswer([&] { *megahertz = type == NVML_CLOCK_MEM ? 7501 : 2130; });
+}
+
+// --- NVAPI ---
+
+constexpr int32_t refusedByNvapi = -220; // the GPU has no power
+
+template <typename Write>
+int32_t NvapiAnswer(Write write, bool isForMatching = false)
+{
+    if (GoesWrong(Source::Nvapi)) {
+        state->isMatchRefused = isForMatching;
+        return refusedByNvapi;
+    }
+    write();
+    return enumeration::NVAPI_OK;
+}
+
+int32_t NvapiInitialize()
+{
+    return NvapiAnswer([] { ++state->openDrivers; });
+}
+
+int32_t NvapiUnload()
+{
+    return NvapiAnswer([] { --state->openDrivers; });
+}
+
+int32_t NvapiEnum(void** gpus, uint32_t* count)
+{
+    return NvapiAnswer([&] {
+        *count = 2;
+        gpus[0] = reinterpret_cast<void*>(uintptr_t{2}); // another order than NVML's
+        gpus[1] = reinterpret_cast<void*>(uintptr_t{1});
+    });
+}
+
+int32_t NvapiBusId(void* gpu, uint32_t* bus)
+{
+    return NvapiAnswer([&] { *bus = NumberOf(gpu); }, true);
+}
+
+int32_t NvapiSlotId(void*, uint32_t* slot)
+{
+    return NvapiAnswer([&] { *slot = 0; }, true);
+}
+
+int32_t NvapiType(void* gpu, uint32_t* type)
+{
+    return NvapiAnswer([&] { *type = NumberOf(gpu) == 1 ? 2 : 1; });
+}
+
+int32_t NvapiIdentifiers(void*, uint32_t* device, uint32_t* subsystem, uint32_t* revision, uint32_t*)
+{
+    return NvapiAnswer([&] {
+        *device = 0x250410DE;
+        *subsystem = 0x40741458;
+        *revision = 0xA1;
+    });
+}
+
+template <typename Function>
+void* Pointer(Function* function)
+{
+    return reinterpret_cast<void*>(function);
+}
+
+void* NvapiQuery(uint32_t id)
+{
+    using enum enumeration::NvapiId;
+    static const std::map<enumeration::NvapiId, void*> functions = {
+        {NvAPI_Initialize, Pointer(&NvapiInitialize)},
+        {NvAPI_Unload, Pointer(&NvapiUnload)},
+        {NvAPI_EnumPhysicalGPUs, Pointer(&NvapiEnum)},
+        {NvAPI_GPU_GetBusId, Pointer(&NvapiBusId)},
+        {NvAPI_GPU_GetBusSlotId, Pointer(&NvapiSlotId)},
+        {NvAPI_GPU_GetGPUType, Pointer(&NvapiType)},
+        {NvAPI_GPU_GetPCIIdentifiers, Pointer(&NvapiIdentifiers)},
+    };
+    const auto found = functions.find(static_cast<enumeration::NvapiId>(id));
+    return found == functions.end() ? nullptr : found->second;
+}
+
+// --- libraries ---
+
+/// A DLL that is not really one.
+struct FakeLibrary {
+    std::wstring name;
+    bool isDriver;
+    std::map<std::string, void*> functions;
+};
+
+FakeLibrary libraries[] = {
+    {L"dxgi.dll", false, {{"CreateDXGIFactory1", Pointer(&CreateFactory1)}}},
+    {L"nvml.dll",
+     true,
+     {{"nvmlInit_v2", Pointer(&NvmlInit)},
+      {"nvmlShutdown", Pointer(&NvmlShutdown)},
+      {"nvmlDeviceGetCount_v2", Pointer(&NvmlCount)},
+      {"nvmlDeviceGetHandleByIndex_v2", Pointer(&NvmlHandle)},
+      {"nvmlDeviceGetPciInfo_v3", Pointer(&NvmlPciInfo)},
+      {"nvmlDeviceGetMemoryInfo", Pointer(&NvmlMemory)},
+      {"nvmlDeviceGetUUID", Pointer(&NvmlUuid)},
+      {"nvmlDeviceGetNumGpuCores", Pointer(&NvmlCores)},
+      {"nvmlDeviceGetMemoryBusWidth", Pointer(&NvmlBusWidth)},
+      {"nvmlDeviceGetMaxClockInfo", Pointer(&NvmlMaxClock)}}},
+    {L"nvapi64.dll", true, {{"nvapi_QueryInterface", Pointer(&NvapiQuery)}}},
+};
+
+FakeLibrary* LibraryOf(HMODULE module)
+{
+    auto* const library = std::find_if(std::begin(libraries), std::end(libraries),
+                                       [&](FakeLibrary& each) { return reinterpret_cast<HMODULE>(&each) == module; });
+    return library == std::end(libraries) ? nullptr : library;
+}
+
+// The original functions that are replaced in every module.
+decltype(&::GetProcAddress) realGetProcAddress = nullptr;
+decltype(&::FreeLibrary) realFreeLibrary = nullptr;
+decltype(&::CreateThread) realCreateThread = nullptr;
+
+HMODULE WINAPI LoadLibraryFromSystem(LPCWSTR name, HANDLE, DWORD flags)
+{
+    auto* const library =
+        std::find_if(std::begin(libraries), std::end(libraries), [&](const FakeLibrary& each) { return each.name == name; });
+    const std::lock_guard lock(state->guard);
+    state->loadedLibraries.emplace_back(name);
+    if (library == std::end(libraries) || flags != LOAD_LIBRARY_SEARCH_SYSTEM32) {
+        ::SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    state->openDrivers += library->isDriver ? 1 : 0;
+    return reinterpret_cast<HMODULE>(library);
 }
 
 FARPROC WINAPI FindProcedure(HMODULE module, LPCSTR name)
 {
-    return module == dxgi ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&CreateFactory1))
-                          : realGetProcAddress(module, name);
+    const auto* const library = LibraryOf(module);
+    if (!library) {
+        return realGetProcAddress(module, name);
+    }
+    const auto function = library->functions.find(name);
+    return function == library->functions.end() ? nullptr : reinterpret_cast<FARPROC>(function->second);
 }
 
-BOOL WINAPI FreeLibraryButDxgi(HMODULE module)
+BOOL WINAPI FreeFakeLibrary(HMODULE module)
 {
-    return module == dxgi || realFreeLibrary(module);
+    const auto* const library = LibraryOf(module);
+    if (!library) {
+        return realFreeLibrary(module);
+    }
+    state->openDrivers -= library->isDriver ? 1 : 0;
+    return TRUE;
 }
 
 // --- threads ---
@@ -376,7 +587,7 @@ FakePlatform::FakePlatform(const Fault& fault)
     replace(L"user32.dll", "QueryDisplayConfig", &DisplayConfig);
     replace(L"user32.dll", "DisplayConfigGetDeviceInfo", &DisplayDeviceInfo);
     replace(L"kernel32.dll", "LoadLibraryExW", &LoadLibraryFromSystem);
-    realFreeLibrary = replace(L"kernel32.dll", "FreeLibrary", &FreeLibraryButDxgi).Original<decltype(&::FreeLibrary)>();
+    realFreeLibrary = replace(L"kernel32.dll", "FreeLibrary", &FreeFakeLibrary).Original<decltype(&::FreeLibrary)>();
     realCreateThread = replace(L"kernel32.dll", "CreateThread", &CreateWatchedThread).Original<decltype(&::CreateThread)>();
     realGetProcAddress = replace(L"kernel32.dll", "GetProcAddress", &FindProcedure).Original<decltype(&::GetProcAddress)>();
 }
@@ -399,14 +610,48 @@ int FakePlatform::Calls(Source source) const
     return state->calls[static_cast<std::size_t>(source)];
 }
 
-bool FakePlatform::IsLuidRefused() const
+bool FakePlatform::IsMatchRefused() const
 {
-    return state->isLuidRefused;
+    return state->isMatchRefused;
+}
+
+void FakePlatform::LetSleep(std::size_t card)
+{
+    constexpr uint32_t sleeping = 4; // D3
+    At(state->devices.at(card), DeviceProperty::PowerData) = PowerProperty(sleeping);
+}
+
+std::vector<std::wstring> FakePlatform::LoadedLibraries() const
+{
+    const std::lock_guard lock(state->guard);
+    return state->loadedLibraries;
+}
+
+int FakePlatform::OpenDrivers() const
+{
+    return state->openDrivers;
+}
+
+std::size_t FakePlatform::RunningThreads() const
+{
+    const std::lock_guard lock(state->guard);
+    return static_cast<std::size_t>(std::count_if(state->threads.begin(), state->threads.end(), [](HANDLE thread) {
+        return ::WaitForSingleObject(thread, 0) == WAIT_TIMEOUT;
+    }));
 }
 
 int64_t RefusalOf(Source source)
 {
-    return source == Source::Dxgi ? static_cast<uint32_t>(refusedByDxgi) : ERROR_ACCESS_DENIED;
+    switch (source) {
+    case Source::Dxgi:
+        return static_cast<uint32_t>(refusedByDxgi);
+    case Source::Nvml:
+        return lostGpu;
+    case Source::Nvapi:
+        return refusedByNvapi;
+    default:
+        return ERROR_ACCESS_DENIED;
+    }
 }
 
 } // namespace orvel::shared::inventory

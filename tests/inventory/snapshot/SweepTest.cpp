@@ -3,7 +3,10 @@
 
 #include "../Print.h"
 
+#include <algorithm>
 #include <utility>
+
+#include <windows.h>
 
 #include "../Readings.h"
 #include "FakePlatform.h"
@@ -15,12 +18,13 @@ namespace {
 
 using P = Property;
 
-constexpr Source askedSources[] = {Source::SetupApi, Source::DriverKey, Source::DisplayConfig, Source::Dxgi};
+constexpr Source askedSources[] = {Source::SetupApi, Source::DriverKey, Source::DisplayConfig,
+                                   Source::Dxgi,     Source::Nvml,      Source::Nvapi};
 
 struct Run {
     Findings findings;
     std::array<int, sourceCount> calls{};
-    bool isLuidRefused = false;
+    bool isMatchRefused = false;
 
     const Answer& End(Source source) const { return findings.sources[static_cast<std::size_t>(source)].end; }
 };
@@ -29,11 +33,11 @@ Run RunWith(const Fault& fault)
 {
     const FakePlatform platform(fault);
     const uint32_t limit = fault.kind == Fault::Hangs ? 400 : 10'000;
-    Run run{TakeSnapshot({Depth::Graphics, limit, false}), {}, false};
+    Run run{TakeSnapshot({Depth::Drivers, limit, false}), {}, false};
     for (const auto source : askedSources) {
         run.calls[static_cast<std::size_t>(source)] = platform.Calls(source);
     }
-    run.isLuidRefused = platform.IsLuidRefused();
+    run.isMatchRefused = platform.IsMatchRefused();
     return run;
 }
 
@@ -62,11 +66,10 @@ const Card& CardOnBus(const Run& run, uint64_t bus)
     throw std::runtime_error("no card on bus " + std::to_string(bus));
 }
 
-/// Whether another source has replaced the value, or could at a greater depth.
+/// Whether another source has replaced the value.
 bool HasOtherSource(const Value& value, const Value& before, Source source)
 {
-    const bool isOther = IsKnown(value) || (value.status == Status::NotAsked && DepthOf(*value.source) == Depth::Drivers);
-    return isOther && before.source == source && value.source != source;
+    return IsKnown(value) && before.source == source && value.source != source;
 }
 
 /// Whether a changed value reports that its source failed.
@@ -75,12 +78,12 @@ bool SaysRefused(const Value& value, Source source)
     return value.status == Status::Failed && value.source == source && value.code == RefusalOf(source);
 }
 
-/// Without its LUID, one of two equal cards cannot be distinguished from the other. Its memory still comes from the driver
-/// key.
+/// Without its LUID or address, one of two equal cards cannot be distinguished from the other. Some values are equal, or
+/// come from another source.
 bool IsUnmatched(const Value& value, const Value& before, const Run& run)
 {
-    const bool isSame = value.source == Source::DriverKey && value.data == before.data;
-    return run.isLuidRefused && (isSame || value.reason == Reason::CannotTell || value.reason == Reason::NoLuid);
+    const bool isSame = value.data == before.data && IsKnown(value);
+    return run.isMatchRefused && (isSame || value.reason == Reason::CannotTell || value.reason == Reason::NoLuid);
 }
 
 /// A display whose name cannot be read is listed without a name.
@@ -121,11 +124,17 @@ TEST_CASE("The two equal cards of the healthy platform each have their own value
         CHECK(CallsOf(healthy, source) > 2);
     }
     CHECK(healthy.End(Source::DxCore) == Unavailable(Reason::NotPresent));
+    CHECK(healthy.End(Source::Adlx) == Unavailable(Reason::NotPresent));
     const auto& first = CardOnBus(healthy, 1);
     CHECK(first.Of(P::DedicatedMemoryBytes) == Value{Known(12 * gibibyte), Source::Dxgi});
     CHECK(first.Of(P::BiosVersion).data == Data("first"));
     CHECK(std::get<Displays>(first.Of(P::Displays).data).at(0).width == 1920);
+    CHECK(first.Of(P::Uuid) == Value{Known("GPU-1"), Source::Nvml});
+    CHECK(first.Of(P::BoardMemoryBytes) == Value{Known(12 * gibibyte), Source::Nvml});
+    CHECK(first.Of(P::Integrated) == Value{Known(false), Source::Nvapi});
     const auto& second = CardOnBus(healthy, 2);
+    CHECK(second.Of(P::Uuid) == Value{Known("GPU-2"), Source::Nvml});
+    CHECK(second.Of(P::Integrated) == Value{Known(true), Source::Nvapi});
     CHECK(second.Of(P::DedicatedMemoryBytes) == Value{Known(24 * gibibyte), Source::Dxgi});
     CHECK(std::get<Displays>(second.Of(P::Displays).data).at(0).width == 3840);
     CHECK(std::get<Displays>(second.Of(P::Displays).data).at(0).refreshMillihertz == 60'000);
@@ -156,7 +165,7 @@ TEST_CASE("Each failed call changes only the values of its source, and they repo
 TEST_CASE("Each call that hangs loses all values of its source, and of no other source")
 {
     const auto healthy = RunWith({});
-    for (const auto source : {Source::DriverKey, Source::DisplayConfig, Source::Dxgi}) {
+    for (const auto source : {Source::DriverKey, Source::DisplayConfig, Source::Dxgi, Source::Nvml, Source::Nvapi}) {
         for (int number = 0; number < CallsOf(healthy, source); ++number) {
             CAPTURE(std::string(SourceText(source)));
             CAPTURE(number);
@@ -178,6 +187,58 @@ TEST_CASE("Each call that hangs loses all values of its source, and of no other 
             }
         }
     }
+}
+
+bool IsLoaded(const FakePlatform& platform, const wchar_t* name)
+{
+    const auto loaded = platform.LoadedLibraries();
+    return std::find(loaded.begin(), loaded.end(), name) != loaded.end();
+}
+
+TEST_CASE("While a card sleeps, its vendor's libraries are not even loaded")
+{
+    FakePlatform platform({});
+    platform.LetSleep(1);
+    const auto findings = TakeSnapshot({Depth::Drivers, 10'000, false});
+    CHECK_FALSE(IsLoaded(platform, L"nvml.dll"));
+    CHECK_FALSE(IsLoaded(platform, L"nvapi64.dll"));
+    CHECK(IsLoaded(platform, L"amdadlx64.dll")); // no card of AMD's sleeps
+    REQUIRE(findings.cards.size() == 2);
+    for (const auto& card : findings.cards) { // also the one that is awake
+        CHECK(card.Of(P::Uuid) == Value{NotAsked(Reason::Asleep), Source::Nvml});
+        CHECK(card.Of(P::Integrated) == Value{NotAsked(Reason::Asleep), Source::Nvapi});
+        CHECK(card.Of(P::DriverVersionMarketing) == Value{Known("596.72"), Source::SetupApi});
+    }
+
+    const auto woken = TakeSnapshot({Depth::Drivers, 10'000, true});
+    CHECK(IsLoaded(platform, L"nvml.dll"));
+    CHECK(TextOf(woken.cards.at(0).Of(P::Uuid)) == "GPU-1");
+}
+
+TEST_CASE("If SetupAPI does not list the cards, no library that might wake one is loaded")
+{
+    for (const auto kind : {Fault::Refuses, Fault::Hangs}) {
+        const FakePlatform platform({kind, Source::SetupApi, 0});
+        const auto findings = TakeSnapshot({Depth::Drivers, 1000, false});
+        for (const auto source : {Source::Nvml, Source::Nvapi, Source::Adlx}) {
+            CHECK(findings.sources[static_cast<std::size_t>(source)].end == NotAsked(Reason::PowerUnknown));
+        }
+        CHECK_FALSE(IsLoaded(platform, L"nvml.dll"));
+    }
+    const FakePlatform platform({Fault::Refuses, Source::SetupApi, 0});
+    TakeSnapshot({Depth::Drivers, 10'000, true});
+    CHECK(IsLoaded(platform, L"nvml.dll"));
+}
+
+TEST_CASE("After all sources have answered, no driver is open and no thread is left")
+{
+    const FakePlatform platform({});
+    TakeSnapshot({Depth::Drivers, 10'000, false});
+    CHECK(platform.OpenDrivers() == 0);
+    for (int tries = 0; tries < 100 && platform.RunningThreads() > 0; ++tries) {
+        ::Sleep(10); // what has answered still has to return
+    }
+    CHECK(platform.RunningThreads() == 0);
 }
 
 TEST_CASE("If SetupAPI hangs, DXGI's adapters are the cards")
