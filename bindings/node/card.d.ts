@@ -21,7 +21,6 @@ export type SourceState = "answered" | "unavailable" | "failed" | "not asked";
 
 export type Reason =
     | "source not present"
-    | "source not in this release"
     | "no such value"
     | "unusable"
     | "number without a name"
@@ -40,6 +39,8 @@ export type Reason =
     | "no answer"
     | "depth"
     | "asleep"
+    | "power state not known"
+    | "lists a device that Windows does not"
     | (string & {});
 
 /** The properties of a card, and the types of their values. */

@@ -30,8 +30,8 @@ struct EqualGroup {
     Indexes listed;
 };
 
-/// The group of a card. Not all have the same identifiers: one that lacks some agrees with more than the others, and brings
-/// them into the group.
+/// The group of a card. Not all have the same identifiers: one that lacks some agrees with more than the others, and so
+/// enlarges the group.
 EqualGroup GroupOf(const Identifiers& card, const std::vector<Identifiers>& cards, const std::vector<Identifiers>& listed);
 
 /// What all say; `unavailable` ("cannot be told apart") where they differ. All have answers for the same properties.

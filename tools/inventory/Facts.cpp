@@ -37,7 +37,6 @@ constexpr Word sources[] = {
 /// "{}" is the source, "{code}" its number.
 constexpr Word reasons[] = {
     {"source not present", "{} is not on this computer"},
-    {"source not in this release", "This release does not ask {} yet"},
     {"no such value", "{} has no such value"},
     {"unusable", "{} has a value that cannot be used"},
     {"number without a name", "A number without a known name"},
@@ -55,7 +54,8 @@ constexpr Word reasons[] = {
     {"refused", "{} refused ({code})"},
     {"no answer", "{} did not answer in time"},
     {"depth", "Not asked at this depth"},
-    {"asleep", "Not asked, because a card is asleep (--wake asks all the same)"},
+    {"asleep", "Not asked, because a card is asleep (--wake asks anyway)"},
+    {"power state not known", "Not asked, because a card may be asleep (--wake asks anyway)"},
 };
 
 template <size_t Count>

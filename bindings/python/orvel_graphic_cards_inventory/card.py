@@ -11,10 +11,10 @@ SourceName = str
 
 SourceState = Literal["answered", "unavailable", "failed", "not asked"]
 
-# Such as "source not present", "source not in this release", "no such value", "unusable", "number without a name", "no
-# device", "not listed", "cannot be told apart", "belongs to the card that renders", "belongs to the first linked card", "no
-# LUID", "not on PCI", "not supported", "no source for this vendor", "vendor not known", "driver of another provider",
-# "refused", "no answer", "depth", "asleep"; later releases add some.
+# Such as "source not present", "no such value", "unusable", "number without a name", "no device", "not listed", "cannot be
+# told apart", "belongs to the card that renders", "belongs to the first linked card", "no LUID", "not on PCI", "not
+# supported", "no source for this vendor", "vendor not known", "driver of another provider", "refused", "no answer", "depth",
+# "asleep", "power state not known", "lists a device that Windows does not"; later releases add some.
 Reason = str
 
 
