@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Creates the npm package from a finished build: make-node-package.sh SOURCE BUILD DIST
+# make-node-package.sh SOURCE BUILD DIST: creates the npm package from a finished build.
 set -euo pipefail
 source=$1
 build=$2

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Creates the Python wheel from a finished build: make-python-package.sh SOURCE BUILD DIST. Only Debian's Python has Debian's tools.
+# make-python-package.sh SOURCE BUILD DIST: creates the Python wheel from a finished build. Needs Debian's own Python, the only one
+# that finds the modules of Debian's packages.
 set -euo pipefail
 source=$1
 build=$2

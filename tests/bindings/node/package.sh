@@ -44,7 +44,7 @@ check "packing twice gives the same bytes" cmp "$package" "$("$source/cmake/make
 
 # --- installed ----------------------------------------------------------------------------------------------------------------
 
-# install_into FOLDER: installs the package, and koffi for the tests, into an empty folder.
+# install_into FOLDER: the package and koffi, for the tests, in a folder that was empty.
 install_into() {
     mkdir -p "$1"
     (cd "$1" && npm install --silent --ignore-scripts --no-package-lock "$package") || return 1
