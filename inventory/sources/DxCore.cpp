@@ -7,9 +7,8 @@
 
 namespace orvel::shared::inventory {
 
-namespace {
-
-// The parts of DXCore that are used, with their published names and in their published places.
+// The parts of DXCore that are used, with their published names and in their published places. They are not in an unnamed
+// namespace: the compiler would see that nothing here implements them, and take every call for one of a pure function.
 
 enum class DXCoreAdapterProperty : uint32_t { InstanceLuid = 0, IsIntegrated = 12 };
 
@@ -29,6 +28,8 @@ struct IDXCoreAdapterFactory : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE CreateAdapterList(uint32_t count, const GUID* attributes, const GUID& interfaceId,
                                                         void** list) = 0;
 };
+
+namespace {
 
 constexpr GUID factoryId = {0x78ee5945, 0xc36e, 0x4b13, {0xa6, 0x69, 0x00, 0x5d, 0xd1, 0x1c, 0x0f, 0x06}};
 constexpr GUID listId = {0x526c7776, 0x40e9, 0x459b, {0xb7, 0x11, 0xf3, 0x2a, 0xd7, 0x6d, 0xfc, 0x28}};
