@@ -11,8 +11,10 @@
 #include "machine/CurrentMachine.h"
 #include "machine/MachineText.h"
 #include "machine/Text.h"
+#include "trace/Hangs.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
+#include "windows/RedirectedCalls.h"
 #include "windows/Registry.h"
 #include "wmi/Wmi.h"
 
@@ -38,6 +40,7 @@ int Finish(int result, const std::string& text, const char** problem)
 /// simulated DLLs come first. Both steps may read the computer's registry, so the registry comes last.
 std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& machine)
 {
+    SetHangs(machine->hangs); // first: a call that hangs may hold what is needed below
     SetCurrentMachine(machine);
     machineName = machine->name ? nlohmann::json(*machine->name) : nlohmann::json();
     ClearTrace();
@@ -49,15 +52,29 @@ std::optional<std::string> PutInPlace(const std::shared_ptr<const Machine>& mach
     if (auto problem = PutWmiInPlace(*machine)) {
         return problem;
     }
-    return PutRegistryInPlace(*machine);
+    if (auto problem = PutRegistryInPlace(*machine)) {
+        return problem;
+    }
+    PutCallsInPlace();
+    return std::nullopt;
+}
+
+/// Without a machine, what is not restored leads to the computer.
+std::shared_ptr<const Machine> NoMachine()
+{
+    Machine machine;
+    machine.pnp.standing = machine.displays.standing = machine.dxcore.standing = Standing::System;
+    return std::make_shared<const Machine>(std::move(machine));
 }
 
 void TakeAway()
 {
+    SetHangs({});
+    TakeCallsAway();
     TakeRegistryAway();
     TakeWmiAway();
     TakeModulesAway();
-    SetCurrentMachine(std::make_shared<const Machine>());
+    SetCurrentMachine(NoMachine());
 }
 
 int Simulate(const std::string& text, const std::string& source, const char** problem)

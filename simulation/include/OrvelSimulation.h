@@ -2,8 +2,8 @@
  * Simulated machines behind the platform's real interfaces.
  *
  * A host loads orvel-simulation.dll, puts a machine in place and only then loads the product (or calls it, when the product
- * is in the process already). The machine's JSON text then defines every answer of WMI, the registry, DXGI, the desktop
- * window manager, OpenCL, NVAPI, NVML, ADL and ADLX.
+ * is in the process already). The machine's JSON text then defines every answer of WMI, the registry, SetupAPI, the display
+ * configuration, DXGI, DXCore, the desktop window manager, OpenCL, NVAPI, NVML, ADL and ADLX.
  *
  * The simulated DLLs must be beside orvel-simulation.dll. All functions may be called many times, from one thread at a time,
  * but not during an enumeration. COM must be initialised on the thread that puts a machine in place,

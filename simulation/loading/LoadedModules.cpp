@@ -1,5 +1,7 @@
 #include "loading/LoadedModules.h"
 
+#include <algorithm>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -27,8 +29,8 @@ using RegisterFunction = LONG NTAPI(ULONG flags, DllNotificationFunction* functi
 using UnregisterFunction = LONG NTAPI(void* cookie);
 
 struct Lead {
-    FARPROC from = nullptr;
-    FARPROC to = nullptr;
+    std::mutex mutex; // of the redirections; never held while the loader is called
+    std::vector<Redirection> redirections = {};
     void* cookie = nullptr;
     std::wstring systemFolder = {};
 };
@@ -48,7 +50,8 @@ bool KeepsItsImports(HMODULE module)
     return module == OwnModule() || FoldCase(PathOf(module)).starts_with(lead.systemFolder);
 }
 
-void ReplaceInAllModules(FARPROC from, FARPROC to)
+/// In the order of the loader.
+std::vector<HMODULE> LoadedModules()
 {
     std::vector<HMODULE> modules(256);
     DWORD bytes = 0;
@@ -57,45 +60,80 @@ void ReplaceInAllModules(FARPROC from, FARPROC to)
         modules.resize(bytes / sizeof(HMODULE) + 16);
     }
     modules.resize(bytes / sizeof(HMODULE));
-    for (const HMODULE module : modules) {
-        if (!KeepsItsImports(module)) {
+    return modules;
+}
+
+void ReplaceInAllModules(const std::vector<Redirection>& redirections)
+{
+    for (const HMODULE module : LoadedModules()) {
+        if (KeepsItsImports(module)) {
+            continue;
+        }
+        for (const auto& [from, to] : redirections) {
             ReplaceImported(module, from, to);
         }
     }
+}
+
+std::vector<Redirection> AllRedirections()
+{
+    const std::scoped_lock lock(lead.mutex);
+    return lead.redirections;
+}
+
+bool IsOneOf(const std::vector<Redirection>& redirections, const Redirection& one)
+{
+    return std::ranges::find(redirections, one.from, &Redirection::from) != redirections.end();
 }
 
 /// The loader's lock is held here; the DLL's imports are bound, and its code has not run yet.
 void CALLBACK OnDll(ULONG reason, const DllNotification* dll, void*)
 {
     const auto module = static_cast<HMODULE>(dll->base);
-    if (reason == dllLoaded && !KeepsItsImports(module)) {
-        ReplaceImported(module, lead.from, lead.to);
+    if (reason != dllLoaded || KeepsItsImports(module)) {
+        return;
+    }
+    for (const auto& [from, to] : AllRedirections()) {
+        ReplaceImported(module, from, to);
     }
 }
 
 } // namespace
 
-void LeadImports(FARPROC from, FARPROC to)
+void LeadImports(const std::vector<Redirection>& redirections)
 {
-    lead.from = from;
-    lead.to = to;
     lead.systemFolder = FoldCase(SystemFolder());
+    {
+        const std::scoped_lock lock(lead.mutex);
+        for (const Redirection& each : redirections) {
+            if (!IsOneOf(lead.redirections, each)) {
+                lead.redirections.push_back(each);
+            }
+        }
+    }
     if (const auto notify = NtFunction<RegisterFunction>("LdrRegisterDllNotification"); notify && !lead.cookie) {
         notify(0, OnDll, nullptr, &lead.cookie);
     }
-    ReplaceInAllModules(from, to);
+    ReplaceInAllModules(redirections);
 }
 
-void RestoreImports()
+void RestoreImports(const std::vector<Redirection>& redirections)
 {
-    if (const auto end = NtFunction<UnregisterFunction>("LdrUnregisterDllNotification"); end && lead.cookie) {
+    bool isEmpty = false;
+    {
+        const std::scoped_lock lock(lead.mutex);
+        std::erase_if(lead.redirections, [&](const Redirection& each) { return IsOneOf(redirections, each); });
+        isEmpty = lead.redirections.empty();
+    }
+    if (const auto end = NtFunction<UnregisterFunction>("LdrUnregisterDllNotification"); end && lead.cookie && isEmpty) {
         end(lead.cookie);
+        lead.cookie = nullptr;
     }
-    lead.cookie = nullptr;
-    if (lead.from) {
-        ReplaceInAllModules(lead.to, lead.from);
+    std::vector<Redirection> back;
+    for (const auto& [from, to] : redirections) {
+        back.push_back({to, from});
     }
-    lead.from = nullptr;
+    ReplaceInAllModules(back);
 }
 
 } // namespace orvel::simulation

@@ -9,6 +9,7 @@
 #include "loading/ExportTable.h"
 #include "loading/ImportTable.h"
 #include "loading/ModuleAccess.h"
+#include "machine/CurrentMachine.h"
 #include "machine/Text.h"
 #include "trace/Violations.h"
 
@@ -296,6 +297,17 @@ bool IsLoadedFor(const std::string& call, const wchar_t* dllName)
         AddViolation(call, ToUtf8(dllName) + " is not loaded any more");
     }
     return isLoaded;
+}
+
+std::optional<Standing> StandingOf(std::wstring_view dllName)
+{
+    const Module* const module = FindModule(dllName);
+    return module ? std::optional(module->wishOf(*CurrentMachine()).standing) : std::nullopt;
+}
+
+HMODULE LoadSimulated(std::wstring_view dllName)
+{
+    return LoadLibraryExW((SimulationFolder() + std::wstring(dllName)).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 HMODULE SystemModule(const wchar_t* dllName)

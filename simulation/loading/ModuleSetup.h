@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <windows.h>
 
@@ -24,6 +25,12 @@ void AddOpenClReference();
 /// Whether the simulated DLL of this name is loaded. If it is not, the call of its function is a violation. Only a DLL that
 /// the simulation does not hold can be unloaded.
 bool IsLoadedFor(const std::string& call, const wchar_t* dllName);
+
+/// The origin of a DLL on the machine in place, by its name in lower case; empty for one that is no interface's.
+std::optional<Standing> StandingOf(std::wstring_view dllName);
+
+/// The simulated DLL of a name, loaded once more; null, with the last error, where it cannot be loaded.
+HMODULE LoadSimulated(std::wstring_view dllName);
 
 /// The computer's own DLL in the system folder, or null.
 HMODULE SystemModule(const wchar_t* dllName);

@@ -2,14 +2,31 @@
 
 namespace orvel::simulation {
 
+namespace {
+
+void ReadFlags(const Node& node, uint32_t& target)
+{
+    constexpr uint32_t remoteAndSoftware = 3;
+    target = static_cast<uint32_t>(node.Whole(0, remoteAndSoftware));
+}
+
+} // namespace
+
 void ReadInto(const Node& node, DxgiAdapterModel& target)
 {
     node.ReadFields({
         {"VendorId", Into(target.vendorId)},
         {"DeviceId", Into(target.deviceId)},
         {"SubSysId", Into(target.subSysId)},
+        {"Revision", Into(target.revision)},
+        {"DedicatedVideoMemory", Into(target.dedicatedVideoMemoryBytes)},
+        {"DedicatedSystemMemory", Into(target.dedicatedSystemMemoryBytes)},
         {"SharedSystemMemory", Into(target.sharedSystemMemoryBytes)},
+        {"Luid", Into(target.luid)},
+        {"Flags", [&target](const Node& flags) { ReadFlags(flags, target.flags); }},
         {"Description", Into(target.description)},
+        {"EnumAdapters1", Into(target.enumAdapters1)},
+        {"GetDesc1", Into(target.getDesc1)},
     });
 }
 
@@ -17,6 +34,8 @@ void ReadInto(const Node& node, DxgiModel& target)
 {
     node.ReadFields({
         {"factory", Into(target.factory)},
+        {"CreateDXGIFactory1", Into(target.createFactory1)},
+        {"EnumAdapters1", Into(target.enumAdapters1)},
         {"adapters", Into(target.adapters)},
     });
 }

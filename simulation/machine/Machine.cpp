@@ -21,6 +21,20 @@ ReadField AsInterface(Interface<Model>& target)
 
 } // namespace
 
+static void ReadInto(const Node& node, Hang& target)
+{
+    constexpr uint32_t longest = 24 * 60 * 60 * 1000;
+    node.ReadFields({
+        {"call", Into(target.call)},
+        {"nth", [&target](const Node& nth) { target.nth = static_cast<uint32_t>(nth.Whole(1, UINT32_MAX)); }},
+        {"milliseconds",
+         [&target](const Node& time) { target.milliseconds = static_cast<uint32_t>(time.Whole(1, longest)); }},
+    });
+    if (target.call.empty() || target.milliseconds == 0) {
+        node.Refuse("a call that hangs needs \"call\" and \"milliseconds\"");
+    }
+}
+
 void ReadInto(const Node& node, Machine& target)
 {
     node.ReadFields({
@@ -29,12 +43,16 @@ void ReadInto(const Node& node, Machine& target)
         {"dwm", AsInterface(target.dwm)},
         {"wmi", AsInterface(target.wmi)},
         {"registry", AsInterface(target.registry)},
+        {"pnp", AsInterface(target.pnp)},
+        {"displays", AsInterface(target.displays)},
+        {"dxcore", AsInterface(target.dxcore)},
         {"dxgi", AsInterface(target.dxgi)},
         {"opencl", AsInterface(target.opencl)},
         {"nvapi", AsInterface(target.nvapi)},
         {"nvml", AsInterface(target.nvml)},
         {"adl", AsInterface(target.adl)},
         {"adlx", AsInterface(target.adlx)},
+        {"hang", Into(target.hangs)},
     });
 }
 

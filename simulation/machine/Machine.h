@@ -2,17 +2,22 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "machine/AdlModel.h"
 #include "machine/AdlxModel.h"
+#include "machine/DisplaysModel.h"
 #include "machine/DwmModel.h"
+#include "machine/DxCoreModel.h"
 #include "machine/DxgiModel.h"
 #include "machine/Node.h"
 #include "machine/NvapiModel.h"
 #include "machine/NvmlModel.h"
 #include "machine/OpenClModel.h"
+#include "machine/PnpModel.h"
 #include "machine/RegistryModel.h"
 #include "machine/WmiModel.h"
+#include "trace/Hangs.h"
 
 namespace orvel::simulation {
 
@@ -36,12 +41,16 @@ struct Machine {
     Interface<DwmModel> dwm;
     Interface<WmiModel> wmi;
     Interface<RegistryModel> registry;
+    Interface<PnpModel> pnp;
+    Interface<DisplaysModel> displays;
+    Interface<DxCoreModel> dxcore;
     Interface<DxgiModel> dxgi;
     Interface<OpenClModel> opencl;
     Interface<NvapiModel> nvapi;
     Interface<NvmlModel> nvml;
     Interface<AdlModel> adl;
     Interface<AdlxModel> adlx;
+    std::vector<Hang> hangs;
 };
 
 void ReadInto(const Node& node, Machine& target);

@@ -1,31 +1,56 @@
 #include "machine/RegistryModel.h"
 
 #include <algorithm>
-#include <charconv>
+
+#include "machine/Bytes.h"
+#include "machine/Text.h"
 
 namespace orvel::simulation {
 
 namespace {
 
-bool IsHexDigit(char letter)
+/// The keys of drivers, whose values the simulation can refuse: those that SetupDiOpenDevRegKey opens.
+constexpr std::wstring_view driverKeys = L"system\\currentcontrolset\\control\\class\\";
+
+RegistryValue TypedBytes(const Node& node)
 {
-    return std::string_view("0123456789abcdefABCDEF").find(letter) != std::string_view::npos;
+    RegistryBytes value;
+    bool hasBytes = false;
+    node.ReadFields({
+        {"type", Into(value.type)},
+        {"hex",
+         [&](const Node& digits) {
+             hasBytes = true;
+             value.bytes = BytesOf(digits);
+         }},
+    });
+    if (!hasBytes) {
+        node.Refuse("\"type\" needs \"hex\"");
+    }
+    return value;
 }
 
-std::vector<uint8_t> BytesOf(const Node& node)
+RegistryValue Refusal(const Node& node, const std::string& path)
 {
-    const std::string digits = node.Text();
-    if (digits.size() % 2 != 0 || !std::ranges::all_of(digits, IsHexDigit)) {
-        node.Refuse("expected pairs of hexadecimal digits");
+    if (!FoldCase(ToWide(path)).starts_with(driverKeys)) {
+        node.Refuse("only values of drivers' keys, below SYSTEM\\CurrentControlSet\\Control\\Class, can be refused");
     }
-    std::vector<uint8_t> bytes(digits.size() / 2);
-    for (size_t index = 0; index < bytes.size(); ++index) {
-        std::from_chars(&digits[2 * index], &digits[2 * index] + 2, bytes[index], 16);
+    RegistryRefusal refusal;
+    node.ReadFields({{"status", Into(refusal.status)}});
+    if (refusal.status == 0) {
+        node.Refuse("a status of 0 needs a value");
     }
-    return bytes;
+    return refusal;
 }
 
-RegistryValue ValueOf(const Node& node)
+RegistryValue LongNumber(const Node& node)
+{
+    uint64_t number = 0;
+    node.ReadFields({{"qword", Into(number)}});
+    return number;
+}
+
+RegistryValue ValueOf(const Node& node, const std::string& path)
 {
     if (node.IsText()) {
         return node.Text();
@@ -33,8 +58,17 @@ RegistryValue ValueOf(const Node& node)
     if (node.IsNumber()) {
         return static_cast<uint32_t>(node.Whole(0, UINT32_MAX));
     }
+    if (node.HasKey("qword")) {
+        return LongNumber(node);
+    }
+    if (node.HasKey("type")) {
+        return TypedBytes(node);
+    }
+    if (node.HasKey("status")) {
+        return Refusal(node, path);
+    }
     if (!node.HasKey("hex")) {
-        node.Refuse("expected a text, a number or {\"hex\": digits}");
+        node.Refuse("expected a text, a number, {\"hex\": digits}, {\"qword\": number} or {\"status\": number}");
     }
     std::vector<uint8_t> bytes;
     node.ReadFields({{"hex", [&bytes](const Node& digits) { bytes = BytesOf(digits); }}});
@@ -51,9 +85,16 @@ void ReadInto(const Node& node, RegistryModel& target)
         }
         auto& values = target.keys.emplace_back(RegistryKeyModel{path, {}}).values;
         for (const auto& [name, value] : key.Members()) {
-            values.emplace_back(name, ValueOf(value));
+            values.emplace_back(name, ValueOf(value, path));
         }
     }
+}
+
+const RegistryKeyModel* RegistryModel::Find(const std::wstring& path) const
+{
+    const auto found = std::ranges::find_if(
+        keys, [&](const RegistryKeyModel& key) { return FoldCase(ToWide(key.path)) == FoldCase(path); });
+    return found == keys.end() ? nullptr : &*found;
 }
 
 } // namespace orvel::simulation

@@ -8,11 +8,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include "trace/Hangs.h"
+
 namespace orvel::simulation {
 
 namespace {
 
-constexpr std::array interfaceNames = {"wmi", "dxgi", "nvapi", "nvml", "adl", "adlx"}; // in the order of Counted
+constexpr std::array interfaceNames = {"wmi",  "dxgi",     "nvapi", "nvml",  "adl",
+                                       "adlx", "registry", "pnp",   "dxcore"}; // in the order of Counted
+constexpr size_t alwaysListed = 6; // of them; the others are listed where something was counted
 
 /// Runs repeat the same few hundred calls, so the trace stores each call as the four-byte number of its text.
 struct Record {
@@ -21,6 +25,7 @@ struct Record {
     std::deque<std::string> texts;
     std::deque<uint32_t> calls;
     std::array<int, interfaceNames.size()> live{};
+    std::array<bool, interfaceNames.size()> isCounted{};
     unsigned generation = 0;
 };
 
@@ -36,18 +41,28 @@ const char* NameOf(Counted kind)
 
 void AddToTrace(const std::string& call)
 {
-    const std::scoped_lock lock(record.mutex);
-    const auto [entry, isNew] = record.numbers.try_emplace(call, static_cast<uint32_t>(record.texts.size()));
-    if (isNew) {
-        record.texts.push_back(call);
+    if (IsAbandoned()) {
+        return;
     }
-    record.calls.push_back(entry->second);
+    {
+        const std::scoped_lock lock(record.mutex);
+        const auto [entry, isNew] = record.numbers.try_emplace(call, static_cast<uint32_t>(record.texts.size()));
+        if (isNew) {
+            record.texts.push_back(call);
+        }
+        record.calls.push_back(entry->second);
+    }
+    HangIn(call);
 }
 
 void CountLive(Counted kind, int difference)
 {
+    if (IsAbandoned()) {
+        return;
+    }
     const std::scoped_lock lock(record.mutex);
     record.live[static_cast<size_t>(kind)] += difference;
+    record.isCounted[static_cast<size_t>(kind)] = true;
 }
 
 void ClearTrace()
@@ -57,6 +72,7 @@ void ClearTrace()
     record.texts.clear();
     record.calls.clear();
     record.live = {};
+    record.isCounted = {};
     ++record.generation;
 }
 
@@ -82,7 +98,9 @@ nlohmann::json LiveAsJson()
     const std::scoped_lock lock(record.mutex);
     auto live = nlohmann::json::object();
     for (size_t index = 0; index < interfaceNames.size(); ++index) {
-        live[interfaceNames[index]] = record.live[index];
+        if (index < alwaysListed || record.isCounted[index]) {
+            live[interfaceNames[index]] = record.live[index];
+        }
     }
     return live;
 }
@@ -90,8 +108,11 @@ nlohmann::json LiveAsJson()
 LiveObject::LiveObject(Counted kind) : counted(kind)
 {
     const std::scoped_lock lock(record.mutex);
-    generation = record.generation;
-    ++record.live[static_cast<size_t>(counted)];
+    generation = IsAbandoned() ? record.generation - 1 : record.generation;
+    if (generation == record.generation) {
+        ++record.live[static_cast<size_t>(counted)];
+        record.isCounted[static_cast<size_t>(counted)] = true;
+    }
 }
 
 LiveObject::~LiveObject()

@@ -8,12 +8,13 @@
 namespace orvel::simulation {
 
 /// The interfaces whose living objects are counted.
-enum class Counted { Wmi, Dxgi, Nvapi, Nvml, Adl, Adlx };
+enum class Counted { Wmi, Dxgi, Nvapi, Nvml, Adl, Adlx, Registry, Pnp, DxCore };
 
 /// The interface's name in the trace, e.g. "nvapi".
 const char* NameOf(Counted kind);
 
-/// Adds one platform call to the trace, e.g. "nvml nvmlInit_v2".
+/// Adds one platform call to the trace, e.g. "nvml nvmlInit_v2", and waits where the machine lets it hang: the caller holds
+/// no lock.
 void AddToTrace(const std::string& call);
 
 /// Changes the number of living objects or sessions of an interface.

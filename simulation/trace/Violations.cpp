@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "trace/Hangs.h"
+
 namespace orvel::simulation {
 
 namespace {
@@ -21,6 +23,9 @@ Violations& violations = *new Violations;
 
 void AddViolation(const std::string& call, const std::string& what)
 {
+    if (IsAbandoned()) {
+        return; // it calls a machine that is gone
+    }
     const std::scoped_lock lock(violations.mutex);
     violations.texts.push_back(call + ": " + what);
 }

@@ -50,6 +50,15 @@ bool SetValue(HKEY key, const std::wstring& name, const RegistryValue& value)
     if (const auto* const bytes = std::get_if<std::vector<uint8_t>>(&value)) {
         return SetBytes(key, name, REG_BINARY, bytes->data(), bytes->size());
     }
+    if (const auto* const number = std::get_if<uint64_t>(&value)) {
+        return SetBytes(key, name, REG_QWORD, number, sizeof *number);
+    }
+    if (const auto* const typed = std::get_if<RegistryBytes>(&value)) {
+        return SetBytes(key, name, typed->type, typed->bytes.data(), typed->bytes.size());
+    }
+    if (std::holds_alternative<RegistryRefusal>(value)) {
+        return true; // nobody can read it: see DriverKeys
+    }
     const std::wstring text = ToWide(std::get<std::string>(value));
     return SetBytes(key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
 }

@@ -119,9 +119,9 @@ HRESULT STDAPICALLTYPE CreateInstance(REFCLSID id, IUnknown* outer, DWORD contex
     return registration.factory.CreateInstance(outer, interfaceId, object);
 }
 
-FARPROC AsProcedure(decltype(&CoCreateInstance) function)
+std::vector<Redirection> Redirections()
 {
-    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
+    return {{GetProcAddress(GetModuleHandleW(L"ole32.dll"), "CoCreateInstance"), AsProcedure(&CreateInstance)}};
 }
 
 std::string Hexadecimal(HRESULT result)
@@ -138,8 +138,7 @@ std::optional<std::string> Register(const Machine& machine, const ComPtr<IWbemLo
                                                  REGCLS_MULTIPLEUSE, &registration.cookie);
     registration.isDone = SUCCEEDED(result);
     if (registration.isDone) {
-        const HMODULE com = GetModuleHandleW(L"ole32.dll");
-        LeadImports(GetProcAddress(com, "CoCreateInstance"), AsProcedure(CreateInstance));
+        LeadImports(Redirections());
     }
     if (result == CO_E_NOTINITIALIZED) {
         return "COM is not initialised on this thread";
@@ -168,7 +167,7 @@ std::optional<std::string> PutWmiInPlace(const Machine& machine)
 
 void TakeWmiAway()
 {
-    RestoreImports();
+    RestoreImports(Redirections());
     if (registration.isDone) {
         CoRevokeClassObject(registration.cookie);
     }

@@ -82,7 +82,95 @@ TEST_CASE("The registry contains texts, numbers and bytes, in paths without a le
           "/registry/A/v/hex: expected pairs of hexadecimal digits");
     CHECK(Problem(R"({"registry": {"A": {"v": {"hex": "1G"}}}})") ==
           "/registry/A/v/hex: expected pairs of hexadecimal digits");
-    CHECK(Problem(R"({"registry": {"A": {"v": true}}})") == "/registry/A/v: expected a text, a number or {\"hex\": digits}");
+    CHECK(Problem(R"({"registry": {"A": {"v": true}}})") ==
+          "/registry/A/v: expected a text, a number, {\"hex\": digits}, {\"qword\": number} or {\"status\": number}");
+}
+
+TEST_CASE("The registry contains 64-bit numbers and bytes of any type, and drivers' keys contain values that are refused")
+{
+    const Machine machine = ReadMachine(R"({"registry": {"System\\CurrentControlSet\\Control\\Class\\{C}\\0000": {
+        "a": {"qword": 25769803776}, "b": {"type": 1, "hex": "3dd80000"}, "c": {"status": 5}}}})");
+    const auto& values = machine.registry.model.keys.at(0).values;
+    CHECK(std::get<uint64_t>(values.at(0).second) == 25769803776);
+    CHECK(std::get<RegistryBytes>(values.at(1).second).type == 1);
+    CHECK(std::get<RegistryBytes>(values.at(1).second).bytes == std::vector<uint8_t>{0x3D, 0xD8, 0, 0});
+    CHECK(std::get<RegistryRefusal>(values.at(2).second).status == 5);
+    CHECK(machine.registry.model.Find(L"SYSTEM\\currentcontrolset\\Control\\Class\\{c}\\0000"));
+    CHECK_FALSE(machine.registry.model.Find(L"SYSTEM"));
+    CHECK(Problem(R"({"registry": {"A": {"v": {"qword": -1}}}})") ==
+          "/registry/A/v/qword: the number must lie between 0 and 18446744073709551615");
+    CHECK(Problem(R"({"registry": {"A": {"v": {"type": 1}}}})") == "/registry/A/v: \"type\" needs \"hex\"");
+    CHECK(Problem(R"({"registry": {"A": {"v": {"status": 5}}}})") ==
+          "/registry/A/v: only values of drivers' keys, below SYSTEM\\CurrentControlSet\\Control\\Class, can be refused");
+}
+
+TEST_CASE("A device has an instance id of its own, and properties of their types")
+{
+    const auto problem = [](const std::string& device) {
+        return Problem(R"({"pnp": {"devices": [{"instance_id": "A"}, )" + device + "]}}");
+    };
+    const std::string place = "/pnp/devices/1";
+    CHECK(problem(R"({"instance_id": "B", "DeviceDesc": "x", "HardwareIds": ["x"], "BusNumber": 4294967295, "Luid": 0,
+        "DriverDate": 1, "PowerData": "D3", "IndirectDisplay": true, "IsPresent": false, "ProblemStatus": -1,
+        "AdapterLuid": {"hex": "00"}, "Service": {"type": 18, "hex": ""}, "Driver": {"status": 5},
+        "SetupDiOpenDevRegKey": 5})") == "");
+    CHECK(problem("{}") == place + ": a device needs \"instance_id\"");
+    CHECK(problem(R"({"instance_id": ""})") == place + ": an instance id has 1 to 199 characters");
+    CHECK(problem(R"({"instance_id": "a"})") == place + ": another device has the same instance id");
+    const auto property = [&](const std::string& text) { return problem(R"({"instance_id": "B", )" + text + "}"); };
+    CHECK(property(R"("Name": "x")").starts_with(place + "/Name: unknown key \"Name\"; known here: \"instance_id\", "));
+    CHECK(property(R"("DeviceDesc": 1)") == place + "/DeviceDesc: expected a text, found number");
+    CHECK(property(R"("HardwareIds": "x")") == place + "/HardwareIds: expected an array, found a text");
+    CHECK(property(R"("HardwareIds": [""])") == place + "/HardwareIds/0: an empty text would end the list");
+    CHECK(property(R"("BusNumber": 4294967296)") == place + "/BusNumber: the number must lie between 0 and 4294967295");
+    CHECK(property(R"("PowerData": "D4")") == place + "/PowerData: expected \"D0\", \"D1\", \"D2\" or \"D3\", found \"D4\"");
+    for (const std::string date : {"2025-02-29", "2025-5-9", "1600-12-31", "2025-13-01", "2025-05-09x", "x025-05-09"}) {
+        CHECK(property("\"DriverDate\": \"" + date + "\"") ==
+              place + "/DriverDate: expected a number or a date such as \"2024-05-09\", found \"" + date + "\"");
+    }
+    CHECK(property(R"("Service": {"type": 18})") == place + "/Service: \"type\" needs \"hex\"");
+    CHECK(property(R"("Service": {"status": 5, "writes": "unterminated"})") ==
+          place + "/Service/writes: expected \"nothing\" or \"rubbish\", found \"unterminated\"");
+}
+
+TEST_CASE("A display path has an adapter, and no other path its target")
+{
+    const auto problem = [](const std::string& path) {
+        return Problem(R"({"displays": {"paths": [{"adapterId": 7}, )" + path + "]}}");
+    };
+    CHECK(problem(R"({"adapterId": 7, "targetId": 1, "refreshRate": [60, 1], "sourceMode": {"width": 1, "height": 1}})") ==
+          "");
+    CHECK(problem("{}") == "/displays/paths/1: a path needs \"adapterId\"");
+    CHECK(problem(R"({"adapterId": 7})") == "/displays/paths/1: another path has the same adapterId and targetId");
+    CHECK(problem(R"({"adapterId": 8, "refreshRate": [60]})") ==
+          "/displays/paths/1/refreshRate: expected [numerator, denominator]");
+    CHECK(problem(R"({"adapterId": 8, "sourceMode": {"width": 1}})") ==
+          "/displays/paths/1/sourceMode: a mode needs \"width\" and \"height\"");
+}
+
+TEST_CASE("DXGI's flags and DXCore's attributes are those that exist")
+{
+    CHECK(Problem(R"({"dxgi": {"adapters": [{"Flags": 4}]}})") ==
+          "/dxgi/adapters/0/Flags: the number must lie between 0 and 3");
+    CHECK(Problem(R"({"dxgi": {"adapters": [{"Description": {"hex": "00"}}]}})") ==
+          "/dxgi/adapters/0/Description/hex: expected the bytes of UTF-16, two for each character");
+    CHECK(
+        Problem(R"({"dxcore": {"adapters": [{"attributes": ["D3D9"]}]}})") ==
+        "/dxcore/adapters/0/attributes/0: expected \"D3D11_GRAPHICS\", \"D3D12_GRAPHICS\" or \"D3D12_CORE_COMPUTE\", found "
+        "\"D3D9\"");
+}
+
+TEST_CASE("A call that hangs has a beginning of its text and a time")
+{
+    const Machine machine = ReadMachine(R"({"hang": [{"call": "dxgi ", "nth": 2, "milliseconds": 5}]})");
+    CHECK(machine.hangs.at(0).call == "dxgi ");
+    CHECK(machine.hangs.at(0).nth == 2);
+    CHECK(machine.hangs.at(0).milliseconds == 5);
+    CHECK(Problem(R"({"hang": [{"call": "dxgi "}]})") == "/hang/0: a call that hangs needs \"call\" and \"milliseconds\"");
+    CHECK(Problem(R"({"hang": [{"call": "", "milliseconds": 5}]})") ==
+          "/hang/0: a call that hangs needs \"call\" and \"milliseconds\"");
+    CHECK(Problem(R"({"hang": [{"call": "x", "milliseconds": 5, "nth": 0}]})") ==
+          "/hang/0/nth: the number must lie between 1 and 4294967295");
 }
 
 TEST_CASE("A property of WMI has a type that its value fits")

@@ -1,0 +1,45 @@
+#include "loading/SystemLoader.h"
+
+#include <string>
+
+#include "loading/ModuleSetup.h"
+#include "machine/CurrentMachine.h"
+#include "machine/Text.h"
+#include "trace/Trace.h"
+
+namespace orvel::simulation {
+
+namespace {
+
+/// dxcore.dll has no DLL of its own here: this one has its function.
+HMODULE LoadDxCore()
+{
+    HMODULE self = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&LoadDxCore), &self);
+    return self;
+}
+
+HMODULE WINAPI Load(LPCWSTR name, HANDLE file, DWORD flags)
+{
+    const std::wstring folded = name ? FoldCase(name) : L"";
+    const bool isDxCore = folded == L"dxcore.dll";
+    const auto standing = isDxCore ? CurrentMachine()->dxcore.standing : StandingOf(folded);
+    if (flags != LOAD_LIBRARY_SEARCH_SYSTEM32 || !standing || standing == Standing::System) {
+        return LoadLibraryExW(name, file, flags);
+    }
+    AddToTrace("load " + ToUtf8(folded));
+    if (standing == Standing::Missing) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    return isDxCore ? LoadDxCore() : LoadSimulated(folded);
+}
+
+} // namespace
+
+std::vector<Redirection> SystemLoaderRedirections()
+{
+    return {{AsProcedure(&LoadLibraryExW), AsProcedure(&Load)}};
+}
+
+} // namespace orvel::simulation
