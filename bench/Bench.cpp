@@ -88,7 +88,8 @@ Results MeasureAll(const std::string& folder, const std::string& shipped)
     results.LoadMicroseconds = FreshMedian(folder, "load");
     results.PeakWorkingSetKib = static_cast<size_t>(FreshMedian(folder, "peak"));
     results.PeakWorkingSetBeforeKib = static_cast<size_t>(FreshMedian(folder, "before"));
-    for (const char* dll : {"orvel-graphic-cards-enumeration.dll", "orvel-shared-wmi-client.dll"}) {
+    for (const char* dll :
+         {"orvel-graphic-cards-enumeration.dll", "orvel-shared-wmi-client.dll", "orvel-graphic-cards-inventory.dll"}) {
         results.DllBytes[dll] = std::filesystem::file_size(shipped + "/" + dll);
     }
     return results;

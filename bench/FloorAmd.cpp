@@ -6,10 +6,10 @@
 #include "FloorOpenCl.h"
 #include "FloorSystem.h"
 #include "FloorWmi.h"
+#include "interfaces/AdlxInterfaces.h"
 #include "system/DisplayRegistry.h"
 #include "system/PciBusNumber.h"
 #include "vendors/amd/AdlTypes.h"
-#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::bench {
 

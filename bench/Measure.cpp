@@ -11,6 +11,7 @@
 
 #include "Floor.h"
 #include "GraphicCardEnumeration.h"
+#include "InventoryRun.h"
 #include "LateBinding.h"
 #include "LoadedSimulation.h"
 
@@ -139,6 +140,8 @@ Figures MeasureMachine(const Machine& machine)
 
     Simulate(WithLatency(machine.Json));
     figures.Modelled = MedianOf(modelledRuns, [] { RunProduct(); });
+    RunInventory(); // loads the DLL
+    figures.Inventory = MedianOf(machine.Runs, RunInventory);
     const std::set<std::string> distinct(trace.begin(), trace.end());
     const auto questions = CountOf({distinct.begin(), distinct.end()}, "wmi query");
     figures.Ideal = connectionMicroseconds + static_cast<double>(questions) * queryMicroseconds;

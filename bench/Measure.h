@@ -17,8 +17,9 @@ struct Figures {
     size_t Calls = 0; ///< platform calls in the trace
     size_t Connections = 0;
     size_t Queries = 0;
-    double Modelled = 0; ///< one enumeration with the latency of a real WMI
-    double Ideal = 0;    ///< the latencies of one connection and of each distinct query, added up
+    double Modelled = 0;  ///< one enumeration with the latency of a real WMI
+    double Ideal = 0;     ///< the latencies of one connection and of each distinct query, added up
+    double Inventory = 0; ///< one inventory
     bool HasSameTrace = false;
 };
 
