@@ -5,6 +5,7 @@
 
 #include "WMIClient.h"
 #include "formulas/MemoryBandwidth.h"
+#include "formulas/WmiQueries.h"
 #include "platform/ErrorText.h"
 #include "platform/Log.h"
 #include "system/WmiNamespace.h"
@@ -14,10 +15,6 @@ namespace orvel::shared::enumeration {
 namespace {
 
 constexpr uint32_t unknownMemoryType = 2;
-
-constexpr wchar_t memoryTypes[] = L"SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory";
-constexpr wchar_t speeds[] = L"SELECT Speed FROM Win32_PhysicalMemory";
-constexpr wchar_t totalWidths[] = L"SELECT TotalWidth FROM Win32_PhysicalMemory";
 
 /// Runs a query on the memory modules; a failure is thrown as its status.
 void QueryModules(wmi::WMIClient& client, const wchar_t* wql)
@@ -31,7 +28,7 @@ void QueryModules(wmi::WMIClient& client, const wchar_t* wql)
 /// at once.
 void QueryModulesForAll(wmi::WMIClient& client, const wchar_t* wql)
 {
-    for (const wchar_t* query : {wql, memoryTypes, speeds, totalWidths}) {
+    for (const wchar_t* query : {wql, memoryTypesQuery, memorySpeedsQuery, memoryWidthsQuery}) {
         client.Prepare(query);
     }
     QueryModules(client, wql);
@@ -57,14 +54,14 @@ uint32_t FirstNonZero(wmi::WMIClient& modules, const wchar_t* property, uint32_t
 uint32_t GetMemoryType()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModules(client, memoryTypes);
+    QueryModules(client, memoryTypesQuery);
     return FirstNonZero(client, L"SMBIOSMemoryType", unknownMemoryType);
 }
 
 float GetMemorySpeed()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModulesForAll(client, speeds);
+    QueryModulesForAll(client, memorySpeedsQuery);
     float fastest = 0.0F;
     float speed = 0.0F;
     while (client.GetNext() && client.GetValue(L"Speed", speed) == 0) {
@@ -76,7 +73,7 @@ float GetMemorySpeed()
 uint32_t GetTotalWidth()
 {
     wmi::WMIClient client(wmiNamespace);
-    QueryModulesForAll(client, totalWidths);
+    QueryModulesForAll(client, memoryWidthsQuery);
     return FirstNonZero(client, L"TotalWidth", 0);
 }
 

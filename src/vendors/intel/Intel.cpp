@@ -4,6 +4,7 @@
 #include "formulas/NumberText.h"
 #include "formulas/StatusNames.h"
 #include "formulas/VideoControllerQuery.h"
+#include "formulas/WmiQueries.h"
 #include "platform/Log.h"
 #include "platform/TextEncoding.h"
 #include "system/DisplayRegistry.h"
@@ -28,7 +29,7 @@ void Intel::QueryInfo(GraphicCardList& list)
 {
     wmi::WMIClient client(wmiNamespace);
     Sources sources;
-    if (client.Query(L"SELECT SerialNumber FROM Win32_Bios") != 0) {
+    if (client.Query(biosQuery) != 0) {
         PLOGE << "Failed to get SerialNumber from Win32_Bios";
         return;
     }
