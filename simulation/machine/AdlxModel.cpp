@@ -14,7 +14,7 @@ const std::vector<std::string> functions = {
 static void ReadInto(const Node& node, AdlxText& target)
 {
     if (!node.IsNull()) {
-        target = node.Text();
+        ReadInto(node, target.emplace());
     }
 }
 

@@ -19,6 +19,31 @@ ReadField AsInterface(Interface<Model>& target)
     };
 }
 
+void CheckDll(const Node& node)
+{
+    std::string text;
+    node.ReadFields({{"dll", Into(text)}, {"path", Into(text)}, {"version", Into(text)}});
+}
+
+/// Where and how the file was recorded. The simulation makes nothing of it.
+void CheckRecorded(const Node& node)
+{
+    std::string text;
+    std::vector<std::string> texts;
+    node.ReadFields({
+        {"windows", Into(text)},
+        {"wine", Into(text)},
+        {"program", Into(text)},
+        {"dlls",
+         [](const Node& dlls) {
+             for (const Node& dll : dlls.Elements()) {
+                 CheckDll(dll);
+             }
+         }},
+        {"replaced", Into(texts)},
+    });
+}
+
 } // namespace
 
 static void ReadInto(const Node& node, Hang& target)
@@ -39,6 +64,7 @@ void ReadInto(const Node& node, Machine& target)
 {
     node.ReadFields({
         {"name", [&target](const Node& name) { target.name = name.Text(); }},
+        {"recorded", CheckRecorded},
         {"searched", Into(target.searched)},
         {"dwm", AsInterface(target.dwm)},
         {"wmi", AsInterface(target.wmi)},

@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "machine/Bytes.h"
+
 namespace orvel::simulation {
 
 namespace {
@@ -234,7 +236,15 @@ void ReadInto(const Node& node, uint64_t& target)
 
 void ReadInto(const Node& node, std::string& target)
 {
-    target = node.Text();
+    if (!node.IsObject()) {
+        target = node.Text();
+        return;
+    }
+    const auto readBytes = [&target](const Node& digits) {
+        const auto bytes = BytesOf(digits);
+        target.assign(bytes.begin(), bytes.end());
+    };
+    node.ReadFields({{"hex", readBytes}});
 }
 
 void ReadInto(const Node& node, Status& target)

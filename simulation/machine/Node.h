@@ -73,6 +73,7 @@ void ReadInto(const Node& node, bool& target);
 void ReadInto(const Node& node, int32_t& target);
 void ReadInto(const Node& node, uint32_t& target);
 void ReadInto(const Node& node, uint64_t& target);
+/// A text, or {"hex": digits} with its bytes, which need not be UTF-8.
 void ReadInto(const Node& node, std::string& target);
 
 /// A number, or {"status": number}.

@@ -1,5 +1,7 @@
 #include "machine/NvmlModel.h"
 
+#include <charconv>
+
 namespace orvel::simulation {
 
 namespace {
@@ -39,6 +41,20 @@ static void ReadInto(const Node& node, NvmlAnswers& target)
     node.ReadFields(fields);
 }
 
+/// Status as text → NVML's text for it.
+static void ReadErrorTexts(const Node& node, std::map<int32_t, std::string>& target)
+{
+    for (const auto& [key, text] : node.Members()) {
+        int32_t status = 0;
+        const char* const end = key.data() + key.size();
+        const auto [stop, error] = std::from_chars(key.data(), end, status);
+        if (error != std::errc() || stop != end) {
+            text.Refuse("expected a status such as \"3\", found \"" + key + "\"");
+        }
+        ReadInto(text, target[status]);
+    }
+}
+
 void ReadInto(const Node& node, NvmlDeviceModel& target)
 {
     node.ReadFields({
@@ -61,6 +77,7 @@ void ReadInto(const Node& node, NvmlModel& target)
         {"nvmlInit_v2", Into(target.init)},
         {"nvmlShutdown", Into(target.shutdown)},
         {"nvmlDeviceGetCount_v2", Into(target.deviceCount)},
+        {"nvmlErrorString", [&target](const Node& texts) { ReadErrorTexts(texts, target.errorTexts); }},
         {"devices", Into(target.devices)},
     });
 }

@@ -28,7 +28,8 @@ struct NvmlModel {
     std::vector<std::string> missing;
     Status init;
     Status shutdown;
-    Answer<uint32_t> deviceCount; // not given: the length of devices
+    std::map<int32_t, std::string> errorTexts; // where they differ from the usual ones
+    Answer<uint32_t> deviceCount;              // not given: the length of devices
     std::vector<NvmlDeviceModel> devices;
 };
 

@@ -17,8 +17,9 @@ struct TypeName {
 };
 
 constexpr std::array typeNames = {
-    TypeName{"UI4", WmiType::Ui4}, TypeName{"I4", WmiType::I4},     TypeName{"R4", WmiType::R4},
-    TypeName{"R8", WmiType::R8},   TypeName{"BSTR", WmiType::Text}, TypeName{"BOOL", WmiType::Flag},
+    TypeName{"EMPTY", WmiType::Empty}, TypeName{"UI4", WmiType::Ui4}, TypeName{"I4", WmiType::I4},
+    TypeName{"R4", WmiType::R4},       TypeName{"R8", WmiType::R8},   TypeName{"BSTR", WmiType::Text},
+    TypeName{"BOOL", WmiType::Flag},
 };
 
 WmiType TypeNamed(const Node& node)
@@ -29,7 +30,7 @@ WmiType TypeNamed(const Node& node)
             return type;
         }
     }
-    node.Refuse("expected \"UI4\", \"I4\", \"R4\", \"R8\", \"BSTR\" or \"BOOL\", found \"" + text + "\"");
+    node.Refuse("expected \"UI4\", \"I4\", \"R4\", \"R8\", \"BSTR\", \"BOOL\" or \"EMPTY\", found \"" + text + "\"");
 }
 
 WmiValue TypedValue(const Node& node, WmiType type)
@@ -68,7 +69,7 @@ WmiValue PlainValue(const Node& node)
 
 std::optional<std::wstring> TextOf(const WmiValue& value)
 {
-    if (value.type == WmiType::Null) {
+    if (value.type == WmiType::Null || value.type == WmiType::Empty) {
         return std::nullopt;
     }
     if (value.type == WmiType::Text) {
@@ -138,6 +139,63 @@ void ReadClasses(const Node& node, WmiModel& target)
     }
 }
 
+/// Rows of a class by their numbers, counted from 0, or rows of their own.
+void ReadQueryRow(const Node& node, const std::vector<WmiRowModel>* rowsOfClass, WmiQueryAnswer& target)
+{
+    if (node.IsObject()) {
+        return ReadRow(node, target.rows.emplace_back());
+    }
+    if (!rowsOfClass) {
+        node.Refuse("the number of a row needs \"class\"");
+    }
+    const uint64_t index = node.Whole(0, UINT32_MAX);
+    if (index >= rowsOfClass->size()) {
+        node.Refuse("the class has " + std::to_string(rowsOfClass->size()) + " rows, counted from 0");
+    }
+    target.rows.push_back((*rowsOfClass)[index]);
+}
+
+const std::vector<WmiRowModel>& RowsOfClass(const Node& name, const WmiModel& model)
+{
+    const auto found = model.classes.find(FoldCase(ToWide(name.Text())));
+    if (found == model.classes.end()) {
+        name.Refuse("\"classes\" does not have the class \"" + name.Text() + "\"");
+    }
+    return found->second;
+}
+
+void ReadQueryAnswer(const Node& node, const WmiModel& model, WmiQueryAnswer& target)
+{
+    const std::vector<WmiRowModel>* rowsOfClass = nullptr;
+    std::optional<Node> rows;
+    node.ReadFields({
+        {"class", [&](const Node& name) { rowsOfClass = &RowsOfClass(name, model); }},
+        {"rows", [&](const Node& member) { rows = member; }},
+        {"status", [&](const Node& status) { target.status = status.StatusCode(); }},
+    });
+    if (!rows && !target.status) {
+        node.Refuse("the answer to a query needs \"rows\" or \"status\"");
+    }
+    target.hasRows = rows.has_value();
+    for (const Node& row : rows ? rows->Elements() : std::vector<Node>()) {
+        ReadQueryRow(row, rowsOfClass, target);
+    }
+}
+
+/// One answer, or one for each time that the query is sent.
+void ReadQueries(const Node& node, WmiModel& target)
+{
+    for (const auto& [text, answer] : node.Members()) {
+        const auto answers = answer.IsArray() ? answer.Elements() : std::vector<Node>{answer};
+        if (answers.empty()) {
+            answer.Refuse("a query needs an answer");
+        }
+        for (const Node& one : answers) {
+            ReadQueryAnswer(one, target, target.queries[ToWide(text)].emplace_back());
+        }
+    }
+}
+
 void ReadRowsSource(const Node& node, WmiModel& target)
 {
     if (node.Text() != "system") {
@@ -186,13 +244,18 @@ void ReadInto(const Node& node, WmiFailure& target)
 
 void ReadInto(const Node& node, WmiModel& target)
 {
+    std::optional<Node> queries; // refer to the classes, whatever comes first in the file
     node.ReadFields({
         {"connect", Into(target.connect)},
         {"classes", [&target](const Node& classes) { ReadClasses(classes, target); }},
+        {"queries", [&queries](const Node& member) { queries = member; }},
         {"rows", [&target](const Node& rows) { ReadRowsSource(rows, target); }},
         {"latency_us", [&target](const Node& latency) { ReadLatency(latency, target); }},
         {"failures", Into(target.failures)},
     });
+    if (queries) {
+        ReadQueries(*queries, target);
+    }
     if (target.rowsFromSystem && node.HasKey("classes")) {
         node.Refuse("\"rows\" stands in place of \"classes\"; only one of them can be given");
     }

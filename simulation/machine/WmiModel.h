@@ -10,7 +10,7 @@
 namespace orvel::simulation {
 
 /// The types of the values that a row can hold.
-enum class WmiType { Null, Uint32, Ui4, I4, R4, R8, Text, Flag };
+enum class WmiType { Null, Empty, Uint32, Ui4, I4, R4, R8, Text, Flag };
 
 struct WmiValue {
     WmiType type = WmiType::Null;
@@ -35,9 +35,17 @@ struct WmiFailure {
     int32_t status = 0;
 };
 
+/// What a query gives: rows, a failure, or rows and a failure in place of their end.
+struct WmiQueryAnswer {
+    bool hasRows = false;
+    std::vector<WmiRowModel> rows;
+    std::optional<int32_t> status;
+};
+
 struct WmiModel {
     Status connect;
-    std::map<std::wstring, std::vector<WmiRowModel>> classes; // by their names in folded case
+    std::map<std::wstring, std::vector<WmiRowModel>> classes;    // by their names in folded case
+    std::map<std::wstring, std::vector<WmiQueryAnswer>> queries; // by the exact text: the first answer, the next, …
     bool rowsFromSystem = false;
     uint32_t connectMicroseconds = 0;
     uint32_t queryMicroseconds = 0;

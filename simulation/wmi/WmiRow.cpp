@@ -46,6 +46,9 @@ void Write(VARIANT* target, const WmiValue& value)
     case WmiType::Null:
         V_VT(target) = VT_NULL;
         break;
+    case WmiType::Empty:
+        V_VT(target) = VT_EMPTY;
+        break;
     case WmiType::Ui4:
         WriteWhole(target, VT_UI4, value.whole);
         break;

@@ -1,5 +1,6 @@
 #include "wmi/WmiServices.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -22,6 +23,7 @@ struct WmiAnswer {
     std::shared_ptr<const WqlQuery> query;
     WmiRows rows;
     const WmiFailure* failure = nullptr; // what the machine has planned for it
+    HRESULT end = WBEM_S_FALSE;          // in place of a row behind the last
     Clock::time_point ready;
 };
 
@@ -72,7 +74,7 @@ public:
             }
             objects[*returned] = new WmiRowObject(answer.query, rows[position]);
         }
-        return *returned == count ? WBEM_S_NO_ERROR : WBEM_S_FALSE;
+        return *returned == count ? S_OK : answer.end;
     }
 
 private:
@@ -145,7 +147,7 @@ HRESULT WmiSession::Select(const WqlQuery& query, IWbemServices* systemServices,
         return Result(WBEM_E_INVALID_CLASS);
     }
     for (const WmiRowModel& model : found->second) {
-        auto row = SimulatedRow(std::shared_ptr<const WmiRowModel>(machine, &model));
+        auto row = RowOf(model);
         if (IsWanted(query, *row)) {
             rows.push_back(std::move(row));
         }
@@ -168,6 +170,22 @@ const WmiFailure* WmiSession::PlannedFailure(const std::wstring& text)
         }
     }
     return planned;
+}
+
+const WmiQueryAnswer* WmiSession::RecordedAnswer(const std::wstring& text)
+{
+    const auto recorded = Model().queries.find(text);
+    if (recorded == Model().queries.end()) {
+        return nullptr;
+    }
+    const std::scoped_lock lock(mutex);
+    const size_t time = timesSent[text]++;
+    return &recorded->second[std::min(time, recorded->second.size() - 1)];
+}
+
+std::shared_ptr<const WmiRow> WmiSession::RowOf(const WmiRowModel& model) const
+{
+    return SimulatedRow(std::shared_ptr<const WmiRowModel>(machine, &model));
 }
 
 HRESULT WmiSession::ConnectSystem(BSTR name, ComPtr<IWbemServices>& services) const
@@ -195,6 +213,15 @@ WmiServices::~WmiServices()
 
 namespace {
 
+void TakeRecorded(const WmiSession& session, const WmiQueryAnswer& recorded, const wchar_t* text, WmiAnswer& answer)
+{
+    answer.query = std::make_shared<const WqlQuery>(ParseWql(text).value_or(WqlQuery{}));
+    (recorded.hasRows ? answer.end : answer.status) = recorded.status.value_or(answer.end);
+    for (const WmiRowModel& row : recorded.rows) {
+        answer.rows.push_back(session.RowOf(row));
+    }
+}
+
 WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const wchar_t* language, const wchar_t* text)
 {
     WmiAnswer answer;
@@ -206,6 +233,8 @@ WmiAnswer AnswerTo(WmiSession& session, IWbemServices* system, const wchar_t* la
     answer.failure = session.PlannedFailure(text);
     if (answer.failure && !answer.failure->row) {
         answer.status = answer.failure->status;
+    } else if (const WmiQueryAnswer* const recorded = session.RecordedAnswer(text)) {
+        TakeRecorded(session, *recorded, text, answer);
     } else if (auto query = ParseWql(text)) {
         answer.query = std::make_shared<const WqlQuery>(std::move(*query));
         answer.status = session.Select(*answer.query, system, answer.rows);

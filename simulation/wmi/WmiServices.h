@@ -20,6 +20,12 @@ public:
     /// The rows that match the query. Fails for an unknown class.
     HRESULT Select(const WqlQuery& query, IWbemServices* systemServices, WmiRows& rows) const;
 
+    /// A row of the machine.
+    std::shared_ptr<const WmiRow> RowOf(const WmiRowModel& model) const;
+
+    /// The answer that the file has for a query of exactly this text, this time; null for none.
+    const WmiQueryAnswer* RecordedAnswer(const std::wstring& text);
+
     /// Counts the query for every failure entry that its text matches; the first that applies, or null.
     const WmiFailure* PlannedFailure(const std::wstring& text);
 
@@ -30,7 +36,8 @@ private:
     std::shared_ptr<const Machine> machine;
     Microsoft::WRL::ComPtr<IWbemLocator> locator;
     std::mutex mutex;
-    std::vector<uint32_t> queriesSeen; // for each failure entry
+    std::vector<uint32_t> queriesSeen;        // for each failure entry
+    std::map<std::wstring, size_t> timesSent; // of the queries that the file answers by their text
 };
 
 class WmiServices final : public UnusedServices<WmiServices> {

@@ -180,7 +180,10 @@ SIMULATED int32_t Sim_nvmlShutdown()
 SIMULATED const char* Sim_nvmlErrorString(int32_t status)
 {
     AddToTrace("nvml nvmlErrorString " + std::to_string(status));
-    return ErrorText(status);
+    const auto machine = CurrentMachine();
+    const auto& texts = machine->nvml.model.errorTexts;
+    const auto text = texts.find(status);
+    return text == texts.end() ? ErrorText(status) : text->second.c_str();
 }
 
 SIMULATED int32_t Sim_nvmlDeviceGetCount_v2(uint32_t* count)

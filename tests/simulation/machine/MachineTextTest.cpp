@@ -56,7 +56,7 @@ TEST_CASE("An unknown key is rejected, and the error lists the known keys")
 {
     CHECK(Problem(R"({"nvml": {"devics": []}})") ==
           "/nvml/devics: unknown key \"devics\"; known here: \"missing\", \"nvmlInit_v2\", \"nvmlShutdown\", "
-          "\"nvmlDeviceGetCount_v2\", \"devices\"");
+          "\"nvmlDeviceGetCount_v2\", \"nvmlErrorString\", \"devices\"");
     CHECK(Problem("[]") == "/: expected an object, found array");
 }
 
@@ -183,12 +183,47 @@ TEST_CASE("A property of WMI has a type that its value fits")
     CHECK(problem(R"({"vt": "I4", "value": 2147483648})") ==
           place + "/value: the number must lie between -2147483648 and 2147483647");
     CHECK(problem(R"({"vt": "I8", "value": 1})") ==
-          place + "/vt: expected \"UI4\", \"I4\", \"R4\", \"R8\", \"BSTR\" or \"BOOL\", found \"I8\"");
+          place + "/vt: expected \"UI4\", \"I4\", \"R4\", \"R8\", \"BSTR\", \"BOOL\" or \"EMPTY\", found \"I8\"");
     CHECK(problem(R"({"vt": "I4", "status": 1})") == place + ": \"vt\" needs \"value\"");
     CHECK(problem(R"({"value": 1})") == place + ": \"value\" needs \"vt\", \"where\" or \"status\"");
     CHECK(problem(R"({"where": "x"})") == place + ": a property needs \"value\" or \"status\"");
     CHECK(problem("[]") ==
           place + ": expected a number, a text, true, false, null or an object with \"status\", \"vt\" or \"where\"");
+}
+
+TEST_CASE("A driver's text can be written as bytes")
+{
+    const Machine machine = ReadMachine(R"({"nvml": {"devices": [{"nvmlDeviceGetSerial": {"hex": "41ff"}}]}})");
+    CHECK(machine.nvml.model.devices.at(0).serial.value == "A\xFF");
+    CHECK(Problem(R"({"nvml": {"devices": [{"nvmlDeviceGetSerial": {"hex": "4"}}]}})") ==
+          "/nvml/devices/0/nvmlDeviceGetSerial/hex: expected pairs of hexadecimal digits");
+}
+
+TEST_CASE("NVML's texts belong to statuses")
+{
+    const Machine machine = ReadMachine(R"({"nvml": {"nvmlErrorString": {"3": "No", "999": "What?"}}})");
+    CHECK(machine.nvml.model.errorTexts == std::map<int32_t, std::string>{{3, "No"}, {999, "What?"}});
+    CHECK(Problem(R"({"nvml": {"nvmlErrorString": {"three": "No"}}})") ==
+          "/nvml/nvmlErrorString/three: expected a status such as \"3\", found \"three\"");
+}
+
+TEST_CASE("The answer to a query of WMI has rows that are there, or a status")
+{
+    const auto problem = [](const std::string& answer) {
+        return Problem(R"({"wmi": {"queries": {"Q": )" + answer + R"(}, "classes": {"C": [{}, {}]}}})");
+    };
+    CHECK(problem(R"({"class": "C", "rows": [1]})") == "");
+    CHECK(problem(R"({"class": "C", "rows": [2]})") == "/wmi/queries/Q/rows/0: the class has 2 rows, counted from 0");
+    CHECK(problem(R"({"class": "D", "rows": []})") == "/wmi/queries/Q/class: \"classes\" does not have the class \"D\"");
+    CHECK(problem(R"({"rows": [0]})") == "/wmi/queries/Q/rows/0: the number of a row needs \"class\"");
+    CHECK(problem("{}") == "/wmi/queries/Q: the answer to a query needs \"rows\" or \"status\"");
+    CHECK(problem("[]") == "/wmi/queries/Q: a query needs an answer");
+}
+
+TEST_CASE("Where a file was recorded is read and has no effect")
+{
+    CHECK(Problem(R"({"recorded": {"windows": "10.0.19045", "dlls": [{"dll": "a", "path": "b", "version": "c"}]}})") == "");
+    CHECK(Problem(R"({"recorded": {"when": 1}})").starts_with("/recorded/when: unknown key"));
 }
 
 TEST_CASE("WMI names are case-insensitive")

@@ -223,6 +223,49 @@ TEST_CASE("The file can make a query fail, or one of its rows")
     CHECK(Next(*rows.Get(), row) == Status(WBEM_E_FAILED));
 }
 
+TEST_CASE("The file can answer a query by its exact text: rows of a class, rows of its own, a failure")
+{
+    Json machine = MachineWith({{{"P", 1}}, {{"P", 2}}, {{"P", 3}}});
+    machine["wmi"]["queries"] = {
+        {"SELECT * FROM C WHERE P LIKE '%'", {{"class", "C"}, {"rows", {2, 0}}}},
+        {"SELECT P FROM D", {{"rows", {{{"P", 7}, {"Q", 8}}}}}},
+        {"what is no query", {{"status", "0x80041003"}}},
+    };
+    Simulate(machine);
+    ComPtr<IWbemServices> services;
+    REQUIRE(Connect(services) == S_OK);
+    _variant_t value;
+    const auto first = FirstRow(*services.Get(), L"SELECT * FROM C WHERE P LIKE '%'");
+    REQUIRE(first->Get(L"P", 0, &value, nullptr, nullptr) == S_OK);
+    CHECK(V_I4(&value) == 3);
+    CHECK(Count(*services.Get(), L"SELECT * FROM C WHERE P LIKE '%'") == 2);
+    CHECK(Count(*services.Get(), L"select * from C where P like '%'") == 3); // another text
+    const auto own = FirstRow(*services.Get(), L"SELECT P FROM D");
+    REQUIRE(own->Get(L"P", 0, &value, nullptr, nullptr) == S_OK);
+    CHECK(V_I4(&value) == 7);
+    CHECK(own->Get(L"Q", 0, &value, nullptr, nullptr) == Status(WBEM_E_NOT_FOUND)); // not selected
+    ComPtr<IEnumWbemClassObject> rows;
+    CHECK(Query(*services.Get(), L"what is no query", rows) == Status(WBEM_E_ACCESS_DENIED));
+}
+
+TEST_CASE("The file can answer a query differently each time, and fail after its last row")
+{
+    Json machine = MachineWith({{{"P", 1}}});
+    machine["wmi"]["queries"]["SELECT P FROM C"] = {{{"status", 1}},
+                                                    {{"class", "C"}, {"rows", {0}}, {"status", "0x80041001"}}};
+    Simulate(machine);
+    ComPtr<IWbemServices> services;
+    REQUIRE(Connect(services) == S_OK);
+    ComPtr<IEnumWbemClassObject> rows;
+    CHECK(Query(*services.Get(), L"SELECT P FROM C", rows) == S_FALSE);
+    for (int later = 0; later < 2; ++later) {
+        REQUIRE(Query(*services.Get(), L"SELECT P FROM C", rows) == S_OK);
+        ComPtr<IWbemClassObject> row;
+        CHECK(Next(*rows.Get(), row) == S_OK);
+        CHECK(Next(*rows.Get(), row) == Status(WBEM_E_FAILED));
+    }
+}
+
 TEST_CASE("A query that is not ready in time times out, and can be repeated")
 {
     Json machine = MachineWith(Json::array({{{"P", 1}}}));
