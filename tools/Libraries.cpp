@@ -79,8 +79,8 @@ std::string FirstLacking(HMODULE module, HMODULE other)
     return {};
 }
 
-/// Loads the nvml.dll that the library will use. The substitute exports what the library imports, and forwards it to the
-/// driver where possible. Returns why the substitute replaces an nvml.dll that was found; otherwise "".
+} // namespace
+
 std::string LoadNvml()
 {
     const HMODULE found = ::LoadLibraryW(L"nvml.dll");
@@ -92,8 +92,6 @@ std::string LoadNvml()
     ::FreeLibrary(lacking.empty() ? substitute : found);
     return lacking.empty() ? "" : "the one found is older and lacks " + lacking + "; using the substitute";
 }
-
-} // namespace
 
 LibraryLoad LoadEnumerationLibrary()
 {

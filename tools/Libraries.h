@@ -5,6 +5,10 @@
 
 namespace orvel::tools {
 
+/// Loads the nvml.dll that the library will use. The substitute exports what the library imports, and forwards it to the
+/// driver where possible. Returns why the substitute replaces an nvml.dll that was found; otherwise "".
+std::string LoadNvml();
+
 /// What came of loading the library.
 struct LibraryLoad {
     std::optional<std::string> Problem; ///< what is missing, and what provides it, if the library was not loaded

@@ -55,7 +55,7 @@ TEST_CASE("The error for a file that cannot be written names the file, and no te
 {
     const Folder folder;
     const std::string inNoFolder = PathText(folder.Path / "none" / "report.txt");
-    CHECK(WriteFileWhole(inNoFolder, "text") == inNoFolder + ": cannot be written");
+    CHECK(WriteFileWhole(inNoFolder, "text") == inNoFolder + ": cannot be written (error 3)"); // ERROR_PATH_NOT_FOUND
     std::filesystem::create_directory(folder.Path / "taken");
     const auto problem = WriteFileWhole(PathText(folder.Path / "taken"), "text");
     REQUIRE(problem);
