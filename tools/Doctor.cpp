@@ -192,6 +192,9 @@ std::string DoctorAsText(const Diagnosis& diagnosis, const TextStyle& style)
     constexpr const char* verdicts[] = {"Nothing is missing.", "Something limits the records.",
                                         "Nothing can be enumerated."};
     out << '\n' << Bold(verdicts[DoctorStatus(diagnosis.Checks)], style.IsColoured) << '\n';
+    if (DoctorStatus(diagnosis.Checks) != 0) {
+        out << "For a bug report, record this computer with --record FILE; see docs/bug-reports.md.\n";
+    }
     return out.str();
 }
 

@@ -99,8 +99,14 @@ std::variant<Options, Ending> ParseOptions(const std::vector<std::string>& argum
     auto* explain = app.add_flag("--explain", isExplain, "Show the source of each value, or why it is missing");
     auto* doctor = app.add_flag("--doctor", isDoctor, "Check what the library depends on");
     auto* list = app.add_flag("--list-machines", isList, "List the shipped machines");
-    explain->excludes(doctor)->excludes(list);
-    doctor->excludes(list);
+    auto* record = app.add_option("--record", options.Recording, "Write this computer as a machine file, for a bug report")
+                       ->type_name("FILE");
+    app.add_flag("--force", options.Force, "Replace the recorded file if it exists")->needs(record);
+    app.add_flag("--record-identifiers", options.RecordIdentifiers, "Keep serial numbers, UUIDs and user names")
+        ->needs(record);
+    explain->excludes(doctor)->excludes(list)->excludes(record);
+    doctor->excludes(list)->excludes(record);
+    list->excludes(record);
     const CLI::App* inventory = AddInventory(app, options);
     app.get_formatter()->column_width(24);
     app.get_formatter()->label("Excludes", "not with");
@@ -126,7 +132,11 @@ std::variant<Options, Ending> ParseOptions(const std::vector<std::string>& argum
                    ? std::variant<Options, Ending>(options)
                    : Ending{ExitWrongInput, misplaced + ": the options of \"inventory\" follow it (see inventory --help)"};
     }
-    options.Show = isExplain ? Mode::Explain : isDoctor ? Mode::Doctor : isList ? Mode::ListMachines : Mode::Cards;
+    options.Show = isExplain           ? Mode::Explain
+                   : isDoctor          ? Mode::Doctor
+                   : isList            ? Mode::ListMachines
+                   : options.Recording ? Mode::Record
+                                       : Mode::Cards;
     return options;
 }
 

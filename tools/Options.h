@@ -9,7 +9,7 @@
 namespace orvel::tools {
 
 /// What the program is to show.
-enum class Mode { Cards, Explain, Doctor, ListMachines, Inventory };
+enum class Mode { Cards, Explain, Doctor, ListMachines, Inventory, Record };
 
 /// The forms of the inventory.
 enum class InventoryFormat { Text, Json, Flat };
@@ -28,8 +28,11 @@ struct Options {
     bool Brief = false;
     bool Log = false;
     InventoryOptions Inventory;
-    std::optional<std::string> Machine; ///< a file, or the short name of a shipped machine
-    std::optional<std::string> Output;  ///< a file instead of standard output
+    std::optional<std::string> Machine;   ///< a file, or the short name of a shipped machine
+    std::optional<std::string> Output;    ///< a file instead of standard output
+    std::optional<std::string> Recording; ///< the machine file that is to be written
+    bool Force = false;                   ///< replace that file
+    bool RecordIdentifiers = false;
 };
 
 /// A run that ends with the command line: what to print, and the exit status.

@@ -23,6 +23,7 @@
 #include "inventory/InventoryLibrary.h"
 #include "inventory/InventoryText.h"
 #include "platform/TextEncoding.h"
+#include "recorder/Recorder.h"
 
 namespace orvel::tools {
 
@@ -84,6 +85,32 @@ int RunDoctor(const Options& options, const TextStyle& style)
     const auto diagnosis = Diagnose(LoadEnumerationLibrary());
     return Finish(options, options.Json ? DoctorAsJson(diagnosis) : DoctorAsText(diagnosis, style),
                   DoctorStatus(diagnosis.Checks));
+}
+
+/// What the person who records has to know before sending the file.
+std::string Recorded(const Options& options, const recorder::Json& recording)
+{
+    const size_t replaced = recording["recorded"].value("replaced", recorder::Json::array()).size();
+    const std::string identifiers =
+        options.RecordIdentifiers
+            ? "It has the serial numbers and other identifiers of this computer.\n"
+            : "Replaced identifiers: " + std::to_string(replaced) + ". \"recorded\" lists their places.\n";
+    return "Recorded this computer in " + *options.Recording + "\n" + identifiers +
+           "Read the file before you send it: docs/bug-reports.md says what to look at.\n";
+}
+
+int RunRecord(const Options& options)
+{
+    const Existing existing = options.Force ? Existing::Replaced : Existing::Kept;
+    if (auto problem = CheckTarget(*options.Recording, existing)) {
+        return Fail(ExitWrongInput, *problem + " (--force replaces it)");
+    }
+    LoadNvml();
+    const recorder::Json recording = recorder::RecordComputer(options.RecordIdentifiers);
+    if (const auto problem = WriteFileWhole(*options.Recording, recording.dump(2) + "\n", existing)) {
+        return Fail(ExitWrongInput, *problem);
+    }
+    return Finish(options, Recorded(options, recording), ExitDone);
 }
 
 std::string Render(const Options& options, const Report& report, const TextStyle& style)
@@ -163,6 +190,9 @@ int Run(const Options& options)
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED); // by the host: the library never initialises COM
     if (const int status = options.Machine ? TakeMachine(*options.Machine) : ExitDone; status != ExitDone) {
         return status;
+    }
+    if (options.Show == Mode::Record) {
+        return RunRecord(options);
     }
     const TextStyle style{options.Brief, !options.Output && IsTerminal()};
     if (options.Show == Mode::Inventory) {

@@ -104,16 +104,6 @@ void Sweep(const std::vector<Fault>& faults)
     }
 }
 
-std::vector<Fault> AllFaults()
-{
-    std::vector<Fault> all = WmiQueryFaults(Enumerate(HealthyWorkstation()).Trace);
-    for (const auto& more :
-         {WmiRowFaults(), SystemFaults(), OpenClFaults(), NvapiFaults(), NvmlFaults(), AdlFaults(), AdlxFaults()}) {
-        all.insert(all.end(), more.begin(), more.end());
-    }
-    return all;
-}
-
 /// Calls whose failure has another name in a machine file; none where no machine can fail them.
 const std::map<std::string, std::string> otherNames = {{"query", "/wmi/failures"},
                                                        {"DwmIsCompositionEnabled", "/dwm"},

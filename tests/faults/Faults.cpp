@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "support/Enumerated.h"
 #include "vendors/Vendors.h"
 
 namespace orvel::tests {
@@ -190,6 +191,16 @@ Json HealthyWorkstation()
                                             {"ADL2_Workstation_ECCData_Get", {{"iSec", 5}, {"iDed", 7}}}});
     machine["adlx"]["missing"] = Json::array();
     return machine;
+}
+
+std::vector<Fault> AllFaults()
+{
+    std::vector<Fault> all = WmiQueryFaults(Enumerate(HealthyWorkstation()).Trace);
+    for (const auto& more :
+         {WmiRowFaults(), SystemFaults(), OpenClFaults(), NvapiFaults(), NvmlFaults(), AdlFaults(), AdlxFaults()}) {
+        all.insert(all.end(), more.begin(), more.end());
+    }
+    return all;
 }
 
 } // namespace orvel::tests

@@ -68,6 +68,9 @@ std::vector<Fault> NvmlFaults();
 std::vector<Fault> AdlFaults();
 std::vector<Fault> AdlxFaults();
 
+/// All of them.
+std::vector<Fault> AllFaults();
+
 // Faults of the usual kinds.
 Fault Setting(const Pointer& path, const Json& value, const Consequence& expected);
 Fault Removing(const Pointer& path, const Consequence& expected);

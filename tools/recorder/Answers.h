@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+namespace orvel::recorder {
+
+/// Keeps the order in which keys are added: the recording reads like the machine files of the project.
+using Json = nlohmann::ordered_json;
+
+/// A driver's text: as it is, or {"hex": bytes} where it is not UTF-8.
+Json Text(std::string_view bytes);
+
+/// UTF-16 text. Halves of surrogate pairs become replacement characters.
+Json Text(std::wstring_view text);
+
+/// Pairs of hexadecimal digits.
+std::string Hex(const unsigned char* data, size_t bytes);
+
+/// What a call answered: the value where it succeeded (status 0), else the status, and the value if the call has written one
+/// all the same.
+Json Answer(int32_t status, const Json& value, bool isWritten = false);
+
+/// The same for a text in a buffer that the driver fills: up to its NUL. A text without one is marked. What a failed call
+/// has written is no text.
+Json TextAnswer(int32_t status, const char* buffer, size_t capacity);
+
+/// Calls for a text of this capacity, with a buffer of zeros as the library has it. A call that succeeds and seems to write
+/// no letter is made again with another content, to see whether it writes anything at all.
+template <size_t Capacity, typename Call>
+Json RecordTextOf(Call call)
+{
+    char buffer[Capacity] = "";
+    const int32_t status = call(&buffer[0]);
+    if (status != 0 || buffer[0] != '\0') {
+        return TextAnswer(status, buffer, Capacity);
+    }
+    char marked[Capacity];
+    std::memset(marked, '?', Capacity);
+    const bool isWritten = call(&marked[0]) != 0 || marked[0] != '?';
+    return isWritten ? Json("") : Json{{"status", 0}, {"writes", "nothing"}};
+}
+
+/// What a call answered that hands out an object.
+Json ObjectAnswer(int32_t status, bool isSuccess, const void* object);
+
+} // namespace orvel::recorder

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Answers.h"
+
+// One function for each interface: it makes the calls of an enumeration, and returns what they answered as the interface's
+// section of a machine file; nothing where the computer does not have the interface.
+
+namespace orvel::recorder {
+
+std::optional<Json> RecordDwm();
+std::optional<Json> RecordDxgi();
+std::optional<Json> RecordOpenCl();
+std::optional<Json> RecordNvml();
+
+/// The keys and values of HKEY_LOCAL_MACHINE that an enumeration reads.
+std::optional<Json> RecordRegistry();
+
+struct NvapiRecording {
+    std::optional<Json> Section;
+    /// The PCI device of the first GPU, which WMI is asked for; "" where NVAPI refuses it, nothing without a GPU.
+    std::optional<std::string> DeviceId;
+};
+
+NvapiRecording RecordNvapi();
+
+struct AmdRecording {
+    std::optional<Json> Adl;
+    std::optional<Json> Adlx;
+    std::vector<std::string> Names; ///< of ADLX's GPUs, which WMI is asked for
+};
+
+/// ADLX works in ADL's context, and gives the numbers of ADL's adapters.
+AmdRecording RecordAmd();
+
+/// What the other interfaces have said of the GPUs: an enumeration's queries depend on it.
+struct KnownGpus {
+    std::vector<std::string> OpenClNames;      ///< of devices that answer what Intel's run asks first
+    std::optional<std::string> NvidiaDeviceId; ///< none without a GPU of NVIDIA
+    std::vector<std::string> AmdNames;
+};
+
+Json RecordWmi(const KnownGpus& gpus);
+
+} // namespace orvel::recorder
