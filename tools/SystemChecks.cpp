@@ -7,10 +7,10 @@
 #include <windows.h>
 
 #include <objbase.h>
-#include <winver.h>
 
 #include "formulas/VideoControllerQuery.h"
 #include "platform/Dxgi.h"
+#include "platform/FileVersion.h"
 #include "platform/Registry.h"
 #include "platform/TextEncoding.h"
 #include "platform/Wmi.h"
@@ -30,21 +30,6 @@ std::string Hex(long status)
     char text[16];
     std::snprintf(text, sizeof(text), "0x%08lX", static_cast<unsigned long>(status));
     return text;
-}
-
-std::string VersionOf(const wchar_t* path)
-{
-    DWORD unused = 0;
-    const DWORD bytes = ::GetFileVersionInfoSizeW(path, &unused);
-    std::vector<BYTE> data(bytes);
-    VS_FIXEDFILEINFO* info = nullptr;
-    UINT length = 0;
-    if (bytes == 0 || !::GetFileVersionInfoW(path, 0, bytes, data.data()) ||
-        !::VerQueryValueW(data.data(), L"\\", reinterpret_cast<void**>(&info), &length)) {
-        return {};
-    }
-    return std::to_string(HIWORD(info->dwFileVersionMS)) + "." + std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
-           std::to_string(HIWORD(info->dwFileVersionLS)) + "." + std::to_string(LOWORD(info->dwFileVersionLS));
 }
 
 /// Runs a query and reads a property of each row; "" where a row has none.
@@ -74,7 +59,7 @@ Finding FindDll(const std::string& name)
         return {false, "error " + std::to_string(::GetLastError())};
     }
     const std::wstring path = PathOf(module.get());
-    return {true, {}, ToUtf8(path), VersionOf(path.c_str())};
+    return {true, {}, ToUtf8(path), FileVersion(path)};
 }
 
 Finding FindWmiNamespace()

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "platform/TextEncoding.h"
+
 namespace orvel::recorder {
 
 namespace {
@@ -37,11 +39,7 @@ Json Text(std::string_view bytes)
 
 Json Text(std::wstring_view text)
 {
-    const auto length = static_cast<int>(text.size());
-    const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<size_t>(bytes), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), length, utf8.data(), bytes, nullptr, nullptr);
-    return utf8;
+    return shared::enumeration::ToUtf8(text);
 }
 
 Json Answer(int32_t status, const Json& value, bool isWritten)

@@ -2,9 +2,9 @@
 
 #include <windows.h>
 
-#include <winver.h>
-
+#include "platform/FileVersion.h"
 #include "platform/Handles.h"
+#include "platform/TextEncoding.h"
 
 namespace orvel::recorder {
 
@@ -24,21 +24,6 @@ std::string WindowsVersion()
            std::to_string(version.dwBuildNumber);
 }
 
-std::string FileVersion(const wchar_t* path)
-{
-    DWORD unused = 0;
-    const DWORD bytes = ::GetFileVersionInfoSizeW(path, &unused);
-    std::vector<BYTE> data(bytes);
-    VS_FIXEDFILEINFO* info = nullptr;
-    UINT length = 0;
-    if (bytes == 0 || !::GetFileVersionInfoW(path, 0, bytes, data.data()) ||
-        !::VerQueryValueW(data.data(), L"\\", reinterpret_cast<void**>(&info), &length)) {
-        return {};
-    }
-    return std::to_string(HIWORD(info->dwFileVersionMS)) + "." + std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
-           std::to_string(HIWORD(info->dwFileVersionLS)) + "." + std::to_string(LOWORD(info->dwFileVersionLS));
-}
-
 } // namespace
 
 Json RecordOrigin()
@@ -55,11 +40,8 @@ Json RecordOrigin()
         if (!module) {
             continue;
         }
-        std::wstring path(32768, L'\0');
-        path.resize(::GetModuleFileNameW(module.get(), path.data(), static_cast<DWORD>(path.size())));
-        origin["dlls"].push_back({{"dll", Text(std::wstring_view(name))},
-                                  {"path", Text(std::wstring_view(path))},
-                                  {"version", FileVersion(path.c_str())}});
+        const std::wstring path = PathOf(module.get());
+        origin["dlls"].push_back({{"dll", ToUtf8(name)}, {"path", ToUtf8(path)}, {"version", FileVersion(path)}});
     }
     return origin;
 }

@@ -13,6 +13,8 @@
 
 #include "formulas/VideoControllerQuery.h"
 #include "formulas/WmiQueries.h"
+#include "platform/TextEncoding.h"
+#include "platform/Wmi.h"
 #include "system/WmiNamespace.h"
 
 namespace orvel::recorder {
@@ -22,7 +24,6 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr LONG longestWaitMilliseconds = 120'000;
 constexpr int mostAttempts = 4; // of a query that fails: the library asks again too
 
 using Properties = std::vector<const wchar_t*>;
@@ -48,29 +49,7 @@ constexpr wchar_t adapterClass[] = L"Win32_VideoController";
 constexpr wchar_t moduleClass[] = L"Win32_PhysicalMemory";
 constexpr wchar_t biosClass[] = L"Win32_Bios";
 
-std::string Utf8(std::wstring_view text)
-{
-    return Text(text).get<std::string>();
-}
-
-std::wstring Wide(const std::string& text)
-{
-    const auto length = static_cast<int>(text.size());
-    std::wstring wide(text.size(), L'\0');
-    wide.resize(static_cast<size_t>(
-        ::MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), static_cast<int>(wide.size()))));
-    return wide.substr(0, wide.find(L'\0')); // as far as the library sends it
-}
-
-/// A BSTR, and a VARIANT, that are freed with their scope.
-struct BasicString {
-    explicit BasicString(const std::wstring& text) : Text(::SysAllocString(text.c_str())) {}
-    BasicString(const BasicString&) = delete;
-    BasicString& operator=(const BasicString&) = delete;
-    ~BasicString() { ::SysFreeString(Text); }
-    BSTR Text;
-};
-
+/// Cleared with its scope.
 struct Variant {
     Variant() { ::VariantInit(&Value); }
     Variant(const Variant&) = delete;
@@ -132,7 +111,7 @@ Json RecordRow(IWbemClassObject& object, const Properties& properties)
         if (status == static_cast<HRESULT>(WBEM_E_NOT_FOUND)) {
             continue;
         }
-        row[Utf8(name)] = status == WBEM_S_NO_ERROR ? ValueOf(value.Value, type) : Json{{"status", status}};
+        row[ToUtf8(name)] = status == WBEM_S_NO_ERROR ? ValueOf(value.Value, type) : Json{{"status", status}};
     }
     return row;
 }
@@ -147,43 +126,15 @@ struct Result {
     bool operator==(const Result&) const = default;
 };
 
-/// Lets WMI act for this program. An in-process object has no proxy and refuses, which is harmless.
-void AllowImpersonation(IUnknown* proxy)
-{
-    ::CoSetProxyBlanket(proxy, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
-                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
-}
-
-HRESULT Connect(ComPtr<IWbemServices>& services)
-{
-    ComPtr<IWbemLocator> locator;
-    HRESULT status = ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                                        reinterpret_cast<void**>(locator.GetAddressOf()));
-    if (FAILED(status)) {
-        return status;
-    }
-    status = locator->ConnectServer(BasicString(wmiNamespace).Text, nullptr, nullptr, nullptr,
-                                    WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, services.GetAddressOf());
-    if (status == WBEM_S_NO_ERROR && services) {
-        AllowImpersonation(services.Get());
-    }
-    return services ? status : status == WBEM_S_NO_ERROR ? static_cast<HRESULT>(WBEM_E_FAILED) : status;
-}
-
 /// All rows. An error that WMI finds while it works on the query comes in place of the first.
 void TakeRows(IEnumWbemClassObject& source, const Properties& properties, Result& result)
 {
-    for (;;) {
-        ComPtr<IWbemClassObject> row;
-        ULONG returned = 0;
-        const HRESULT status = source.Next(longestWaitMilliseconds, 1, row.GetAddressOf(), &returned);
-        if (status != WBEM_S_NO_ERROR || returned == 0 || !row) {
-            const HRESULT end = status == WBEM_S_NO_ERROR ? static_cast<HRESULT>(WBEM_S_FALSE) : status;
-            (result.Rows.empty() && end != WBEM_S_FALSE ? result.Status : result.End) = end;
-            return;
-        }
+    ComPtr<IWbemClassObject> row;
+    HRESULT status = FetchRow(source, row);
+    for (; status == WBEM_S_NO_ERROR; status = FetchRow(source, row)) {
         result.Rows.push_back(RecordRow(*row.Get(), properties));
     }
+    (result.Rows.empty() && status != WBEM_S_FALSE ? result.Status : result.End) = status;
 }
 
 struct Query {
@@ -201,7 +152,7 @@ public:
 
     /// Sends a query for the first time. The result is valid until the next query.
     const Result& Ask(const std::wstring& wql, const wchar_t* wmiClass, const Properties& columns);
-    void AskForAdapters(const std::string& wql) { Ask(Wide(wql), adapterClass, adapterProperties); }
+    void AskForAdapters(const std::string& wql) { Ask(ToUtf16(wql), adapterClass, adapterProperties); }
     void AskForModules(std::initializer_list<const wchar_t*> queries);
     void AskFailedAgain();
 
@@ -220,10 +171,8 @@ Result WmiRecorder::Send(const Query& query) const
 {
     ComPtr<IEnumWbemClassObject> rows;
     Result result;
-    result.Status = services->ExecQuery(BasicString(L"WQL").Text, BasicString(query.Wql).Text,
-                                        WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, rows.GetAddressOf());
-    if (result.Status == WBEM_S_NO_ERROR && rows) {
-        AllowImpersonation(rows.Get());
+    result.Status = SendQuery(*services.Get(), query.Wql.c_str(), rows);
+    if (result.Status == WBEM_S_NO_ERROR) {
         TakeRows(*rows.Get(), query.Columns, result);
     }
     return result;
@@ -266,7 +215,7 @@ Json Selected(const Json& row, const Properties& columns)
 {
     Json selected = Json::object();
     for (const wchar_t* column : columns) {
-        if (const std::string name = Utf8(column); row.contains(name)) {
+        if (const std::string name = ToUtf8(column); row.contains(name)) {
             selected[name] = row[name];
         }
     }
@@ -296,7 +245,7 @@ Json WmiRecorder::RecordResult(const Query& query, const Result& result, const J
         return {{"status", result.Status}};
     }
     Json answer = Json::object();
-    const std::string name = Utf8(query.Class);
+    const std::string name = ToUtf8(query.Class);
     const auto numbers =
         classes.contains(name) ? NumbersOf(result.Rows, classes[name], query.Columns) : std::optional<Json>();
     if (numbers) {
@@ -329,12 +278,12 @@ Json WmiRecorder::Record()
           std::pair(moduleClass, moduleProperties)}) {
         const Result whole = Send({std::wstring(L"SELECT * FROM ") + name, name, columns, {}});
         if (!whole.HasFailed()) {
-            classes[Utf8(name)] = whole.Rows;
+            classes[ToUtf8(name)] = whole.Rows;
         }
     }
     Json answers = Json::object();
     for (const Query& query : queries) {
-        answers[Utf8(query.Wql)] = RecordQuery(query, classes);
+        answers[ToUtf8(query.Wql)] = RecordQuery(query, classes);
     }
     return {{"classes", classes}, {"queries", answers}};
 }
@@ -351,12 +300,12 @@ bool HasOpenClDevice(const Result& adapters, const std::vector<std::string>& nam
 Json RecordWmi(const KnownGpus& gpus)
 {
     ComPtr<IWbemServices> services;
-    if (const HRESULT status = Connect(services); status != WBEM_S_NO_ERROR) {
+    if (const HRESULT status = ConnectToWmi(wmiNamespace, services); status != WBEM_S_NO_ERROR) {
         return {{"connect", status}};
     }
     WmiRecorder recorder(services);
     recorder.Ask(biosQuery, biosClass, {L"SerialNumber"});
-    const Result& intel = recorder.Ask(Wide(IntelAdapterQuery()), adapterClass, adapterProperties);
+    const Result& intel = recorder.Ask(ToUtf16(IntelAdapterQuery()), adapterClass, adapterProperties);
     if (HasOpenClDevice(intel, gpus.OpenClNames)) { // else Intel's run ends before it asks for the memory
         recorder.AskForModules({memoryWidthsQuery, memoryTypesQuery, memorySpeedsQuery});
     }
