@@ -1,6 +1,8 @@
 # The units of the tools that know no Windows header. The tests build them natively too.
 set(tools_pure_sources
     TextLayout.cpp
+    inventory/Comparison.cpp
+    inventory/ComparisonReport.cpp
     inventory/Csv.cpp
     inventory/Facts.cpp
     inventory/Inventory.cpp

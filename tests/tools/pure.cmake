@@ -1,6 +1,7 @@
 # The tests of the tools' units that know no Windows header: built for Windows, and natively with the sanitizers.
 set(tools_pure_tests
     TextLayoutTest.cpp
+    inventory/ComparisonTest.cpp
     inventory/CsvTest.cpp
     inventory/Documents.cpp
     inventory/FactsTest.cpp
