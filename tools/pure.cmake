@@ -9,5 +9,7 @@ set(tools_pure_sources
     inventory/InventoryText.cpp
     inventory/Ndjson.cpp
     inventory/OpenMetrics.cpp
+    inventory/Page.cpp
+    inventory/PageStyle.cpp
     inventory/Units.cpp)
 list(TRANSFORM tools_pure_sources PREPEND ${CMAKE_CURRENT_LIST_DIR}/)

@@ -9,5 +9,6 @@ set(tools_pure_tests
     inventory/InventoryTextTest.cpp
     inventory/NdjsonTest.cpp
     inventory/OpenMetricsTest.cpp
+    inventory/PageTest.cpp
     inventory/UnitsTest.cpp)
 list(TRANSFORM tools_pure_tests PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
