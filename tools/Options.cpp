@@ -20,9 +20,9 @@ const std::map<std::string, uint32_t> depths = {
 };
 
 const std::map<std::string, InventoryFormat> formats = {
-    {"text", InventoryFormat::Text},
-    {"json", InventoryFormat::Json},
-    {"flat", InventoryFormat::Flat},
+    {"text", InventoryFormat::Text},     {"json", InventoryFormat::Json},
+    {"flat", InventoryFormat::Flat},     {"openmetrics", InventoryFormat::OpenMetrics},
+    {"ndjson", InventoryFormat::Ndjson}, {"csv", InventoryFormat::Csv},
 };
 
 /// An option that takes one of a table's names.
@@ -51,8 +51,9 @@ CLI::App* AddInventory(CLI::App& app, Options& options)
 {
     InventoryOptions& wanted = options.Inventory;
     CLI::App* inventory = app.add_subcommand("inventory", "List every graphics adapter of any vendor");
-    auto* format =
-        AddChoice(*inventory, "--format", wanted.Format, formats, "text (default), json or flat")->type_name("FORM");
+    auto* format = AddChoice(*inventory, "--format", wanted.Format, formats,
+                             "text (default), json, flat, ndjson and csv for rows, or openmetrics for Prometheus")
+                       ->type_name("FORM");
     auto* json = inventory->add_flag_callback(
         "--json", [&wanted] { wanted.Format = InventoryFormat::Json; },
         "Each value with its status, source, code and reason");
@@ -66,7 +67,16 @@ CLI::App* AddInventory(CLI::App& app, Options& options)
         ->check(CLI::Range(uint32_t{1}, UINT32_MAX).description(""))
         ->type_name("MS");
     inventory->add_flag("--wake", wanted.IsWakingAllowed, "Also ask the drivers of sleeping cards, which wakes them");
+    auto* compare =
+        inventory->add_flag("--compare", wanted.IsCompared,
+                            "Show what the 49-property record lacks or has differently, and why; also as --json");
+    auto* page =
+        inventory->add_option("--html", wanted.Page, "Write one HTML page to this file (atomic), for a support ticket")
+            ->type_name("FILE");
     AddSharedOptions(*inventory, options);
+    page->excludes(format)->excludes(json)->excludes(flat)->excludes(compare);
+    page->excludes(inventory->get_option("--output"));
+    compare->excludes(format)->excludes(flat);
     inventory->get_formatter()->column_width(24);
     inventory->get_formatter()->label("Excludes", "not with");
     inventory->footer("Exit status: 0 success, also when a source does not answer; 2 wrong option or\n"

@@ -12,7 +12,7 @@ namespace orvel::tools {
 enum class Mode { Cards, Explain, Doctor, ListMachines, Inventory, Record };
 
 /// The forms of the inventory.
-enum class InventoryFormat { Text, Json, Flat };
+enum class InventoryFormat { Text, Json, Flat, OpenMetrics, Ndjson, Csv };
 
 /// What the inventory is asked for, and how it is written.
 struct InventoryOptions {
@@ -20,6 +20,8 @@ struct InventoryOptions {
     uint32_t Depth = 0;               ///< as in OrvelInventory.h; 0: the library's default
     uint32_t TimeoutMilliseconds = 0; ///< 0: the library's default
     bool IsWakingAllowed = false;
+    bool IsCompared = false;         ///< with the record
+    std::optional<std::string> Page; ///< the file of the HTML page
 };
 
 struct Options {

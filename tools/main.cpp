@@ -20,8 +20,12 @@
 #include "MachineFiles.h"
 #include "Options.h"
 #include "OutputFile.h"
+#include "inventory/Comparison.h"
+#include "inventory/InventoryFormats.h"
 #include "inventory/InventoryLibrary.h"
 #include "inventory/InventoryText.h"
+#include "inventory/Page.h"
+#include "inventory/RecordSide.h"
 #include "platform/TextEncoding.h"
 #include "recorder/Recorder.h"
 
@@ -137,15 +141,63 @@ int RunEnumeration(const Options& options, const TextStyle& style)
 
 std::string Render(const Options& options, const InventorySnapshot& snapshot, const TextStyle& style)
 {
-    switch (options.Inventory.Format) {
-    case InventoryFormat::Json:
-        return snapshot.Full;
-    case InventoryFormat::Flat:
-        return snapshot.Flat;
-    case InventoryFormat::Text:
-        break;
+    const InventoryFormat format = options.Inventory.Format;
+    if (format == InventoryFormat::Json || format == InventoryFormat::Flat) {
+        return format == InventoryFormat::Json ? snapshot.Full : snapshot.Flat;
     }
-    return InventoryAsText(ReadInventory(snapshot.Full, snapshot.Table), style.IsColoured);
+    const Inventory inventory = ReadInventory(snapshot.Full, snapshot.Table);
+    switch (format) {
+    case InventoryFormat::OpenMetrics:
+        return InventoryAsOpenMetrics(inventory);
+    case InventoryFormat::Ndjson:
+        return InventoryAsNdjson(inventory);
+    case InventoryFormat::Csv:
+        return InventoryAsCsv(inventory);
+    default:
+        return InventoryAsText(inventory, style.IsColoured);
+    }
+}
+
+/// The records of this computer; where the library cannot be loaded, why not.
+Records QueryRecords()
+{
+    if (const auto missing = LoadEnumerationLibrary().Problem) {
+        return {{}, {}, *missing};
+    }
+    return RecordsOf(Enumerate([](const LogLine&) {}));
+}
+
+std::string LocalTime()
+{
+    SYSTEMTIME now;
+    ::GetLocalTime(&now);
+    char text[32];
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute);
+    return text;
+}
+
+int WritePage(const Options& options, const Inventory& inventory, const Records& records)
+{
+    const PageOrigin origin{"orvel-graphic-cards " ORVEL_VERSION, LocalTime(), options.Machine.value_or("")};
+    const auto problem =
+        WriteFileWhole(*options.Inventory.Page, InventoryAsPage(inventory, Compare(inventory, records), origin));
+    return problem ? Fail(ExitWrongInput, *problem) : ExitDone;
+}
+
+/// Writes what needs the record too.
+int FinishCompared(const Options& options, const InventorySnapshot& snapshot, const TextStyle& style)
+{
+    const Inventory inventory = ReadInventory(snapshot.Full, snapshot.Table);
+    const Records records = QueryRecords();
+    if (options.Inventory.Page) {
+        return WritePage(options, inventory, records);
+    }
+    const Comparison comparison = Compare(inventory, records);
+    return Finish(options,
+                  options.Inventory.Format == InventoryFormat::Json
+                      ? ComparisonAsJson(inventory, comparison, snapshot.Full)
+                      : ComparisonAsText(inventory, comparison, style.IsColoured),
+                  records.Problem.empty() ? ExitDone : ExitNoLibrary);
 }
 
 int RunInventory(const Options& options, const TextStyle& style)
@@ -158,8 +210,11 @@ int RunInventory(const Options& options, const TextStyle& style)
     if (const auto* problem = std::get_if<std::string>(&taken)) {
         return Fail(ExitException, *problem);
     }
+    const auto& snapshot = std::get<InventorySnapshot>(taken);
     try {
-        return Finish(options, Render(options, std::get<InventorySnapshot>(taken), style), ExitDone);
+        const bool needsRecord = options.Inventory.IsCompared || options.Inventory.Page;
+        return needsRecord ? FinishCompared(options, snapshot, style)
+                           : Finish(options, Render(options, snapshot, style), ExitDone);
     } catch (const std::exception& error) {
         return Fail(ExitNoLibrary,
                     std::string("the document of orvel-graphic-cards-inventory.dll cannot be read: ") + error.what());

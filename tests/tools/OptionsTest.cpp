@@ -72,6 +72,11 @@ TEST_CASE("The inventory has options of its own, which follow it")
     CHECK(options.Inventory.Format == InventoryFormat::Flat);
     CHECK(Parsed({"inventory", "--json"}).Inventory.Format == InventoryFormat::Json);
     CHECK(Parsed({"inventory", "--format", "json"}).Inventory.Format == InventoryFormat::Json);
+    CHECK(Parsed({"inventory", "--format", "openmetrics"}).Inventory.Format == InventoryFormat::OpenMetrics);
+    const Options compared = Parsed({"inventory", "--compare", "--json"});
+    CHECK(compared.Inventory.IsCompared);
+    CHECK(compared.Inventory.Format == InventoryFormat::Json);
+    CHECK(Parsed({"inventory", "--html", "page.html"}).Inventory.Page == "page.html");
 }
 
 TEST_CASE("A wrong option of the inventory is reported in one line that names it")
