@@ -1,5 +1,5 @@
 // Records carry no instance id, so that they are assigned in groups of equal cards: all cards and records with the same
-// vendor, device and subsystem. A group of several cards is told apart by the PCI bus, or not at all.
+// vendor, device and subsystem. The cards of a group are distinguished by the PCI bus, or not at all.
 
 #include "inventory/Comparison.h"
 
@@ -40,8 +40,8 @@ constexpr char modules[] = "The record has the figure of the computer's memory m
 constexpr char lowBits[] = "The record keeps the low 32 bits of the number of bytes.";
 constexpr char units[] = "The record has the number of OpenCL's compute units.";
 constexpr char computer[] = "The record has the serial number of the computer.";
-constexpr char adapterRam[] =
-    "WMI's AdapterRAM is a 32-bit number that the driver leaves in the registry; it ends at 4095 MB.";
+constexpr char adapterRam[] = "The record has WMI's AdapterRAM, a 32-bit number that the driver leaves in the registry.";
+constexpr char adapterRamEnd[] = "The record has WMI's AdapterRAM, a 32-bit number, which ends at 4095 MB.";
 
 constexpr Pair pairs[] = {
     {"CardName", "name", Rule::Text},
@@ -183,7 +183,7 @@ void AssignEqualCards(const Inventory& inventory, const Records& records, const 
     for (const size_t card : assigned.empty() ? group.Cards : std::vector<size_t>()) {
         comparison.Cards[card].Note = "The record has " + std::to_string(group.Records.size()) + " entries for these " +
                                       std::to_string(group.Cards.size()) +
-                                      " equal cards, which cannot be assigned: their PCI buses do not tell them apart.";
+                                      " equal cards, which cannot be assigned: their PCI buses do not distinguish them.";
     }
 }
 
@@ -323,7 +323,7 @@ std::string WhyDifferent(const Pair& pair, const RecordCard& record, const Inven
         return "The record has no source for it with this vendor.";
     }
     if (*why != '\0') {
-        return why;
+        return why == adapterRam && recorded.Text == "4095" ? adapterRamEnd : why;
     }
     if (recorded.Text.empty()) {
         return "The record's source, " + recorded.Source + ", returned nothing.";

@@ -14,8 +14,8 @@ using Json = nlohmann::ordered_json;
 
 void WriteDifference(std::ostream& out, const Difference& difference)
 {
-    WriteWrapped(out, difference.Property, 4);
-    WriteEntry(out, "  record's " + difference.Field, difference.RecordText.empty() ? "none" : difference.RecordText);
+    WriteWrapped(out, difference.Property + " (" + difference.Field + ")", 4);
+    WriteEntry(out, "  record", difference.RecordText.empty() ? "none" : difference.RecordText);
     WriteEntry(out, "  inventory", difference.InventoryText);
     WriteWrapped(out, difference.Why, 8);
 }

@@ -175,11 +175,13 @@ std::string KindText(CardReader& card)
         {card.Text("vendor"), kind.empty() ? "" : TextFor(kinds, kind), card.Flag("integrated", "integrated", "discrete")});
 }
 
+/// Without the system memory that a card keeps for itself where it keeps none, as almost every card.
 std::string MemoryText(CardReader& card)
 {
+    const std::string reserved = card.Number("dedicated_system_memory_bytes", BytesText);
     return Joined({Around("", card.Number("dedicated_memory_bytes", BytesText), " dedicated"),
                    Around("", card.Number("board_memory_bytes", BytesText), " on the board"),
-                   Around("", card.Number("dedicated_system_memory_bytes", BytesText), " of the system's reserved"),
+                   reserved == "0 bytes" ? "" : Around("", reserved, " of the system's reserved"),
                    Around("up to ", card.Number("shared_memory_bytes", BytesText), " shared")});
 }
 

@@ -100,12 +100,13 @@ struct MemoryBar {
     const char* Property;
     const char* Label;
     const char* Class;
+    bool IsShownAsZero = true; ///< almost no card keeps system memory for itself
 };
 
 constexpr MemoryBar memoryBars[] = {
     {"dedicated_memory_bytes", "Dedicated", "dedicated"},
     {"board_memory_bytes", "On the board", "board"},
-    {"dedicated_system_memory_bytes", "Reserved of the system's", "reserved"},
+    {"dedicated_system_memory_bytes", "Reserved of the system's", "reserved", false},
     {"shared_memory_bytes", "Shared with the system, at most", "shared"},
 };
 
@@ -138,7 +139,8 @@ std::string Memory(const Inventory& inventory, const InventoryCard& card, uint64
 {
     std::string rows;
     for (const MemoryBar& bar : memoryBars) {
-        if (const auto* bytes = FindKnown<uint64_t>(inventory, card, bar.Property)) {
+        const auto* bytes = FindKnown<uint64_t>(inventory, card, bar.Property);
+        if (bytes && (*bytes != 0 || bar.IsShownAsZero)) {
             rows += BarOf(bar, *bytes, largest);
         }
     }

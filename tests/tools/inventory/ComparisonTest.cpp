@@ -70,7 +70,7 @@ TEST_CASE("A record whose identifiers no card has is named, and assigned to none
     }
 }
 
-TEST_CASE("Equal cards are told apart by the bus, in any order")
+TEST_CASE("Equal cards are distinguished by the bus, in any order")
 {
     const OrderedJson first = CardOf(0x1002, 0x73BF, 0x0E3A1002, 3);
     const OrderedJson second = CardOf(0x1002, 0x73BF, 0x0E3A1002, 45);
@@ -84,7 +84,7 @@ TEST_CASE("Equal cards are told apart by the bus, in any order")
     CHECK(comparison.Cards[1].Records.empty());
 }
 
-TEST_CASE("Equal cards that the bus does not tell apart get no record")
+TEST_CASE("Equal cards that the bus does not distinguish get no record")
 {
     const RecordCard record = Record("AMD", "73BF", "0E3A-1002", "45");
     const auto note = [&](unsigned firstBus, const std::vector<RecordCard>& records) {
@@ -97,7 +97,7 @@ TEST_CASE("Equal cards that the bus does not tell apart get no record")
     };
     CHECK(note(3, {record, record}) ==
           "The record has 2 entries for these 2 equal cards, which cannot be assigned: their PCI "
-          "buses do not tell them apart.");
+          "buses do not distinguish them.");
     CHECK_FALSE(note(45, {record}).empty());                                 // on two segments
     CHECK_FALSE(note(3, {Record("AMD", "73BF", "0E3A-1002", "7")}).empty()); // on no card's bus
 }
@@ -181,8 +181,9 @@ TEST_CASE("A difference has both values, and why they differ")
     CHECK(difference.Property == "dedicated_memory_bytes");
     CHECK(difference.RecordText == "4095 MiB");
     CHECK(difference.InventoryText == "24 GB");
-    CHECK(difference.Why ==
-          "WMI's AdapterRAM is a 32-bit number that the driver leaves in the registry; it ends at 4095 MB.");
+    CHECK(difference.Why == "The record has WMI's AdapterRAM, a 32-bit number, which ends at 4095 MB.");
+    difference = only(Compared(memory, "AdapterRam", {"1024", "MiB", "WMI"}), "AdapterRam");
+    CHECK(difference.Why == "The record has WMI's AdapterRAM, a 32-bit number that the driver leaves in the registry.");
     difference = only(Compared(memory, "MemorySize", {"", "bytes (low 32 bits)", "NVAPI"}), "MemorySize");
     CHECK(difference.RecordText.empty()); // the low 32 bits of 24 GiB are 0
     CHECK(difference.Why == "The record keeps the low 32 bits of the number of bytes.");
@@ -218,8 +219,8 @@ TEST_CASE("The text and the JSON have each difference and its reason")
     record.Values["CardName"] = {"Card", "", "NVAPI"};
     const Comparison comparison = Compare(inventory, RecordsOf({record}));
     CHECK(ComparisonAsText(inventory, comparison, false) == R"(Card 1: Card
-    pcie_lanes
-      record's PciLanes   8
+    pcie_lanes (PciLanes)
+      record              8
       inventory           16
         The record's source is NVAPI, the inventory's SetupAPI.
     1 value is the same.
