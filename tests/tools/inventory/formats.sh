@@ -31,6 +31,8 @@ echo 'orvel_graphics_cards{ 1' >>"$work/broken"
 refused() { ! "$promtool" check metrics <"$work/broken"; }
 check "promtool refuses a broken line" refused
 check "Python reads every format back" /usr/bin/python3 "$source/tests/tools/inventory/readers.py" "$work/documents"
+check "a Prometheus scrapes the metrics, in both of their formats" /usr/bin/python3 "$source/tests/tools/inventory/scrape.py" \
+    "$build/deps/prometheus/usr/bin/prometheus" "$work/documents/hostile.openmetrics" 2
 check "jq reads NDJSON" jq -es 'length == 2 and .[0].vendor_id == 4318' "$work/documents/hostile.ndjson"
 
 echo "$((checks - failures)) of $checks checks of the formats passed"
