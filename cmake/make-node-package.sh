@@ -6,11 +6,11 @@ build=$2
 dist=$3
 
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
-stage=$build/bindings/node/package
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
 strip=x86_64-w64-mingw32-strip
 export SOURCE_DATE_EPOCH=946684800 # binutils writes timestamps into copies
 
-rm -rf "$stage"
 mkdir -p "$stage/win32-x64" "$dist"
 cp "$source"/bindings/node/{README.md,index.js,index.mjs,index.d.ts,index.d.mts,card.d.ts} "$stage/"
 jq --arg version "$version" --arg license "$(sed -n 1p "$source/licenses/project.txt")" '. + {$version, $license}' \

@@ -22,3 +22,9 @@ with_koffi() {
     ln -s "$npm/koffi" "$1/node_modules/"
     ln -s "$npm/@koromix/koffi-win32-x64" "$1/node_modules/@koromix/"
 }
+
+# install_into FOLDER PACKAGE: the packed package in a folder that was empty.
+install_into() {
+    mkdir -p "$1"
+    (cd "$1" && npm install --silent --offline --ignore-scripts --no-package-lock --no-audit --no-fund "$2")
+}

@@ -11,7 +11,6 @@ source "$source/tests/support/checks.sh"
 tests=$source/tests/bindings/node
 name=orvel-graphic-cards-inventory
 source "$tests/node.sh"
-export npm_config_offline=true npm_config_audit=false npm_config_fund=false npm_config_update_notifier=false
 
 package=$("$source/cmake/make-node-package.sh" "$source" "$build" "$work/dist") || exit 1
 
@@ -44,15 +43,10 @@ check "packing twice gives the same bytes" cmp "$package" "$("$source/cmake/make
 
 # --- installed ----------------------------------------------------------------------------------------------------------------
 
-# install_into FOLDER: the package and koffi, for the tests, in a folder that was empty.
-install_into() {
-    mkdir -p "$1"
-    (cd "$1" && npm install --silent --ignore-scripts --no-package-lock "$package") || return 1
-    with_koffi "$1"
-    cp "$tests"/*.{mjs,cjs} "$1/"
-}
 app=$work/app
-check "npm installs the package without network and scripts" install_into "$app"
+check "npm installs the package without network and scripts" install_into "$app" "$package"
+with_koffi "$app"
+cp "$tests"/*.{mjs,cjs} "$app/"
 
 # typed PROGRAM: compiles a TypeScript program to JavaScript.
 typed() {

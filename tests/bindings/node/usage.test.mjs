@@ -68,7 +68,7 @@ for (const [options, type, message] of wrongOptions) {
 
 function runWorker() {
     return new Promise((resolve, reject) => {
-        const worker = new Worker(new URL("./worker.mjs", import.meta.url));
+        const worker = new Worker(new URL("./worker.mjs", import.meta.url), { workerData: { depth: "system" } });
         worker.on("message", resolve);
         worker.on("error", reject);
     });

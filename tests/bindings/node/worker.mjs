@@ -1,5 +1,10 @@
-import { parentPort } from "node:worker_threads";
+// Takes snapshots at the depth of workerData.
+import { parentPort, workerData } from "node:worker_threads";
 import { inventory, inventorySync, properties } from "orvel-graphic-cards-inventory";
 
-const asynchronous = await inventory({ depth: "system" });
-parentPort.postMessage({ asynchronous, synchronous: inventorySync({ depth: "system" }), properties: properties().length });
+const { depth } = workerData;
+parentPort.postMessage({
+    asynchronous: await inventory({ depth }),
+    synchronous: inventorySync({ depth }),
+    properties: properties().length,
+});
