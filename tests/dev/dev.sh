@@ -9,7 +9,7 @@ source "$source/tests/support/checks.sh"
 # A project that consists of ./dev only, and a PATH with the tools that it needs and stand-ins for those that change the system.
 mkdir -p "$work/project" "$work/bin"
 cp "$source/dev" "$work/project/"
-for tool in bash sh dirname cat grep cut awk mkdir rm find basename realpath flock printf; do
+for tool in bash sh dirname cat grep cut awk mkdir rm find basename realpath flock printf cp cmp; do
     ln -s "$(command -v $tool)" "$work/bin/$tool"
 done
 stand_in() { printf '#!/bin/sh\n%s\n' "$2" >"$work/bin/$1" && chmod +x "$work/bin/$1"; }
@@ -48,6 +48,17 @@ if [ ! -d /usr/include/plog ]; then
     check "when plog cannot be fetched ./dev names its package" says "the package libplog-dev is not installed and cannot be fetched"
     check "when plog cannot be fetched ./dev builds nothing" builds_nothing
 fi
+
+mkdir -p "$work/project/cmake"
+cp -r "$source/cmake/npm" "$work/project/cmake/"
+stand_in npm 'echo "npm $*" >>"$NPM_CALLS"; exit 1'
+export NPM_CALLS=$work/npm-calls
+dev bindings
+check "when npm packages cannot be fetched ./dev ends with status 1" ends_with 1
+check "when npm packages cannot be fetched ./dev names their list" says \
+    "the packages of cmake/npm/package-lock.json cannot be fetched from the npm registry"
+check "when npm packages cannot be fetched ./dev builds nothing" builds_nothing
+check "npm runs no script of a package" grep -qE '^npm ci .*--ignore-scripts' "$NPM_CALLS"
 
 dev test --release sid
 check "an unknown release ends ./dev with status 1" ends_with 1
