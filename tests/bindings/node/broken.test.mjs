@@ -1,4 +1,4 @@
-// A package whose DLL is missing or of another version: the first argument is the code, the second the message.
+// A package whose DLL is missing, damaged or of another version: every function fails with ORVEL_CODE and ORVEL_MESSAGE.
 import assert from "node:assert";
 import { test } from "node:test";
 import { inventory, inventorySync, properties, version } from "orvel-graphic-cards-inventory";
