@@ -23,7 +23,7 @@ constexpr char eccModes[] = "ADL2_Workstation_ECC_Get";
 constexpr char eccData[] = "ADL2_Workstation_ECCData_Get";
 constexpr char observedClocks[] = "ADL_Adapter_ObservedClockInfo_Get"; // looked up only
 
-/// ADL takes the memory that it hands out from here; nothing that is called here hands any out.
+/// ADL allocates the memory that it returns with this function. No function that is called here returns any.
 void* __stdcall Allocate(int bytes)
 {
     return std::malloc(static_cast<size_t>(bytes));

@@ -21,8 +21,8 @@ Json Text(std::wstring_view text);
 /// Pairs of hexadecimal digits.
 std::string Hex(const unsigned char* data, size_t bytes);
 
-/// What a call answered: the value where it succeeded (status 0), else the status, and the value if the call has written one
-/// all the same.
+/// What a call answered: the value where it succeeded (status 0); otherwise the status, with the value if the failed call
+/// has written one.
 Json Answer(int32_t status, const Json& value, bool isWritten = false);
 
 /// The same for a text in a buffer that the driver fills: up to its NUL. A text without one is marked. What a failed call
@@ -45,7 +45,7 @@ Json RecordTextOf(Call call)
     return isWritten ? Json("") : Json{{"status", 0}, {"writes", "nothing"}};
 }
 
-/// What a call answered that hands out an object.
+/// What a call answered that returns an object.
 Json ObjectAnswer(int32_t status, bool isSuccess, const void* object);
 
 } // namespace orvel::recorder

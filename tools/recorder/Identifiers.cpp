@@ -197,7 +197,7 @@ std::string Replacer::WithoutPciSerial(const std::string& text)
     return match.prefix().str() + match[1].str() + PciSerial(match[2].str()) + match.suffix().str();
 }
 
-/// A part of a path that is the user's name, or stands where one stands: below C:\Users.
+/// The text without user names: each folder directly below C:\Users is replaced, and the current user's name anywhere.
 std::string Replacer::WithoutUser(const std::string& text)
 {
     std::string result;
