@@ -23,6 +23,15 @@ int Fail(const char* what)
     return 1;
 }
 
+/// Otherwise Wine starts its debugger, after which a crashed program may end with success.
+LONG WINAPI EndCrashed(EXCEPTION_POINTERS* crash)
+{
+    std::fprintf(stderr, "test-runner: crashed, exception 0x%08lX at %p\n", crash->ExceptionRecord->ExceptionCode,
+                 crash->ExceptionRecord->ExceptionAddress);
+    ::TerminateProcess(::GetCurrentProcess(), 3);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -30,6 +39,7 @@ int main(int argc, char** argv)
     if (argc < 2) {
         return Fail("no tests named");
     }
+    ::SetUnhandledExceptionFilter(&EndCrashed);
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     if (orvel::tools::LoadSimulation() != ERROR_SUCCESS) {
         return Fail("orvel-simulation.dll cannot be loaded");
