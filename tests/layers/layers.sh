@@ -19,6 +19,7 @@ declare -A around=(
     [simulation]="src/formulas src/platform simulation/include"
     [fallback]=""
     [tools]="${layers[*]} simulation/include"
+    [tools/nvml]="src/interfaces ${inventory_layers[*]}"
     [bindings]="src/formulas src/platform include tools"
     [bench]="${layers[*]} simulation/include tools"
     [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools"
