@@ -23,7 +23,7 @@ declare -A around=(
     [bindings]="src/formulas src/platform include tools"
     [bench]="${layers[*]} simulation/include tools"
     [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools"
-    [fuzz]="src/formulas src/interfaces src/vendors/intel src/vendors/nvidia src/vendors/amd"
+    [fuzz]="src/formulas src/interfaces inventory/matching src/vendors/intel src/vendors/nvidia src/vendors/amd"
 )
 
 # may_include LAYER: the layers below it.
