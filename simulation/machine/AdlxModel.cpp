@@ -18,6 +18,11 @@ static void ReadInto(const Node& node, AdlxText& target)
     }
 }
 
+static void ReadInto(const Node& node, std::array<int32_t, 3>& target)
+{
+    ReadInto(node, target, "expected [bus, device, function]");
+}
+
 void ReadInto(const Node& node, AdlxGpuModel& target)
 {
     node.ReadFields({
@@ -30,6 +35,13 @@ void ReadInto(const Node& node, AdlxGpuModel& target)
         {"AdapterIndex", Into(target.adapterIndex)},
         {"IsSupportedGPUClockSpeed", Into(target.isSupportedGpuClockSpeed)},
         {"GPUClockSpeed", Into(target.gpuClockSpeedMegahertz)},
+        {"Type", Into(target.type)},
+        {"VRAMType", Into(target.vramType)},
+        {"RevisionId", Into(target.revisionId)},
+        {"SubSystemId", Into(target.subSystemId)},
+        {"SubSystemVendorId", Into(target.subSystemVendorId)},
+        {"BdfFromADLXGPU", Into(target.bdf)},
+        {"LUID", Into(target.luid)},
     });
 }
 
@@ -37,6 +49,8 @@ void ReadInto(const Node& node, AdlxModel& target)
 {
     node.ReadFields({
         {"missing", NamesInto(target.missing, functions)},
+        {"ADLXQueryFullVersion", Into(target.fullVersion)},
+        {"mapping", Into(target.mapping)},
         {"ADLXInitializeWithCallerAdl", Into(target.initializeWithCallerAdl)},
         {"ADLXInitialize", Into(target.initialize)},
         {"GetGPUs", Into(target.getGpus)},

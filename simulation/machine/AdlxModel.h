@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,10 +22,19 @@ struct AdlxGpuModel {
     Answer<int32_t> adapterIndex;
     Answer<bool> isSupportedGpuClockSpeed;
     Answer<int32_t> gpuClockSpeedMegahertz;
+    Answer<int32_t> type;
+    Answer<AdlxText> vramType;
+    Answer<AdlxText> revisionId;
+    Answer<AdlxText> subSystemId;
+    Answer<AdlxText> subSystemVendorId;
+    Answer<std::array<int32_t, 3>> bdf; // bus, device, function
+    Answer<uint64_t> luid;              // with it, the GPU has the interface IADLXGPU2
 };
 
 struct AdlxModel {
     std::vector<std::string> missing;
+    uint64_t fullVersion = 0x0001000200000048; // 1.2.0, build 72
+    bool mapping = true;                       // whether an initialisation with ADL returns the mapping
     OutputStatus initializeWithCallerAdl;
     OutputStatus initialize;
     OutputStatus getGpus;

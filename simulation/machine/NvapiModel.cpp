@@ -26,6 +26,10 @@ const std::vector<std::string> functions = {
     "NvAPI_GPU_GetAllClockFrequencies",
     "NvAPI_GPU_GetECCStatusInfo",
     "NvAPI_GPU_GetECCErrorInfo",
+    "NvAPI_EnumTCCPhysicalGPUs",
+    "NvAPI_GPU_GetBusSlotId",
+    "NvAPI_GetLogicalGPUFromPhysicalGPU",
+    "NvAPI_GPU_GetLogicalGpuInfo",
     "0xD2D25687",
 };
 
@@ -128,9 +132,18 @@ void ReadInto(const Node& node, NvapiEccErrors& target)
     });
 }
 
+void ReadInto(const Node& node, NvapiLogicalGpu& target)
+{
+    node.ReadFields({
+        {"luid", Into(target.luid)},
+        {"physicalGpuCount", Into(target.physicalGpuCount)},
+    });
+}
+
 void ReadInto(const Node& node, NvapiGpuModel& target)
 {
     node.ReadFields({
+        {"tcc", Into(target.tcc)},
         {"NvAPI_GPU_GetFullName", Into(target.fullName)},
         {"NvAPI_GPU_GetVbiosVersionString", Into(target.vbiosVersion)},
         {"NvAPI_GPU_GetBusId", Into(target.busId)},
@@ -144,6 +157,9 @@ void ReadInto(const Node& node, NvapiGpuModel& target)
         {"NvAPI_GPU_GetAllClockFrequencies", [&target](const Node& clocks) { ReadClocks(clocks, target.clocks); }},
         {"NvAPI_GPU_GetECCStatusInfo", Into(target.eccStatus)},
         {"NvAPI_GPU_GetECCErrorInfo", Into(target.eccErrors)},
+        {"NvAPI_GPU_GetBusSlotId", Into(target.busSlotId)},
+        {"NvAPI_GetLogicalGPUFromPhysicalGPU", Into(target.logicalGpuFromPhysicalGpu)},
+        {"NvAPI_GPU_GetLogicalGpuInfo", Into(target.logicalGpuInfo)},
     });
 }
 
@@ -154,6 +170,7 @@ void ReadInto(const Node& node, NvapiModel& target)
         {"NvAPI_Initialize", Into(target.initialize)},
         {"NvAPI_Unload", Into(target.unload)},
         {"NvAPI_EnumPhysicalGPUs", Into(target.enumPhysicalGpus)},
+        {"NvAPI_EnumTCCPhysicalGPUs", Into(target.enumTccPhysicalGpus)},
         {"0xD2D25687", [&](const Node& query) { ReadWithBareStatus(query, target.multiGpu); }},
         {"gpus", [&](const Node& gpus) { ReadGpus(gpus, target.gpus); }},
     });

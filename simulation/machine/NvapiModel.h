@@ -52,7 +52,14 @@ struct NvapiEccErrors {
     uint64_t doubleBit = 0;
 };
 
+/// The logical GPU of a physical one.
+struct NvapiLogicalGpu {
+    uint64_t luid = 0;
+    uint32_t physicalGpuCount = 1;
+};
+
 struct NvapiGpuModel {
+    bool tcc = false; // it only computes, and another function lists it
     Answer<std::string> fullName;
     Answer<std::string> vbiosVersion;
     Answer<int32_t> busId;
@@ -66,6 +73,9 @@ struct NvapiGpuModel {
     NvapiClockAnswers clocks;
     Answer<NvapiEccStatus> eccStatus;
     Answer<NvapiEccErrors> eccErrors;
+    Answer<int32_t> busSlotId;
+    Status logicalGpuFromPhysicalGpu;
+    Answer<NvapiLogicalGpu> logicalGpuInfo;
 };
 
 /// The words at offsets 8 and 12 of the multi-GPU query.
@@ -75,6 +85,7 @@ struct NvapiModel {
     std::vector<std::string> unresolved;
     Status initialize;
     Status unload;
+    OutputStatus enumTccPhysicalGpus;
     OutputStatus enumPhysicalGpus; // default: success if there are GPUs
     Answer<NvapiMultiGpuWords> multiGpu;
     std::vector<NvapiGpuModel> gpus;
@@ -86,6 +97,7 @@ void ReadInto(const Node& node, NvapiClock& target);
 void ReadInto(const Node& node, NvapiClocks& target);
 void ReadInto(const Node& node, NvapiEccStatus& target);
 void ReadInto(const Node& node, NvapiEccErrors& target);
+void ReadInto(const Node& node, NvapiLogicalGpu& target);
 void ReadInto(const Node& node, NvapiGpuModel& target);
 void ReadInto(const Node& node, NvapiModel& target);
 

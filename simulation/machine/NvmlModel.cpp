@@ -22,13 +22,59 @@ const std::vector<std::string> functions = {
     "nvmlDeviceGetMaxPcieLinkWidth",
     "nvmlDeviceGetClockInfo",
     "nvmlDeviceGetMemoryBusWidth",
+    "nvmlSystemGetDriverVersion",
+    "nvmlDeviceGetPciInfo_v3",
+    "nvmlDeviceGetMemoryInfo",
+    "nvmlDeviceGetUUID",
+    "nvmlDeviceGetVbiosVersion",
+    "nvmlDeviceGetMaxClockInfo",
+    "nvmlDeviceGetNumGpuCores",
+    "nvmlDeviceGetCurrPcieLinkWidth",
+    "nvmlDeviceGetGpuMaxPcieLinkGeneration",
+    "nvmlDeviceGetEccMode",
+    "nvmlDeviceGetTotalEccErrors",
 };
 
 } // namespace
 
 static void ReadInto(const Node& node, std::array<int32_t, 2>& target)
 {
-    ReadInto(node, target, "expected [major, minor]");
+    ReadInto(node, target, "expected two numbers");
+}
+
+static void ReadInto(const Node& node, NvmlPciInfo& target)
+{
+    node.ReadFields({
+        {"domain", Into(target.domain)},
+        {"bus", Into(target.bus)},
+        {"device", Into(target.device)},
+        {"pciDeviceId", Into(target.pciDeviceId)},
+        {"pciSubSystemId", Into(target.pciSubSystemId)},
+    });
+}
+
+static void ReadInto(const Node& node, NvmlMemory& target)
+{
+    node.ReadFields({
+        {"total", Into(target.total)},
+        {"free", Into(target.free)},
+        {"used", Into(target.used)},
+    });
+}
+
+/// The keys are "TYPE,COUNTER".
+static void ReadInto(const Node& node, NvmlCounters& target)
+{
+    Fields fields;
+    for (int32_t type = 0; type <= 1; ++type) {
+        for (int32_t counter = 0; counter <= 1; ++counter) {
+            fields.emplace_back(std::to_string(type) + "," + std::to_string(counter),
+                                [&target, type, counter](const Node& answer) {
+                                    ReadInto(answer, target[{type, counter}]);
+                                });
+        }
+    }
+    node.ReadFields(fields);
 }
 
 static void ReadInto(const Node& node, NvmlAnswers& target)
@@ -67,6 +113,16 @@ void ReadInto(const Node& node, NvmlDeviceModel& target)
         {"nvmlDeviceGetMaxPcieLinkGeneration", Into(target.maximumPcieGeneration)},
         {"nvmlDeviceGetMaxPcieLinkWidth", Into(target.maximumPcieWidth)},
         {"nvmlDeviceGetMemoryBusWidth", Into(target.memoryBusWidth)},
+        {"nvmlDeviceGetPciInfo_v3", Into(target.pciInfo)},
+        {"nvmlDeviceGetMemoryInfo", Into(target.memoryInfo)},
+        {"nvmlDeviceGetUUID", Into(target.uuid)},
+        {"nvmlDeviceGetVbiosVersion", Into(target.vbiosVersion)},
+        {"nvmlDeviceGetMaxClockInfo", Into(target.maxClockInfo)},
+        {"nvmlDeviceGetNumGpuCores", Into(target.numGpuCores)},
+        {"nvmlDeviceGetCurrPcieLinkWidth", Into(target.currentPcieWidth)},
+        {"nvmlDeviceGetGpuMaxPcieLinkGeneration", Into(target.gpuMaximumPcieGeneration)},
+        {"nvmlDeviceGetEccMode", Into(target.eccMode)},
+        {"nvmlDeviceGetTotalEccErrors", Into(target.totalEccErrors)},
     });
 }
 
@@ -76,6 +132,7 @@ void ReadInto(const Node& node, NvmlModel& target)
         {"missing", NamesInto(target.missing, functions)},
         {"nvmlInit_v2", Into(target.init)},
         {"nvmlShutdown", Into(target.shutdown)},
+        {"nvmlSystemGetDriverVersion", Into(target.driverVersion)},
         {"nvmlDeviceGetCount_v2", Into(target.deviceCount)},
         {"nvmlErrorString", [&target](const Node& texts) { ReadErrorTexts(texts, target.errorTexts); }},
         {"devices", Into(target.devices)},

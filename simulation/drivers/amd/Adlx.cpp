@@ -2,6 +2,7 @@
 #include "drivers/amd/AdlxObjects.h"
 #include "loading/Export.h"
 #include "loading/ModuleSetup.h"
+#include "trace/Hangs.h"
 #include "trace/Violations.h"
 
 using namespace orvel::simulation;
@@ -10,8 +11,6 @@ namespace {
 
 /// The caller's function that frees memory from the ADL callback.
 using AdlxFree = void(__stdcall*)(void** buffer);
-
-constexpr uint64_t fullVersion = 0x0001000200000048; // 1.2.0, build 72
 
 constexpr int32_t adapterListSize = 4096; // bytes
 
@@ -29,6 +28,12 @@ bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
         AddViolation(call, "the callback for freed memory left the pointer to it");
     }
     return true;
+}
+
+/// Whether the driver serves a caller of this version, which must not be newer than the driver.
+bool IsServed(uint64_t version)
+{
+    return version != 0 && version <= CurrentMachine()->adlx.model.fullVersion;
 }
 
 /// Starts the session unless the status is a failure, and returns the uncounted objects.
@@ -55,7 +60,8 @@ int32_t BeginSession(const OutputStatus& answer, AdlxObject** system, AdlxObject
         }
     };
     put(system, AdlxSucceeded(status) ? state.session->System() : nullptr);
-    put(mapping, AdlxSucceeded(status) ? state.session->Mapping() : nullptr);
+    const bool hasMapping = AdlxSucceeded(status) && CurrentMachine()->adlx.model.mapping;
+    put(mapping, hasMapping ? state.session->Mapping() : nullptr);
     return status;
 }
 
@@ -67,7 +73,7 @@ SIMULATED int32_t Sim_ADLXQueryFullVersion(uint64_t* version)
     if (!version) {
         return ADLX_INVALID_ARGS;
     }
-    *version = fullVersion;
+    *version = CurrentMachine()->adlx.model.fullVersion;
     return ADLX_OK;
 }
 
@@ -86,11 +92,14 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
 {
     const std::string call = "adlx ADLXInitializeWithCallerAdl";
     AddToTrace(call);
+    if (IsAbandoned()) {
+        return ADLX_TERMINATED;
+    }
     if (!system || !mapping || !context || !memoryFree) {
         AddViolation(call, "a null pointer");
         return ADLX_INVALID_ARGS;
     }
-    if (version != fullVersion) {
+    if (!IsServed(version)) {
         return ADLX_BAD_VER;
     }
     const auto machine = CurrentMachine();
@@ -119,10 +128,13 @@ SIMULATED int32_t Sim_ADLXInitializeWithIncompatibleDriver(uint64_t, AdlxObject*
 SIMULATED int32_t Sim_ADLXInitialize(uint64_t version, AdlxObject** system)
 {
     AddToTrace("adlx ADLXInitialize");
+    if (IsAbandoned()) {
+        return ADLX_TERMINATED;
+    }
     if (!system) {
         return ADLX_INVALID_ARGS;
     }
-    if (version != fullVersion) {
+    if (!IsServed(version)) {
         return ADLX_BAD_VER;
     }
     return BeginSession(CurrentMachine()->adlx.model.initialize, system, nullptr, nullptr);
@@ -133,6 +145,9 @@ SIMULATED int32_t Sim_ADLXTerminate()
 {
     const std::string call = "adlx ADLXTerminate";
     AddToTrace(call);
+    if (IsAbandoned()) {
+        return ADLX_TERMINATED;
+    }
     AdlxState& state = TheAdlx();
     const std::scoped_lock lock(state.mutex);
     if (!IsLoadedFor(call, L"amdadlx64.dll") || !state.session) {

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cwchar>
 #include <initializer_list>
 
 #include "drivers/amd/AdlContexts.h"
 #include "loading/DriverState.h"
+#include "trace/Hangs.h"
 #include "trace/Violations.h"
 
 // The tables at the end of the first unnamed namespace give each interface its functions by the published slot numbers.
@@ -20,6 +22,7 @@ extern const AdlxInterface systemInterface;
 extern const AdlxInterface mappingInterface;
 extern const AdlxInterface listInterface;
 extern const AdlxInterface gpuInterface;
+extern const AdlxInterface secondGpuInterface;
 extern const AdlxInterface performanceInterface;
 extern const AdlxInterface supportInterface;
 extern const AdlxInterface metricsInterface;
@@ -49,6 +52,13 @@ long __stdcall Release(AdlxObject* self)
 int32_t __stdcall Unused()
 {
     return ADLX_NOT_SUPPORTED;
+}
+
+/// Traces a call. False on a thread that hung in it until the machine was gone: then its objects are gone too.
+bool Begin(const std::string& call)
+{
+    AddToTrace(call);
+    return !IsAbandoned();
 }
 
 int32_t RefuseArgument(const std::string& call, const char* what)
@@ -86,7 +96,9 @@ int32_t HandOutOfGpu(const std::string& call, const OutputStatus& answer, const 
                      AdlxObject** target)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     CheckContext(call);
     if (Session().Has(gpu, gpuInterface)) {
         return HandOut(call, answer, contract, gpu->gpu, target);
@@ -102,7 +114,9 @@ int32_t GiveText(const char* name, AdlxObject* self, const char** target, Answer
 {
     const std::scoped_lock lock(TheAdlx().mutex);
     const std::string call = std::string("adlx ") + name;
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     if (!target) {
         return RefuseArgument(call, "a null pointer");
     }
@@ -120,7 +134,9 @@ int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Ans
 {
     std::string call = "adlx ";
     call += name; // in one expression, GCC 12 warns of an overflow that cannot happen
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     if (!target) {
         return RefuseArgument(call, "a null pointer");
     }
@@ -130,7 +146,9 @@ int32_t GiveValue(const char* name, const AdlxObject* object, Value* target, Ans
 int32_t __stdcall GetGpus(AdlxObject*, AdlxObject** list)
 {
     const std::string call = "adlx GetGPUs";
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     CheckContext(call);
     return HandOut(call, Model().getGpus, listInterface, nullptr, list);
 }
@@ -138,7 +156,9 @@ int32_t __stdcall GetGpus(AdlxObject*, AdlxObject** list)
 int32_t __stdcall GetPerformanceMonitoringServices(AdlxObject*, AdlxObject** services)
 {
     const std::string call = "adlx GetPerformanceMonitoringServices";
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     CheckContext(call);
     return HandOut(call, Model().getPerformanceMonitoringServices, performanceInterface, nullptr, services);
 }
@@ -150,7 +170,9 @@ int32_t __stdcall AdlAdapterIndexFromAdlxGpu(AdlxObject*, AdlxObject* gpu, int32
     if (Session().Has(gpu, gpuInterface)) {
         return GiveValue("AdlAdapterIndexFromADLXGPU", gpu, index, &AdlxGpuModel::adapterIndex);
     }
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     return RefuseArgument(call, "the GPU is not alive");
 }
 
@@ -164,25 +186,33 @@ uint32_t NumberOfGpus()
 
 uint32_t __stdcall ListSize(AdlxObject*)
 {
-    AddToTrace("adlx Size");
+    if (!Begin("adlx Size")) {
+        return 0;
+    }
     return NumberOfGpus();
 }
 
 bool __stdcall ListEmpty(AdlxObject*)
 {
-    AddToTrace("adlx Empty");
+    if (!Begin("adlx Empty")) {
+        return true;
+    }
     return NumberOfGpus() == 0;
 }
 
 uint32_t __stdcall ListBegin(AdlxObject*)
 {
-    AddToTrace("adlx Begin");
+    if (!Begin("adlx Begin")) {
+        return 0;
+    }
     return 0;
 }
 
 uint32_t __stdcall ListEnd(AdlxObject*)
 {
-    AddToTrace("adlx End");
+    if (!Begin("adlx End")) {
+        return 0;
+    }
     return NumberOfGpus();
 }
 
@@ -190,7 +220,9 @@ int32_t __stdcall ListAtGpuList(AdlxObject*, uint32_t index, AdlxObject** gpu)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
     const std::string call = "adlx At_GPUList " + std::to_string(index);
-    AddToTrace(call);
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
     const bool isInside = index < NumberOfGpus();
     ++TheAdlx().itemCalls;
     if (!isInside) {
@@ -223,6 +255,76 @@ int32_t __stdcall GpuDeviceId(AdlxObject* self, const char** text)
 int32_t __stdcall GpuTotalVram(AdlxObject* self, uint32_t* megabytes)
 {
     return GiveValue("TotalVRAM", self, megabytes, &AdlxGpuModel::totalVramMegabytes);
+}
+
+int32_t __stdcall GpuType(AdlxObject* self, int32_t* type)
+{
+    return GiveValue("Type", self, type, &AdlxGpuModel::type);
+}
+
+int32_t __stdcall GpuVramType(AdlxObject* self, const char** text)
+{
+    return GiveText("VRAMType", self, text, &AdlxGpuModel::vramType);
+}
+
+int32_t __stdcall GpuRevisionId(AdlxObject* self, const char** text)
+{
+    return GiveText("RevisionId", self, text, &AdlxGpuModel::revisionId);
+}
+
+int32_t __stdcall GpuSubSystemId(AdlxObject* self, const char** text)
+{
+    return GiveText("SubSystemId", self, text, &AdlxGpuModel::subSystemId);
+}
+
+int32_t __stdcall GpuSubSystemVendorId(AdlxObject* self, const char** text)
+{
+    return GiveText("SubSystemVendorId", self, text, &AdlxGpuModel::subSystemVendorId);
+}
+
+/// A GPU with a LUID has the newer interface too, which is an object of its own here.
+int32_t __stdcall GpuQueryInterface(AdlxObject* self, const wchar_t* id, AdlxObject** target)
+{
+    const std::string call = "adlx QueryInterface";
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
+    if (!id || !target) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    const bool isSecond = std::wcscmp(id, L"IADLXGPU2") == 0 && self->gpu->luid.given;
+    if (!isSecond && std::wcscmp(id, L"IADLXGPU") != 0) {
+        *target = nullptr;
+        return ADLX_UNKNOWN_INTERFACE;
+    }
+    return HandOut(call, {}, isSecond ? secondGpuInterface : gpuInterface, self->gpu, target);
+}
+
+int32_t __stdcall GpuLuid(AdlxObject* self, uint64_t* luid)
+{
+    return GiveValue("LUID", self, luid, &AdlxGpuModel::luid);
+}
+
+int32_t __stdcall BdfFromAdlxGpu(AdlxObject*, AdlxObject* gpu, int32_t* bus, int32_t* device, int32_t* function)
+{
+    const std::string call = "adlx BdfFromADLXGPU";
+    if (!Begin(call)) {
+        return ADLX_TERMINATED;
+    }
+    CheckContext(call);
+    if (!Session().Has(gpu, gpuInterface)) {
+        return RefuseArgument(call, "the GPU is not alive");
+    }
+    if (!bus || !device || !function) {
+        return RefuseArgument(call, "a null pointer");
+    }
+    const auto write = [&](const std::array<int32_t, 3>& place) {
+        *bus = place[0];
+        *device = place[1];
+        *function = place[2];
+    };
+    return gpu->gpu->bdf.Give(ADLX_NOT_SUPPORTED,
+                              {{bus, sizeof *bus}, {device, sizeof *device}, {function, sizeof *function}}, write);
 }
 
 int32_t __stdcall GetSupportedGpuMetrics(AdlxObject*, AdlxObject* gpu, AdlxObject** support)
@@ -268,7 +370,7 @@ std::array<void*, Length> Table(std::initializer_list<Slot> slots)
 }
 
 const auto systemTable = Table<12>({At(1, &GetGpus), At(9, &GetPerformanceMonitoringServices)});
-const auto mappingTable = Table<8>({At(3, &AdlAdapterIndexFromAdlxGpu)});
+const auto mappingTable = Table<8>({At(2, &BdfFromAdlxGpu), At(3, &AdlAdapterIndexFromAdlxGpu)});
 const auto listTable = Table<13>({
     At(0, &Acquire),
     At(1, &Release),
@@ -278,15 +380,36 @@ const auto listTable = Table<13>({
     At(6, &ListEnd),
     At(11, &ListAtGpuList),
 });
-const auto gpuTable = Table<19>({
-    At(0, &Acquire),
-    At(1, &Release),
-    At(3, &GpuVendorId),
-    At(7, &GpuName),
-    At(9, &GpuPnpString),
-    At(11, &GpuTotalVram),
-    At(14, &GpuDeviceId),
-});
+/// The functions of a GPU, in a table of any length.
+template <size_t Length>
+std::array<void*, Length> GpuTable()
+{
+    return Table<Length>({
+        At(0, &Acquire),
+        At(1, &Release),
+        At(2, &GpuQueryInterface),
+        At(3, &GpuVendorId),
+        At(5, &GpuType),
+        At(7, &GpuName),
+        At(9, &GpuPnpString),
+        At(11, &GpuTotalVram),
+        At(12, &GpuVramType),
+        At(14, &GpuDeviceId),
+        At(15, &GpuRevisionId),
+        At(16, &GpuSubSystemId),
+        At(17, &GpuSubSystemVendorId),
+    });
+}
+
+std::array<void*, 35> SecondGpuTable()
+{
+    auto table = GpuTable<35>();
+    table[34] = reinterpret_cast<void*>(&GpuLuid);
+    return table;
+}
+
+const auto gpuTable = GpuTable<19>();
+const auto secondGpuTable = SecondGpuTable();
 const auto performanceTable = Table<23>({
     At(0, &Acquire),
     At(1, &Release),
@@ -300,6 +423,7 @@ const AdlxInterface systemInterface{"IADLXSystem", systemTable.data()};
 const AdlxInterface mappingInterface{"IADLMapping", mappingTable.data()};
 const AdlxInterface listInterface{"IADLXGPUList", listTable.data()};
 const AdlxInterface gpuInterface{"IADLXGPU", gpuTable.data()};
+const AdlxInterface secondGpuInterface{"IADLXGPU2", secondGpuTable.data()};
 const AdlxInterface performanceInterface{"IADLXPerformanceMonitoringServices", performanceTable.data()};
 const AdlxInterface supportInterface{"IADLXGPUMetricsSupport", supportTable.data()};
 const AdlxInterface metricsInterface{"IADLXGPUMetrics", metricsTable.data()};

@@ -16,6 +16,7 @@ constexpr int32_t ADLX_ALREADY_INITIALIZED = 2;
 constexpr int32_t ADLX_FAIL = 3;
 constexpr int32_t ADLX_INVALID_ARGS = 4;
 constexpr int32_t ADLX_BAD_VER = 5;
+constexpr int32_t ADLX_UNKNOWN_INTERFACE = 6;
 constexpr int32_t ADLX_TERMINATED = 7;
 constexpr int32_t ADLX_ADL_INIT_ERROR = 8;
 constexpr int32_t ADLX_ORPHAN_OBJECTS = 11;

@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "drivers/nvidia/NvapiGpu.h"
 #include "drivers/nvidia/NvapiSession.h"
 #include "loading/Export.h"
 #include "machine/CurrentMachine.h"
+#include "trace/Hangs.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
 
@@ -18,6 +20,9 @@ constexpr size_t multiGpuSize = 28; // bytes
 int32_t Initialize()
 {
     AddToTrace("nvapi NvAPI_Initialize");
+    if (IsAbandoned()) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
     const int32_t status = CurrentMachine()->nvapi.model.initialize.code;
     if (status == NVAPI_OK) {
         BeginNvapiSession();
@@ -28,7 +33,7 @@ int32_t Initialize()
 int32_t Unload()
 {
     AddToTrace("nvapi NvAPI_Unload");
-    if (!IsInNvapiSession("nvapi NvAPI_Unload")) {
+    if (IsAbandoned() || !IsInNvapiSession("nvapi NvAPI_Unload")) {
         return NVAPI_API_NOT_INITIALIZED;
     }
     const int32_t status = CurrentMachine()->nvapi.model.unload.code;
@@ -38,34 +43,68 @@ int32_t Unload()
     return status;
 }
 
-void ListGpus(const NvapiModel& model, void** handles, uint32_t* count)
+using Gpus = std::vector<const NvapiGpuModel*>;
+
+/// The GPUs that only compute, or the others.
+Gpus GpusOf(const NvapiModel& model, bool tcc)
 {
-    *count = static_cast<uint32_t>(std::min(model.gpus.size(), maximumGpus));
+    Gpus gpus;
+    for (const NvapiGpuModel& gpu : model.gpus) {
+        if (gpu.tcc == tcc) {
+            gpus.push_back(&gpu);
+        }
+    }
+    return gpus;
+}
+
+void PutGpus(const Gpus& gpus, void** handles, uint32_t* count)
+{
+    *count = static_cast<uint32_t>(std::min(gpus.size(), maximumGpus));
     for (uint32_t index = 0; index < *count; ++index) {
-        handles[index] = NvapiHandles().HandleOf(model.gpus[index]);
+        handles[index] = NvapiHandles().HandleOf(*gpus[index]);
     }
 }
 
-int32_t EnumPhysicalGpus(void** handles, uint32_t* count)
+int32_t ListGpus(const Gpus& gpus, const OutputStatus& answer, int32_t status, void** handles, uint32_t* count)
 {
-    const std::string call = "nvapi NvAPI_EnumPhysicalGPUs";
+    if (answer.writes == Writes::Rubbish) {
+        FillWithRubbish({{handles, maximumGpus * sizeof *handles}, {count, sizeof *count}});
+    } else if (status == NVAPI_OK && answer.writes == Writes::AsUsual) {
+        PutGpus(gpus, handles, count);
+    }
+    return status;
+}
+
+/// The status of a call that the driver refuses before it lists anything; otherwise NVAPI_OK.
+int32_t BeginList(const std::string& call, void* const* handles, const uint32_t* count)
+{
     AddToTrace(call);
     if (!IsInNvapiSession(call)) {
         return NVAPI_API_NOT_INITIALIZED;
     }
-    if (!handles || !count) {
-        return RefuseNull(call);
+    return handles && count ? NVAPI_OK : RefuseNull(call);
+}
+
+int32_t EnumPhysicalGpus(void** handles, uint32_t* count)
+{
+    if (const int32_t status = BeginList("nvapi NvAPI_EnumPhysicalGPUs", handles, count); status != NVAPI_OK) {
+        return status;
     }
     const auto machine = CurrentMachine();
-    const NvapiModel& model = machine->nvapi.model;
-    const OutputStatus& answer = model.enumPhysicalGpus;
-    const int32_t status = answer.given || !model.gpus.empty() ? answer.code : NVAPI_NVIDIA_DEVICE_NOT_FOUND;
-    if (answer.writes == Writes::Rubbish) {
-        FillWithRubbish({{handles, maximumGpus * sizeof *handles}, {count, sizeof *count}});
-    } else if (status == NVAPI_OK && answer.writes == Writes::AsUsual) {
-        ListGpus(model, handles, count);
+    const Gpus gpus = GpusOf(machine->nvapi.model, false);
+    const OutputStatus& answer = machine->nvapi.model.enumPhysicalGpus;
+    const int32_t status = answer.given || !gpus.empty() ? answer.code : NVAPI_NVIDIA_DEVICE_NOT_FOUND;
+    return ListGpus(gpus, answer, status, handles, count);
+}
+
+int32_t EnumTccPhysicalGpus(void** handles, uint32_t* count)
+{
+    if (const int32_t status = BeginList("nvapi NvAPI_EnumTCCPhysicalGPUs", handles, count); status != NVAPI_OK) {
+        return status;
     }
-    return status;
+    const auto machine = CurrentMachine();
+    const OutputStatus& answer = machine->nvapi.model.enumTccPhysicalGpus;
+    return ListGpus(GpusOf(machine->nvapi.model, true), answer, answer.code, handles, count);
 }
 
 /// The multi-GPU query has no published name; callers use its id.
@@ -97,6 +136,7 @@ const NvapiFunction* FindFunction(uint32_t id)
         {0x0150E828, "NvAPI_Initialize", reinterpret_cast<void*>(&Initialize)},
         {0xD22BDD7E, "NvAPI_Unload", reinterpret_cast<void*>(&Unload)},
         {0xE5AC921F, "NvAPI_EnumPhysicalGPUs", reinterpret_cast<void*>(&EnumPhysicalGpus)},
+        {0xD9930B07, "NvAPI_EnumTCCPhysicalGPUs", reinterpret_cast<void*>(&EnumTccPhysicalGpus)},
         {0xD2D25687, "0xD2D25687", reinterpret_cast<void*>(&MultiGpuQuery)},
     };
     const auto* const found = std::ranges::find(functions, id, &NvapiFunction::id);

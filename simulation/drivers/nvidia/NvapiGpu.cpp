@@ -23,6 +23,7 @@ constexpr size_t shortStringSize = 64; // of names and versions, with the termin
 constexpr size_t memoryInfoSize = 80;
 constexpr size_t clockDomains = 32;
 constexpr uint32_t clocksVersion = 0x00030108;
+constexpr uint32_t logicalGpuVersion = 0x00010238;
 constexpr uint32_t eccStatusVersion = 0x00010010;
 constexpr uint32_t eccErrorsVersion = 0x00010028;
 
@@ -54,6 +55,14 @@ uint32_t WordAt(const void* area, size_t offset)
     return word;
 }
 
+/// Whether a function works for a GPU that only computes.
+bool IsForTcc(const std::string& call)
+{
+    constexpr std::array calls = {"nvapi NvAPI_GPU_GetFullName", "nvapi NvAPI_GPU_GetBusId", "nvapi NvAPI_GPU_GetBusSlotId",
+                                  "nvapi NvAPI_GPU_GetGPUType", "nvapi NvAPI_GPU_GetPCIIdentifiers"};
+    return std::ranges::find(calls, call) != calls.end();
+}
+
 /// Traces the call and runs `give` on the model of the GPU of this handle. A null handle is not a violation: the caller may
 /// have read it from an array element without a GPU.
 template <typename Give>
@@ -65,7 +74,7 @@ int32_t OnGpu(const std::string& call, const void* handle, Give&& give)
     }
     const auto machine = CurrentMachine(); // keeps the model alive
     if (const NvapiGpuModel* const gpu = NvapiHandles().Find(handle)) {
-        return give(*gpu);
+        return gpu->tcc && !IsForTcc(call) ? NVAPI_INVALID_HANDLE : give(*gpu);
     }
     if (handle) {
         AddViolation(call, "the handle is not of this session");
@@ -137,6 +146,27 @@ int32_t GetVbiosVersionString(void* gpu, char* version)
 int32_t GetBusId(void* gpu, int32_t* id)
 {
     return GiveNumber("NvAPI_GPU_GetBusId", gpu, id, &NvapiGpuModel::busId);
+}
+
+int32_t GetBusSlotId(void* gpu, int32_t* id)
+{
+    return GiveNumber("NvAPI_GPU_GetBusSlotId", gpu, id, &NvapiGpuModel::busSlotId);
+}
+
+int32_t GetLogicalGpu(void* handle, void** logical)
+{
+    const std::string call = "nvapi NvAPI_GetLogicalGPUFromPhysicalGPU";
+    return OnGpu(call, handle, [&](const NvapiGpuModel& gpu) {
+        if (!logical) {
+            return RefuseNull(call);
+        }
+        const Status& answer = gpu.logicalGpuFromPhysicalGpu;
+        const int32_t status = answer.given || gpu.logicalGpuInfo.given ? answer.code : NVAPI_NOT_SUPPORTED;
+        if (status == NVAPI_OK) {
+            *logical = NvapiLogicalHandles().HandleOf(gpu);
+        }
+        return status;
+    });
 }
 
 int32_t GetBusType(void* gpu, int32_t* type)
@@ -276,6 +306,33 @@ int32_t GetEccErrorInfo(void* handle, void* area)
     });
 }
 
+/// Writes the LUID to the address in the structure.
+int32_t GetLogicalGpuInfo(void* handle, void* area)
+{
+    const std::string call = "nvapi NvAPI_GPU_GetLogicalGpuInfo";
+    AddToTrace(call);
+    if (!IsInNvapiSession(call)) {
+        return NVAPI_API_NOT_INITIALIZED;
+    }
+    const auto machine = CurrentMachine(); // holds the model
+    const NvapiGpuModel* const gpu = NvapiLogicalHandles().Find(handle);
+    if (!gpu) {
+        return Refuse(call, "the handle is not a logical GPU of this session", NVAPI_EXPECTED_LOGICAL_GPU_HANDLE);
+    }
+    uint64_t* luid = nullptr;
+    if (area) {
+        std::memcpy(&luid, static_cast<char*>(area) + 8, sizeof luid);
+    }
+    if (!luid) {
+        return RefuseNull(call);
+    }
+    return GiveStructure(call, area, logicalGpuVersion, gpu->logicalGpuInfo, [&](const NvapiLogicalGpu& info) {
+        *luid = info.luid;
+        Put(area, 8, luid);
+        Put(area, 16, info.physicalGpuCount);
+    });
+}
+
 } // namespace
 
 const NvapiFunction* FindNvapiGpuFunction(uint32_t id)
@@ -283,6 +340,9 @@ const NvapiFunction* FindNvapiGpuFunction(uint32_t id)
     static const NvapiFunction functions[] = {
         {0xCEEE8E9F, "NvAPI_GPU_GetFullName", reinterpret_cast<void*>(&GetFullName)},
         {0x1BE0B8E5, "NvAPI_GPU_GetBusId", reinterpret_cast<void*>(&GetBusId)},
+        {0x2A0A350F, "NvAPI_GPU_GetBusSlotId", reinterpret_cast<void*>(&GetBusSlotId)},
+        {0xADD604D1, "NvAPI_GetLogicalGPUFromPhysicalGPU", reinterpret_cast<void*>(&GetLogicalGpu)},
+        {0x842B066E, "NvAPI_GPU_GetLogicalGpuInfo", reinterpret_cast<void*>(&GetLogicalGpuInfo)},
         {0x1BB18724, "NvAPI_GPU_GetBusType", reinterpret_cast<void*>(&GetBusType)},
         {0x2DDFB66E, "NvAPI_GPU_GetPCIIdentifiers", reinterpret_cast<void*>(&GetPciIdentifiers)},
         {0xC33BAEB1, "NvAPI_GPU_GetGPUType", reinterpret_cast<void*>(&GetGpuType)},

@@ -16,6 +16,7 @@ std::atomic<int> sessions = 0;
 const DriverState state([] {
     sessions = 0;
     NvapiHandles().Clear();
+    NvapiLogicalHandles().Clear();
 });
 
 } // namespace
@@ -50,10 +51,17 @@ void EndNvapiSession()
     CountLive(Counted::Nvapi, -1);
     if (--sessions == 0) {
         NvapiHandles().Clear();
+        NvapiLogicalHandles().Clear();
     }
 }
 
 HandleTable<NvapiGpuModel>& NvapiHandles()
+{
+    static auto* const handles = new HandleTable<NvapiGpuModel>;
+    return *handles;
+}
+
+HandleTable<NvapiGpuModel>& NvapiLogicalHandles()
 {
     static auto* const handles = new HandleTable<NvapiGpuModel>;
     return *handles;

@@ -11,7 +11,9 @@ constexpr int32_t NVAPI_OK = 0;
 constexpr int32_t NVAPI_API_NOT_INITIALIZED = -4;
 constexpr int32_t NVAPI_INVALID_ARGUMENT = -5;
 constexpr int32_t NVAPI_NVIDIA_DEVICE_NOT_FOUND = -6;
+constexpr int32_t NVAPI_INVALID_HANDLE = -8;
 constexpr int32_t NVAPI_INCOMPATIBLE_STRUCT_VERSION = -9;
+constexpr int32_t NVAPI_EXPECTED_LOGICAL_GPU_HANDLE = -100;
 constexpr int32_t NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE = -101;
 constexpr int32_t NVAPI_NOT_SUPPORTED = -104;
 
@@ -30,5 +32,8 @@ void EndNvapiSession();
 
 /// The GPUs' handles in the session.
 HandleTable<NvapiGpuModel>& NvapiHandles();
+
+/// The handles of the logical GPUs, by their physical GPU.
+HandleTable<NvapiGpuModel>& NvapiLogicalHandles();
 
 } // namespace orvel::simulation

@@ -1,4 +1,5 @@
 #include <atomic>
+#include <cstdio>
 #include <map>
 #include <string>
 
@@ -6,6 +7,7 @@
 #include "loading/DriverState.h"
 #include "loading/Export.h"
 #include "machine/CurrentMachine.h"
+#include "trace/Hangs.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
 
@@ -83,7 +85,7 @@ int32_t GiveByArgument(const char* name, const void* handle, int32_t argument, u
     });
 }
 
-void PutSerial(char* target, uint32_t length, const std::string& text, bool isTerminated)
+void PutText(char* target, uint32_t length, const std::string& text, bool isTerminated)
 {
     FillWithRubbish({{target, length}});
     text.copy(target, length);
@@ -92,16 +94,71 @@ void PutSerial(char* target, uint32_t length, const std::string& text, bool isTe
     }
 }
 
-int32_t GiveSerial(const NvmlDeviceModel& device, char* target, uint32_t length)
+/// A text of at most `longest` characters, that fits into the caller's buffer.
+int32_t GiveText(const std::string& call, const Answer<std::string>& answer, char* target, uint32_t length, size_t longest)
 {
-    const Answer<std::string>& serial = device.serial;
-    const bool isTerminated = serial.writes != Writes::Unterminated;
-    if (serial.value && isTerminated && (serial.value->size() > longestSerial || serial.value->size() >= length)) {
+    if (!target) {
+        return RefuseNull(call);
+    }
+    const bool isTerminated = answer.writes != Writes::Unterminated;
+    if (answer.value && isTerminated && (answer.value->size() > longest || answer.value->size() >= length)) {
         return NVML_ERROR_INSUFFICIENT_SIZE;
     }
-    return serial.Give(NVML_ERROR_NOT_SUPPORTED, {{target, length}},
-                       [&](const std::string& text) { PutSerial(target, length, text, isTerminated); });
+    return answer.Give(NVML_ERROR_NOT_SUPPORTED, {{target, length}},
+                       [&](const std::string& text) { PutText(target, length, text, isTerminated); });
 }
+
+int32_t GiveText(const char* name, const void* handle, char* target, uint32_t length,
+                 Answer<std::string> NvmlDeviceModel::*member, size_t longest)
+{
+    const std::string call = std::string("nvml ") + name;
+    return OnDevice(call, handle,
+                    [&](const NvmlDeviceModel& device) { return GiveText(call, device.*member, target, length, longest); });
+}
+
+/// A function that writes two numbers.
+int32_t GivePair(const char* name, const void* handle, int32_t* first, int32_t* second,
+                 Answer<std::array<int32_t, 2>> NvmlDeviceModel::*member)
+{
+    const std::string call = std::string("nvml ") + name;
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        if (!first || !second) {
+            return RefuseNull(call);
+        }
+        const auto write = [&](const std::array<int32_t, 2>& pair) {
+            *first = pair[0];
+            *second = pair[1];
+        };
+        return (device.*member).Give(NVML_ERROR_NOT_SUPPORTED, {{first, sizeof *first}, {second, sizeof *second}}, write);
+    });
+}
+
+/// nvmlPciInfo_t, with the published offsets.
+struct PciInfoArea {
+    char busIdLegacy[16];
+    uint32_t domain;
+    uint32_t bus;
+    uint32_t device;
+    uint32_t pciDeviceId;
+    uint32_t pciSubSystemId;
+    char busId[32];
+};
+static_assert(sizeof(PciInfoArea) == 68);
+
+void PutPciInfo(PciInfoArea& area, const NvmlPciInfo& info)
+{
+    FillWithRubbish({{&area, sizeof area}});
+    const unsigned int bus = info.bus & 0xFF, device = info.device & 0xFF;
+    std::snprintf(area.busIdLegacy, sizeof area.busIdLegacy, "%04X:%02X:%02X.0", info.domain & 0xFFFF, bus, device);
+    std::snprintf(area.busId, sizeof area.busId, "%08X:%02X:%02X.0", info.domain, bus, device);
+    area.domain = info.domain;
+    area.bus = info.bus;
+    area.device = info.device;
+    area.pciDeviceId = info.pciDeviceId;
+    area.pciSubSystemId = info.pciSubSystemId;
+}
+
+constexpr size_t anyLength = SIZE_MAX; // of a text that only the caller's buffer limits
 
 /// The text that NVML has for a status code.
 const char* ErrorText(int32_t status)
@@ -149,6 +206,9 @@ const char* ErrorText(int32_t status)
 SIMULATED int32_t Sim_nvmlInit_v2()
 {
     AddToTrace("nvml nvmlInit_v2");
+    if (IsAbandoned()) {
+        return NVML_ERROR_UNINITIALIZED;
+    }
     const auto machine = CurrentMachine();
     if (machine->nvml.standing != Standing::Simulated) {
         return NVML_ERROR_DRIVER_NOT_LOADED;
@@ -164,7 +224,7 @@ SIMULATED int32_t Sim_nvmlInit_v2()
 SIMULATED int32_t Sim_nvmlShutdown()
 {
     AddToTrace("nvml nvmlShutdown");
-    if (initialisations == 0) {
+    if (initialisations == 0 || IsAbandoned()) {
         return NVML_ERROR_UNINITIALIZED;
     }
     if (const int32_t status = CurrentMachine()->nvml.model.shutdown.code; status != NVML_SUCCESS) {
@@ -229,27 +289,98 @@ SIMULATED int32_t Sim_nvmlDeviceGetHandleByIndex_v2(uint32_t index, void** handl
     return answer.code;
 }
 
+SIMULATED int32_t Sim_nvmlSystemGetDriverVersion(char* text, uint32_t length)
+{
+    const std::string call = "nvml nvmlSystemGetDriverVersion";
+    AddToTrace(call);
+    if (initialisations == 0) {
+        return NVML_ERROR_UNINITIALIZED;
+    }
+    return GiveText(call, CurrentMachine()->nvml.model.driverVersion, text, length, anyLength);
+}
+
 SIMULATED int32_t Sim_nvmlDeviceGetSerial(void* handle, char* text, uint32_t length)
 {
-    const std::string call = "nvml nvmlDeviceGetSerial";
-    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
-        return text ? GiveSerial(device, text, length) : RefuseNull(call);
-    });
+    return GiveText("nvmlDeviceGetSerial", handle, text, length, &NvmlDeviceModel::serial, longestSerial);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetUUID(void* handle, char* text, uint32_t length)
+{
+    return GiveText("nvmlDeviceGetUUID", handle, text, length, &NvmlDeviceModel::uuid, anyLength);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetVbiosVersion(void* handle, char* text, uint32_t length)
+{
+    return GiveText("nvmlDeviceGetVbiosVersion", handle, text, length, &NvmlDeviceModel::vbiosVersion, anyLength);
 }
 
 SIMULATED int32_t Sim_nvmlDeviceGetCudaComputeCapability(void* handle, int32_t* major, int32_t* minor)
 {
-    const std::string call = "nvml nvmlDeviceGetCudaComputeCapability";
+    return GivePair("nvmlDeviceGetCudaComputeCapability", handle, major, minor, &NvmlDeviceModel::cudaComputeCapability);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetEccMode(void* handle, int32_t* current, int32_t* pending)
+{
+    return GivePair("nvmlDeviceGetEccMode", handle, current, pending, &NvmlDeviceModel::eccMode);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetTotalEccErrors(void* handle, int32_t type, int32_t counter, uint64_t* errors)
+{
+    const std::string call = "nvml nvmlDeviceGetTotalEccErrors " + std::to_string(type) + "," + std::to_string(counter);
     return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
-        if (!major || !minor) {
+        if (!errors) {
             return RefuseNull(call);
         }
-        return device.cudaComputeCapability.Give(NVML_ERROR_NOT_SUPPORTED, {{major, sizeof *major}, {minor, sizeof *minor}},
-                                                 [&](const std::array<int32_t, 2>& version) {
-                                                     *major = version[0];
-                                                     *minor = version[1];
-                                                 });
+        int32_t status = NVML_SUCCESS;
+        const auto write = [&](const NvmlCounters& counters) {
+            const auto answer = counters.find({type, counter});
+            status = answer == counters.end() ? NVML_ERROR_NOT_SUPPORTED
+                                              : answer->second.GiveTo(errors, NVML_ERROR_NOT_SUPPORTED);
+        };
+        const int32_t whole = device.totalEccErrors.Give(NVML_ERROR_NOT_SUPPORTED, {{errors, sizeof *errors}}, write);
+        return whole != NVML_SUCCESS ? whole : status;
     });
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetPciInfo_v3(void* handle, PciInfoArea* area)
+{
+    const std::string call = "nvml nvmlDeviceGetPciInfo_v3";
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        if (!area) {
+            return RefuseNull(call);
+        }
+        return device.pciInfo.Give(NVML_ERROR_NOT_SUPPORTED, {{area, sizeof *area}},
+                                   [&](const NvmlPciInfo& info) { PutPciInfo(*area, info); });
+    });
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetMemoryInfo(void* handle, NvmlMemory* memory)
+{
+    const std::string call = "nvml nvmlDeviceGetMemoryInfo";
+    return OnDevice(call, handle, [&](const NvmlDeviceModel& device) {
+        return memory ? device.memoryInfo.GiveTo(memory, NVML_ERROR_NOT_SUPPORTED) : RefuseNull(call);
+    });
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetMaxClockInfo(void* handle, int32_t clock, uint32_t* megahertz)
+{
+    return GiveByArgument("nvmlDeviceGetMaxClockInfo", handle, clock, megahertz, &NvmlDeviceModel::maxClockInfo);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetNumGpuCores(void* handle, uint32_t* count)
+{
+    return GiveNumber("nvmlDeviceGetNumGpuCores", handle, count, &NvmlDeviceModel::numGpuCores);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetCurrPcieLinkWidth(void* handle, uint32_t* lanes)
+{
+    return GiveNumber("nvmlDeviceGetCurrPcieLinkWidth", handle, lanes, &NvmlDeviceModel::currentPcieWidth);
+}
+
+SIMULATED int32_t Sim_nvmlDeviceGetGpuMaxPcieLinkGeneration(void* handle, uint32_t* generation)
+{
+    return GiveNumber("nvmlDeviceGetGpuMaxPcieLinkGeneration", handle, generation,
+                      &NvmlDeviceModel::gpuMaximumPcieGeneration);
 }
 
 SIMULATED int32_t Sim_nvmlDeviceGetTemperatureThreshold(void* handle, int32_t threshold, uint32_t* celsius)
