@@ -18,7 +18,7 @@ ends() {
 }
 
 check "without a library, the status is 3" ends 3 "No NVIDIA driver on this computer" "$program" "$work/none.so"
-check "a driver that does not start is none" ends 3 "nvmlInit_v2 returns 9" env FAKE_NVML_INIT=9 "$program" "$work/fake.so"
+check "a driver that does not start counts as no driver" ends 3 "nvmlInit_v2 returns 9" env FAKE_NVML_INIT=9 "$program" "$work/fake.so"
 check "values that change between the two readings differ" \
     ends 1 "core_count of bus 1 differs" env FAKE_NVML_UNSTEADY=1 "$program" "$work/fake.so"
 check "the reader agrees with the driver" ends 0 "28 of 28 values agree" "$program" "$work/fake.so"

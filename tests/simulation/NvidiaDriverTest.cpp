@@ -21,6 +21,10 @@ constexpr uint32_t getEccStatus = 0xCA1DDAF3;
 constexpr uint32_t getEccErrors = 0xC71F85A6;
 constexpr uint32_t getMemoryInfo = 0xC0599498;
 constexpr uint32_t getMultiGpu = 0xD2D25687;
+constexpr uint32_t enumTccPhysicalGpus = 0xD9930B07;
+constexpr uint32_t getCoreCount = 0xC7026A87;
+constexpr uint32_t getLogicalGpu = 0xADD604D1;
+constexpr uint32_t getLogicalGpuInfo = 0x842B066E;
 
 constexpr uint32_t rubbish = 0x5A5A5A5A;
 
@@ -280,6 +284,43 @@ TEST_CASE("NVAPI accepts a memory structure that is zeroed, or that it filled la
     CHECK(nvapi(getMemoryInfo, gpu, nullptr) == -5);
     CHECK(TakeViolations() == Violations{"nvapi NvAPI_GPU_GetMemoryInfoEx: the structure's version is wrong",
                                          "nvapi NvAPI_GPU_GetMemoryInfoEx: a null pointer"});
+}
+
+TEST_CASE("NVAPI lists a GPU that only computes apart, and refuses it where a display's is meant")
+{
+    Simulate(MachineWith({{"tcc", true}, {"NvAPI_GPU_GetBusId", 7}, {"NvAPI_GPU_GetGpuCoreCount", 8192}}));
+    const Nvapi nvapi;
+    REQUIRE(nvapi(initialize) == 0);
+    std::array<void*, 64> handles{};
+    uint32_t count = 0, number = 0;
+    CHECK(nvapi(enumPhysicalGpus, handles.data(), &count) == -6);
+    CHECK(nvapi(enumTccPhysicalGpus, handles.data(), &count) == 0);
+    CHECK(count == 1);
+    CHECK(nvapi(getBusId, handles[0], &number) == 0);
+    CHECK(number == 7);
+    CHECK(nvapi(getCoreCount, handles[0], &number) == -8);
+    CHECK(nvapi(unload) == 0);
+}
+
+TEST_CASE("NVAPI writes a logical GPU's LUID to where the structure points, and checks the version")
+{
+    Simulate(MachineWith({{"NvAPI_GPU_GetLogicalGpuInfo", {{"luid", "0x100000007"}, {"physicalGpuCount", 2}}}}));
+    const Nvapi nvapi;
+    void* const gpu = nvapi.Begin();
+    void* logical = nullptr;
+    REQUIRE(nvapi(getLogicalGpu, gpu, &logical) == 0);
+    uint64_t luid = 0;
+    std::array<uint64_t, 71> info{}; // 568 bytes
+    uint64_t* const target = &luid;
+    std::memcpy(&info[1], &target, sizeof target);
+    CHECK(nvapi(getLogicalGpuInfo, logical, info.data()) == -9); // without a version word
+    info[0] = 0x00010238;
+    CHECK(nvapi(getLogicalGpuInfo, gpu, info.data()) == -100);
+    CHECK(TakeViolations().size() == 2);
+    CHECK(nvapi(getLogicalGpuInfo, logical, info.data()) == 0);
+    CHECK(luid == 0x1'0000'0007);
+    CHECK((info[2] & 0xFFFFFFFF) == 2);
+    CHECK(nvapi(unload) == 0);
 }
 
 TEST_CASE("NVML's initialisations are counted; the last shutdown ends the session")

@@ -56,7 +56,7 @@ TEST_CASE("An unknown key is rejected, and the error lists the known keys")
 {
     CHECK(Problem(R"({"nvml": {"devics": []}})") ==
           "/nvml/devics: unknown key \"devics\"; known here: \"missing\", \"nvmlInit_v2\", \"nvmlShutdown\", "
-          "\"nvmlDeviceGetCount_v2\", \"nvmlErrorString\", \"devices\"");
+          "\"nvmlSystemGetDriverVersion\", \"nvmlDeviceGetCount_v2\", \"nvmlErrorString\", \"devices\"");
     CHECK(Problem("[]") == "/: expected an object, found array");
 }
 
