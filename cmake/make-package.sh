@@ -63,7 +63,7 @@ document() {
         -e 's|\([ `"]\)machines/|\1simulation/machines/|g' "$source/$1" >"$stage/$2"
 }
 mkdir "$stage/docs"
-for file in fleets hosting inventory testing properties messages simulated-machines; do document "docs/$file.md" "docs/$file.md"; done
+for file in bug-reports fleets hosting inventory inventory-properties testing properties messages simulated-machines; do document "docs/$file.md" "docs/$file.md"; done
 document machines/README.md simulation/machines/README.md
 sed -i 's|(\.\./docs/|(../../docs/|g' "$stage/simulation/machines/README.md"
 cp "$source"/{CHANGELOG,SECURITY}.md "$source/cmake/package/README.md" "$stage/"

@@ -61,7 +61,7 @@ export interface Properties {
     subsystem_id: number;
     /** PCI revision */
     revision: number;
-    /** identifier of the adapter until Windows, the driver or the device starts again */
+    /** identifier of the adapter until Windows, the driver or the device restarts */
     luid: number;
     /** PCI segment */
     pci_segment: number;
@@ -71,31 +71,31 @@ export interface Properties {
     pci_device: number;
     /** PCI function */
     pci_function: number;
-    /** version of the driver as Windows counts it */
+    /** version of the driver in Windows' form, four numbers */
     driver_version: string;
-    /** version of the driver as its vendor writes it */
+    /** version of the driver as its vendor publishes it */
     driver_version_marketing: string;
     /** date of the driver, YYYY-MM-DD */
     driver_date: string;
-    /** who provides the driver */
+    /** company that provides the driver */
     driver_provider: string;
     /** file name of the driver's INF */
     driver_inf: string;
     /** name of the driver's service */
     service: string;
-    /** the problem that Windows has with the device (CM_PROB_); 0: none */
+    /** Windows' problem code of the device (CM_PROB_); 0: none */
     problem_code: number;
-    /** name of the problem; none */
+    /** name of the problem code; none for 0 */
     problem: string;
-    /** D0, D1, D2 or D3; reading it wakes nothing */
+    /** D0, D1, D2 or D3; reading it does not wake the card */
     power_state: string;
     /** whether the card is part of the processor or chipset */
     integrated: boolean;
     /** video memory of the card (bytes) */
     dedicated_memory_bytes: number;
-    /** system memory that the card keeps for itself (bytes) */
+    /** system memory reserved for the card (bytes) */
     dedicated_system_memory_bytes: number;
-    /** system memory that the card may use at most (bytes) */
+    /** most system memory that the card may use (bytes) */
     shared_memory_bytes: number;
     /** video memory as the vendor's driver reports it (bytes) */
     board_memory_bytes: number;
@@ -111,27 +111,27 @@ export interface Properties {
     core_count: number;
     /** CUDA compute capability, major.minor */
     compute_capability: string;
-    /** PCI Express generation of the link now; falls when the card idles */
+    /** current PCI Express generation; lower while the card is idle */
     pcie_generation: number;
     /** highest PCI Express generation of the card */
     pcie_generation_max: number;
-    /** lanes of the link now */
+    /** current number of PCI Express lanes */
     pcie_lanes: number;
-    /** most lanes of the card */
+    /** highest number of PCI Express lanes of the card */
     pcie_lanes_max: number;
     /** version of the video BIOS */
     bios_version: string;
     /** serial number of the board */
     serial_number: string;
-    /** identifier of the GPU that its vendor gave it */
+    /** unique identifier that the vendor assigned to the GPU */
     uuid: string;
-    /** whether error correction is on */
+    /** whether error correction (ECC) is enabled */
     ecc_enabled: boolean;
-    /** corrected memory errors in the card's life */
+    /** corrected memory errors over the lifetime of the card */
     ecc_corrected_errors: number;
-    /** uncorrected memory errors in the card's life */
+    /** uncorrected memory errors over the lifetime of the card */
     ecc_uncorrected_errors: number;
-    /** temperature from which on the card slows down (Celsius) */
+    /** temperature at which the card starts to slow down (Celsius) */
     temperature_slowdown_celsius: number;
     /** temperature at which the card shuts down (Celsius) */
     temperature_shutdown_celsius: number;

@@ -89,7 +89,7 @@ class Card(TypedDict):
     subsystem_id: NumberValue
     # PCI revision
     revision: NumberValue
-    # identifier of the adapter until Windows, the driver or the device starts again
+    # identifier of the adapter until Windows, the driver or the device restarts
     luid: NumberValue
     # PCI segment
     pci_segment: NumberValue
@@ -99,31 +99,31 @@ class Card(TypedDict):
     pci_device: NumberValue
     # PCI function
     pci_function: NumberValue
-    # version of the driver as Windows counts it
+    # version of the driver in Windows' form, four numbers
     driver_version: TextValue
-    # version of the driver as its vendor writes it
+    # version of the driver as its vendor publishes it
     driver_version_marketing: TextValue
     # date of the driver, YYYY-MM-DD
     driver_date: TextValue
-    # who provides the driver
+    # company that provides the driver
     driver_provider: TextValue
     # file name of the driver's INF
     driver_inf: TextValue
     # name of the driver's service
     service: TextValue
-    # the problem that Windows has with the device (CM_PROB_); 0: none
+    # Windows' problem code of the device (CM_PROB_); 0: none
     problem_code: NumberValue
-    # name of the problem; none
+    # name of the problem code; none for 0
     problem: TextValue
-    # D0, D1, D2 or D3; reading it wakes nothing
+    # D0, D1, D2 or D3; reading it does not wake the card
     power_state: TextValue
     # whether the card is part of the processor or chipset
     integrated: FlagValue
     # video memory of the card (bytes)
     dedicated_memory_bytes: NumberValue
-    # system memory that the card keeps for itself (bytes)
+    # system memory reserved for the card (bytes)
     dedicated_system_memory_bytes: NumberValue
-    # system memory that the card may use at most (bytes)
+    # most system memory that the card may use (bytes)
     shared_memory_bytes: NumberValue
     # video memory as the vendor's driver reports it (bytes)
     board_memory_bytes: NumberValue
@@ -139,27 +139,27 @@ class Card(TypedDict):
     core_count: NumberValue
     # CUDA compute capability, major.minor
     compute_capability: TextValue
-    # PCI Express generation of the link now; falls when the card idles
+    # current PCI Express generation; lower while the card is idle
     pcie_generation: NumberValue
     # highest PCI Express generation of the card
     pcie_generation_max: NumberValue
-    # lanes of the link now
+    # current number of PCI Express lanes
     pcie_lanes: NumberValue
-    # most lanes of the card
+    # highest number of PCI Express lanes of the card
     pcie_lanes_max: NumberValue
     # version of the video BIOS
     bios_version: TextValue
     # serial number of the board
     serial_number: TextValue
-    # identifier of the GPU that its vendor gave it
+    # unique identifier that the vendor assigned to the GPU
     uuid: TextValue
-    # whether error correction is on
+    # whether error correction (ECC) is enabled
     ecc_enabled: FlagValue
-    # corrected memory errors in the card's life
+    # corrected memory errors over the lifetime of the card
     ecc_corrected_errors: NumberValue
-    # uncorrected memory errors in the card's life
+    # uncorrected memory errors over the lifetime of the card
     ecc_uncorrected_errors: NumberValue
-    # temperature from which on the card slows down (Celsius)
+    # temperature at which the card starts to slow down (Celsius)
     temperature_slowdown_celsius: NumberValue
     # temperature at which the card shuts down (Celsius)
     temperature_shutdown_celsius: NumberValue

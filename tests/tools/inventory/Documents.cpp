@@ -30,7 +30,7 @@ const std::vector<tools::InventoryProperty> typed = {
     {"pcie_generation_max", ValueType::Number, "", "highest generation"},
     {"pcie_lanes", ValueType::Number, "", "lanes"},
     {"pcie_lanes_max", ValueType::Number, "", "most lanes"},
-    {"ecc_enabled", ValueType::Flag, "", "whether error correction is on"},
+    {"ecc_enabled", ValueType::Flag, "", "whether error correction (ECC) is enabled"},
     {"ecc_corrected_errors", ValueType::Number, "", "corrected errors"},
     {"ecc_uncorrected_errors", ValueType::Number, "", "uncorrected errors"},
     {"temperature_slowdown_celsius", ValueType::Number, "Celsius", "slows down"},
