@@ -58,7 +58,7 @@ struct NvmlModel {
     Status shutdown;
     std::map<int32_t, std::string> errorTexts; // where they differ from the usual ones
     Answer<std::string> driverVersion;
-    Answer<uint32_t> deviceCount;              // not given: the length of devices
+    Answer<uint32_t> deviceCount; // not given: the length of devices
     std::vector<NvmlDeviceModel> devices;
 };
 
