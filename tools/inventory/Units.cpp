@@ -28,7 +28,7 @@ uint64_t RoundedQuotient(uint64_t dividend, uint64_t divisor)
 
 std::string BytesText(uint64_t bytes)
 {
-    constexpr const char* units[] = {" bytes", " KB", " MB", " GB", " TB", " PB", " EB"};
+    constexpr const char* units[] = {" bytes", " KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
     size_t unit = 0;
     uint64_t whole = bytes;
     uint64_t divisor = 1;

@@ -7,7 +7,7 @@ namespace orvel::tools {
 
 // Numbers of the inventory as people read them.
 
-/// "24 GB", "7.9 GB", "128 MB": powers of 1024, as memory is sold, with at most one decimal.
+/// "24 GiB", "7.9 GiB", "128 MiB", with at most one decimal.
 std::string BytesText(uint64_t bytes);
 
 /// "810 MHz", "2.52 GHz".

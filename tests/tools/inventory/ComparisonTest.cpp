@@ -180,7 +180,7 @@ TEST_CASE("A difference has both values, and why they differ")
     Difference difference = only(Compared(memory, "AdapterRam", {"4095", "MiB", "WMI"}), "AdapterRam");
     CHECK(difference.Property == "dedicated_memory_bytes");
     CHECK(difference.RecordText == "4095 MiB");
-    CHECK(difference.InventoryText == "24 GB");
+    CHECK(difference.InventoryText == "24 GiB");
     CHECK(difference.Why == "The record has WMI's AdapterRAM, a 32-bit number, which ends at 4095 MB.");
     difference = only(Compared(memory, "AdapterRam", {"1024", "MiB", "WMI"}), "AdapterRam");
     CHECK(difference.Why == "The record has WMI's AdapterRAM, a 32-bit number that the driver leaves in the registry.");

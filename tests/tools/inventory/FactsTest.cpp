@@ -37,7 +37,7 @@ using Texts = std::vector<std::string>;
 TEST_CASE("Related values share a fact, in readable units")
 {
     CHECK(FactsOf(WholeCard()) ==
-          Texts{"Kind: NVIDIA, PCI device, discrete", "Memory: 24 GB dedicated, 24 GB on the board, up to 31.9 GB shared",
+          Texts{"Kind: NVIDIA, PCI device, discrete", "Memory: 24 GiB dedicated, 24 GiB on the board, up to 31.9 GiB shared",
                 "Video memory: GDDR6X, 384 bits, up to 10.5 GHz", "Cores: 16384, up to 2.52 GHz, compute capability 8.9",
                 "Driver: 596.72 (32.0.15.9672), 2026-01-05, NVIDIA", "Driver files: oem12.inf, service nvlddmkm",
                 "State: works, D0", "Display 1: DELL U2720Q (\\\\.\\DISPLAY1), 3840 x 2160, 59.94 Hz, DisplayPort, primary",
@@ -54,7 +54,7 @@ TEST_CASE("Related values share a fact, in readable units")
 TEST_CASE("A fact omits unknown values, and is omitted if no value is known")
 {
     CHECK(FactsOfValues({{"dedicated_system_memory_bytes", 134'217'728}}) ==
-          Texts{"Memory: 128 MB of the system's reserved"});
+          Texts{"Memory: 128 MiB of the system's reserved"});
     CHECK(FactsOfValues({{"dedicated_memory_bytes", 0}}) == Texts{"Memory: 0 bytes dedicated"});
     CHECK(FactsOfValues({{"driver_version", "27.20.100.9168"}}) == Texts{"Driver: 27.20.100.9168"});
     CHECK(FactsOfValues({{"pci_bus", 1}}).empty()); // a bus alone is not an address

@@ -31,7 +31,7 @@ TEST_CASE("The page shows each card with its memory, displays and details")
     CHECK(Has(page, "<h2 id=\"card-1\">NVIDIA GeForce RTX 4090</h2>"));
     CHECK(Has(page, "<p class=\"kind\">NVIDIA, PCI device, discrete</p>"));
     CHECK(Has(page, "<span class=\"pill good\">Works</span>"));
-    CHECK(Has(page, "<dt>Dedicated</dt><dd>24 GB</dd>"));
+    CHECK(Has(page, "<dt>Dedicated</dt><dd>24 GiB</dd>"));
     CHECK(Has(page, "<dt>Driver</dt><dd>596.72 (32.0.15.9672), 2026-01-05, NVIDIA</dd>"));
     CHECK(Has(page, "DELL U2720Q (\\\\.\\DISPLAY1), 3840 x 2160, 59.94 Hz, DisplayPort, primary"));
     CHECK(Has(page, "program 1.0"));
@@ -118,7 +118,7 @@ TEST_CASE("The record is beside the inventory")
                              {{"NVIDIA", 0x10DE, true, ""}},
                              ""};
     const std::string page = PageOf({card}, records);
-    CHECK(Has(page, "<td data-label=\"Record\">4095 MiB</td><td data-label=\"Inventory\"><strong>24 GB</strong></td>"));
+    CHECK(Has(page, "<td data-label=\"Record\">4095 MiB</td><td data-label=\"Inventory\"><strong>24 GiB</strong></td>"));
     CHECK(Has(page, "<p class=\"quiet\">1 value is the same.</p>"));
     CHECK(Has(PageOf({card}, {{}, {{"NVIDIA", 0x10DE, true, "The reason."}}, ""}),
               "<p class=\"note\">The record&#39;s run for NVIDIA ended: The reason.</p>"));

@@ -10,12 +10,12 @@ TEST_CASE("Bytes are shown in the largest unit, with one decimal")
 {
     CHECK(BytesText(0) == "0 bytes");
     CHECK(BytesText(1023) == "1023 bytes");
-    CHECK(BytesText(1024) == "1 KB");
-    CHECK(BytesText(134'217'728) == "128 MB");
-    CHECK(BytesText(25'769'803'776) == "24 GB");
-    CHECK(BytesText(8'452'374'528) == "7.9 GB"); // 7.872
-    CHECK(BytesText(1'099'511'627'776) == "1 TB");
-    CHECK(BytesText(UINT64_MAX) == "16 EB"); // 15.9999… is rounded
+    CHECK(BytesText(1024) == "1 KiB");
+    CHECK(BytesText(134'217'728) == "128 MiB");
+    CHECK(BytesText(25'769'803'776) == "24 GiB");
+    CHECK(BytesText(8'452'374'528) == "7.9 GiB"); // 7.872
+    CHECK(BytesText(1'099'511'627'776) == "1 TiB");
+    CHECK(BytesText(UINT64_MAX) == "16 EiB"); // 15.9999… is rounded
 }
 
 TEST_CASE("Clocks from 1000 MHz on are shown in GHz")

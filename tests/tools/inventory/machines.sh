@@ -21,10 +21,10 @@ prints() { tr -s ' \n' ' ' <"$work/out" | grep -qF -- "$1" || { cat "$work/out";
 json_is() { [ "$(jq -c "$1" "$work/out")" = "$2" ] || { jq -c "$1" "$work/out"; return 1; }; }
 
 run "$traps/24-gigabytes.json"
-check "24 GB: exit status" succeeds
-check "24 GB: the text has the memory" prints "Memory 24 GB dedicated"
+check "24 GiB: exit status" succeeds
+check "24 GiB: the text has the memory" prints "Memory 24 GiB dedicated"
 run "$traps/24-gigabytes.json" --format openmetrics
-check "24 GB: the metrics have the bytes" prints \
+check "24 GiB: the metrics have the bytes" prints \
     'orvel_graphics_card_dedicated_memory_bytes{card="PCI\\VEN_10DE&DEV_2504&SUBSYS_397D1462&REV_A1\\4&2283F625&0&08"} 25769803776'
 run "$traps/disabled.json"
 check "a disabled card is listed with its problem" prints "problem 22 (DISABLED)"
