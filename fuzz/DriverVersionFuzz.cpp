@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     std::smatch match;
     std::optional<std::string> expected;
     if (std::regex_match(text, match, version)) {
-        const std::string digits = match[1].str() + std::string(4 - match[2].length(), '0') + match[2].str();
+        const std::string digits = match[1].str() + std::string(4 - match[2].str().size(), '0') + match[2].str();
         expected = digits.substr(0, 3) + "." + digits.substr(3);
     }
     Require(orvel::shared::inventory::NvidiaDriverVersion(text) == expected, "the regular expression's digits");

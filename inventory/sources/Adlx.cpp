@@ -200,7 +200,7 @@ class Session {
 public:
     using Terminate = ADLX_RESULT (*)();
 
-    Session(Terminate terminate, bool& isStopped) : terminate(terminate), isStopped(isStopped) { isStopped = false; }
+    Session(Terminate terminate, bool& isStopped) : terminate(terminate), isStopped(isStopped) { this->isStopped = false; }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session() { isStopped = enumeration::Succeeded(terminate()); }

@@ -149,7 +149,7 @@ std::optional<NvAPI_Status> ListGpus(const Nvapi& nvapi, enumeration::NvapiId fu
 /// NVAPI's state from its initialisation on.
 class Session {
 public:
-    Session(const Nvapi& nvapi, bool& isStopped) : nvapi(nvapi), isStopped(isStopped) { isStopped = false; }
+    Session(const Nvapi& nvapi, bool& isStopped) : nvapi(nvapi), isStopped(isStopped) { this->isStopped = false; }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session() { isStopped = nvapi.Call(NvAPI_Unload) == enumeration::NVAPI_OK; }

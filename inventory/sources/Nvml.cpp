@@ -147,7 +147,7 @@ void AddDevice(const Nvml& nvml, unsigned int index, DriverReading& reading)
 /// NVML's state from its initialisation on.
 class Session {
 public:
-    Session(const Nvml& nvml, bool& isStopped) : nvml(nvml), isStopped(isStopped) { isStopped = false; }
+    Session(const Nvml& nvml, bool& isStopped) : nvml(nvml), isStopped(isStopped) { this->isStopped = false; }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session() { isStopped = nvml.Call("nvmlShutdown") == NVML_SUCCESS; }

@@ -259,7 +259,7 @@ TEST_CASE("A number that no card can have is unusable")
         uint64_t number;
         bool isUsable;
     };
-    for (const auto& [property, number, isUsable] : {
+    for (const auto& each : {
              Case{P::BoardMemoryBytes, 0, false},
              Case{P::BoardMemoryBytes, 24 * gibibyte, true},
              Case{P::BoardMemoryBytes, 0xA5A5A5A5A5A5A5A5, false},
@@ -274,9 +274,10 @@ TEST_CASE("A number that no card can have is unusable")
              Case{P::TemperatureSlowdownCelsius, 95, true},
              Case{P::EccCorrectedErrors, 0, true},
          }) {
-        CAPTURE(std::string(RowOf(property).name));
-        CAPTURE(number);
-        CHECK(InRange(property, Known(number)) == (isUsable ? Known(number) : Unavailable(Reason::Unusable)));
+        CAPTURE(std::string(RowOf(each.property).name));
+        CAPTURE(each.number);
+        CHECK(InRange(each.property, Known(each.number)) ==
+              (each.isUsable ? Known(each.number) : Unavailable(Reason::Unusable)));
     }
     CHECK(InRange(P::CoreCount, Failed(15)) == Failed(15));
 

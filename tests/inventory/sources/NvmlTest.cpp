@@ -300,23 +300,25 @@ TEST_CASE("NVML's refusals are statuses of the values alone")
 {
     driver = {};
     const auto healthy = Read();
-    for (const auto& [name, properties] : propertiesOf) {
+    for (const auto& entry : propertiesOf) {
+        const auto& name = entry.first; // CAPTURE cannot take a structured binding
+        const auto& properties = entry.second;
         struct Case {
             int status;
             Answer expected;
         };
-        for (const auto& [status, expected] : {Case{3, Unsupported(Reason::NotSupported)}, Case{13, Failed(13)},
-                                               Case{15, Failed(15)}, Case{999, Failed(999)}}) {
+        for (const auto& each : {Case{3, Unsupported(Reason::NotSupported)}, Case{13, Failed(13)}, Case{15, Failed(15)},
+                                 Case{999, Failed(999)}}) {
             CAPTURE(name);
-            CAPTURE(status);
+            CAPTURE(each.status);
             driver = {};
-            driver.statuses[name] = status;
+            driver.statuses[name] = each.status;
             const auto reading = Read();
             CHECK(reading.end == Known(true));
             REQUIRE(reading.devices.size() == 2);
             auto answers = healthy.devices[1].answers;
             for (const auto property : properties) {
-                answers[property] = expected;
+                answers[property] = each.expected;
             }
             CHECK(reading.devices[1].answers == answers);
             CHECK(driver.sessions == 0);
@@ -326,7 +328,9 @@ TEST_CASE("NVML's refusals are statuses of the values alone")
 
 TEST_CASE("A function that the driver lacks leaves its values unavailable")
 {
-    for (const auto& [name, properties] : propertiesOf) {
+    for (const auto& entry : propertiesOf) {
+        const auto& name = entry.first; // CAPTURE cannot take a structured binding
+        const auto& properties = entry.second;
         CAPTURE(name);
         driver = {};
         driver.missing = {name};
@@ -342,7 +346,9 @@ TEST_CASE("A function that the driver lacks leaves its values unavailable")
 
 TEST_CASE("A success that has written nothing leaves no number behind")
 {
-    for (const auto& [name, properties] : propertiesOf) {
+    for (const auto& entry : propertiesOf) {
+        const auto& name = entry.first; // CAPTURE cannot take a structured binding
+        const auto& properties = entry.second;
         CAPTURE(name);
         driver = {};
         driver.unwritten = {name};
