@@ -2,16 +2,6 @@
 
 namespace orvel::simulation {
 
-namespace {
-
-void ReadFlags(const Node& node, uint32_t& target)
-{
-    constexpr uint32_t remoteAndSoftware = 3;
-    target = static_cast<uint32_t>(node.Whole(0, remoteAndSoftware));
-}
-
-} // namespace
-
 void ReadInto(const Node& node, DxgiAdapterModel& target)
 {
     node.ReadFields({
@@ -23,7 +13,7 @@ void ReadInto(const Node& node, DxgiAdapterModel& target)
         {"DedicatedSystemMemory", Into(target.dedicatedSystemMemoryBytes)},
         {"SharedSystemMemory", Into(target.sharedSystemMemoryBytes)},
         {"Luid", Into(target.luid)},
-        {"Flags", [&target](const Node& flags) { ReadFlags(flags, target.flags); }},
+        {"Flags", Into(target.flags)},
         {"Description", Into(target.description)},
         {"EnumAdapters1", Into(target.enumAdapters1)},
         {"GetDesc1", Into(target.getDesc1)},

@@ -1,5 +1,7 @@
 #include "ReplacedImport.h"
 
+#include <cstring>
+
 #include "platform/LoadedModule.h"
 
 namespace orvel::tests {
@@ -9,17 +11,33 @@ namespace {
 using shared::enumeration::At;
 using shared::enumeration::DirectoryOf;
 
-void Replace(HMODULE module, void* from, void* to)
+/// The slot of a function that the module imports by its name; null if it does not. The slot may lead to a simulation.
+void** SlotOf(HMODULE module, HMODULE dll, const char* name)
 {
     for (auto* import = DirectoryOf<IMAGE_IMPORT_DESCRIPTOR>(module, IMAGE_DIRECTORY_ENTRY_IMPORT); import->Name != 0;
          ++import) {
-        for (auto* slot = At<void*>(module, import->FirstThunk); *slot; ++slot) {
-            DWORD protection = 0;
-            if (*slot == from && ::VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
-                *slot = to;
-                ::VirtualProtect(slot, sizeof(*slot), protection, &protection);
+        if (::GetModuleHandleA(At<const char>(module, import->Name)) != dll) {
+            continue;
+        }
+        auto* slot = At<void*>(module, import->FirstThunk);
+        for (auto* entry = At<IMAGE_THUNK_DATA>(module, import->OriginalFirstThunk); entry->u1.AddressOfData != 0;
+             ++entry, ++slot) {
+            const bool isByName = !IMAGE_SNAP_BY_ORDINAL(entry->u1.Ordinal);
+            const auto place = static_cast<DWORD>(entry->u1.AddressOfData);
+            if (isByName && std::strcmp(At<IMAGE_IMPORT_BY_NAME>(module, place)->Name, name) == 0) {
+                return slot;
             }
         }
+    }
+    return nullptr;
+}
+
+void Write(void** slot, void* function)
+{
+    DWORD protection = 0;
+    if (slot && ::VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
+        *slot = function;
+        ::VirtualProtect(slot, sizeof(*slot), protection, &protection);
     }
 }
 
@@ -34,16 +52,15 @@ HMODULE TestModule()
 }
 
 ReplacedImport::ReplacedImport(HMODULE module, const wchar_t* dll, const char* name, void* replacement)
-    : module(module),
-      original(reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(dll), name))),
-      replacement(replacement)
+    : slot(SlotOf(module, ::GetModuleHandleW(dll), name)),
+      original(slot ? *slot : reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(dll), name)))
 {
-    Replace(module, original, replacement);
+    Write(slot, replacement);
 }
 
 ReplacedImport::~ReplacedImport()
 {
-    Replace(module, replacement, original);
+    Write(slot, original);
 }
 
 } // namespace orvel::tests

@@ -10,7 +10,7 @@ HMODULE TestModule();
 /// Replaces a function that a module imports, during its lifetime.
 class ReplacedImport {
 public:
-    /// `name` is exported by the loaded `dll`.
+    /// `name` is exported by the loaded `dll`. Simulated functions are replaced, too.
     ReplacedImport(HMODULE module, const wchar_t* dll, const char* name, void* replacement);
     ReplacedImport(const ReplacedImport&) = delete;
     ReplacedImport& operator=(const ReplacedImport&) = delete;
@@ -24,9 +24,8 @@ public:
     }
 
 private:
-    HMODULE module;
+    void** slot; ///< null if the module does not import the function
     void* original;
-    void* replacement;
 };
 
 } // namespace orvel::tests

@@ -76,6 +76,10 @@ TEST_CASE("On each machine of the gallery, every device is a card with the memor
     for (const auto& name : MachineNames()) {
         CAPTURE(name);
         const Json machine = Machine(name);
+        if (!machine.contains("pnp")) { // a recording has what the enumeration asks
+            CHECK(name.starts_with("recorded-"));
+            continue;
+        }
         const Json inventory = InventoryOf(machine, "graphics");
         CHECK(SourceIn(inventory, "setupapi")["state"] == "answered");
         CHECK(SourceIn(inventory, "dxgi")["state"] == "answered");

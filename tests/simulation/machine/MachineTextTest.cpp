@@ -150,8 +150,8 @@ TEST_CASE("A display path has an adapter, and no other path its target")
 
 TEST_CASE("DXGI's flags and DXCore's attributes are those that exist")
 {
-    CHECK(Problem(R"({"dxgi": {"adapters": [{"Flags": 4}]}})") ==
-          "/dxgi/adapters/0/Flags: the number must lie between 0 and 3");
+    CHECK(Problem(R"({"dxgi": {"adapters": [{"Flags": 4294967296}]}})") ==
+          "/dxgi/adapters/0/Flags: the number must lie between 0 and 4294967295");
     CHECK(Problem(R"({"dxgi": {"adapters": [{"Description": {"hex": "00"}}]}})") ==
           "/dxgi/adapters/0/Description/hex: expected the bytes of UTF-16, two for each character");
     CHECK(
