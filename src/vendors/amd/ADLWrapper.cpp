@@ -5,9 +5,9 @@
 
 #include <cstdlib>
 
+#include "interfaces/AdlxInterfaces.h"
 #include "platform/LastStore.h"
 #include "platform/Log.h"
-#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::shared::enumeration {
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "platform/Handles.h"
 #include "interfaces/AdlxInterfaces.h"
+#include "platform/Handles.h"
 
 namespace orvel::shared::enumeration {
 

@@ -3,12 +3,12 @@
 #include <string>
 
 #include "formulas/PnpDeviceId.h"
+#include "interfaces/AdlxInterfaces.h"
 #include "platform/OpenCLWrapper.h"
 #include "record/GraphicCardProperties.h"
 #include "system/AdapterRegistry.h"
 #include "vendors/BaseGraphicCard.h"
 #include "vendors/amd/ADLWrapper.h"
-#include "interfaces/AdlxInterfaces.h"
 
 namespace orvel::shared::enumeration {
 

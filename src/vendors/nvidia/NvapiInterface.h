@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Handles.h"
 #include "interfaces/NvapiTypes.h"
+#include "platform/Handles.h"
 
 namespace orvel::shared::enumeration {
 
