@@ -130,6 +130,7 @@ void RestoreImports(const std::vector<Redirection>& redirections)
         lead.cookie = nullptr;
     }
     std::vector<Redirection> back;
+    back.reserve(redirections.size());
     for (const auto& [from, to] : redirections) {
         back.push_back({to, from});
     }

@@ -89,7 +89,8 @@ LSTATUS OpenDriverKey(const std::wstring& path, REGSAM access, HKEY& key)
 {
     const LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, access, &key);
     if (status == ERROR_SUCCESS) {
-        auto entry = std::make_unique<WatchedKey>(path);
+        auto entry = std::make_unique<WatchedKey>();
+        entry->path = path;
         const std::scoped_lock lock(watched.mutex);
         watched.keys[key] = std::move(entry);
     }

@@ -157,7 +157,8 @@ HDEVINFO WINAPI GetClassDevs(const GUID* setupClass, PCWSTR enumerator, HWND par
     if (const int32_t status = machine->pnp.model.getClassDevs.code; status != 0) {
         return Fail(INVALID_HANDLE_VALUE, static_cast<DWORD>(status));
     }
-    auto set = std::make_shared<DeviceSet>(machine);
+    auto set = std::make_shared<DeviceSet>();
+    set->machine = machine;
     const auto& devices = machine->pnp.model.devices;
     for (size_t index = 0; IncludesDisplays(setupClass, enumerator, flags) && index < devices.size(); ++index) {
         if (devices[index].isPresent || (flags & DIGCF_PRESENT) == 0) {
