@@ -34,7 +34,8 @@ struct EqualGroup {
 /// enlarges the group.
 EqualGroup GroupOf(const Identifiers& card, const std::vector<Identifiers>& cards, const std::vector<Identifiers>& listed);
 
-/// What all say; `unavailable` ("cannot be told apart") where they differ. All have answers for the same properties.
+/// The answers that all cards share; `unavailable` ("cannot be told apart") where they differ. Each element of `all` has the
+/// same properties.
 std::map<Property, Answer> CommonAnswers(const std::vector<std::map<Property, Answer>>& all);
 
 } // namespace orvel::shared::inventory

@@ -42,7 +42,7 @@ constexpr Word reasons[] = {
     {"number without a name", "A number without a known name"},
     {"no device", "Only DXGI lists this adapter"},
     {"not listed", "{} does not list this card"},
-    {"cannot be told apart", "Several cards could be meant"},
+    {"cannot be told apart", "It could belong to several cards"},
     {"belongs to the card that renders", "It belongs to the card that renders"},
     {"belongs to the first linked card", "It belongs to the first of the linked cards"},
     {"no LUID", "The card has no LUID to match it by"},

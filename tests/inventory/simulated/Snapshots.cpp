@@ -1,9 +1,12 @@
 #include "Snapshots.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
+
+#include <doctest/doctest.h>
 
 #include "OrvelInventory.h"
 
@@ -59,6 +62,21 @@ Json SourceIn(const Json& inventory, const std::string& name)
         }
     }
     throw std::runtime_error("no source " + name);
+}
+
+void CheckEveryOrder(const Json& machine, const std::string& depth, const std::vector<std::string>& lists, const Json& cards)
+{
+    for (unsigned int order = 1; order < 1U << lists.size(); ++order) {
+        CAPTURE(order);
+        Json permuted = machine;
+        for (size_t i = 0; i < lists.size(); ++i) {
+            if (order >> i & 1U) {
+                Json& list = permuted.at(Json::json_pointer(lists[i]));
+                std::reverse(list.begin(), list.end());
+            }
+        }
+        CHECK(InventoryOf(permuted, depth)["cards"] == cards);
+    }
 }
 
 Json TwinCards()

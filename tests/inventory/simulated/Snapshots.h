@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "support/SimulatedRun.h"
 
@@ -15,6 +16,10 @@ Json InventoryOf(const Json& machine, const std::string& depth, uint32_t timeout
 
 /// A machine of tests/inventory/machines, by its name.
 Json TrapMachine(const std::string& name);
+
+/// Checks that a machine has these cards whichever of the lists, JSON pointers, are in reverse order.
+void CheckEveryOrder(const Json& machine, const std::string& depth, const std::vector<std::string>& lists,
+                     const Json& cards);
 
 /// How a source has ended, as the document has it.
 Json SourceIn(const Json& inventory, const std::string& name);
