@@ -17,11 +17,24 @@ using namespace orvel::tests;
 
 namespace {
 
-void TakeAndFree()
+/// The sources from Windows on two cards, or all of them with a driver of each vendor.
+struct Use {
+    std::string name;
+    uint32_t depth;
+    Json machine;
+};
+
+std::vector<Use> Uses()
+{
+    return {{"graphics", ORVEL_INVENTORY_DEPTH_GRAPHICS, TwinCards()},
+            {"drivers", ORVEL_INVENTORY_DEPTH_DRIVERS, Machine("workstation")}};
+}
+
+void TakeAndFree(uint32_t depth)
 {
     OrvelInventoryOptions options{};
     options.size = sizeof options;
-    options.depth = ORVEL_INVENTORY_DEPTH_GRAPHICS;
+    options.depth = depth;
     options.timeout_milliseconds = 20'000;
     OrvelInventory* inventory = nullptr;
     char* text = nullptr;
@@ -32,18 +45,18 @@ void TakeAndFree()
 }
 
 /// Takes snapshots, of which the simulation forgets the trace. The threads of the last one may still end.
-void TakeMany(const Json& machine, int count)
+void TakeMany(const Use& use, int count)
 {
     constexpr int between = 100;
     for (int taken = 0; taken < count; ++taken) {
         if (taken % between == 0) {
             ::Sleep(50);
-            Simulate(machine);
+            Simulate(use.machine);
         }
-        TakeAndFree();
+        TakeAndFree(use.depth);
     }
     ::Sleep(200);
-    Simulate(machine);
+    Simulate(use.machine);
 }
 
 DWORD WINAPI TakeOnce(void* cards)
@@ -109,35 +122,41 @@ TEST_CASE("Depth system calls neither DXGI nor a vendor's DLL, nor COM or WMI")
 
 TEST_CASE("A snapshot gives everything back")
 {
-    InventoryOf(TwinCards(), "graphics");
-    for (const char* kind : {"pnp", "registry", "dxgi", "dxcore"}) {
-        for (int wait = 0; wait < 100 && Live()[kind] != 0; ++wait) {
-            ::Sleep(20); // a source's thread ends after its reading is taken
+    for (const auto& use : Uses()) {
+        InventoryOf(use.machine, use.name);
+        for (const auto& [kind, count] : Live()) {
+            CAPTURE(kind);
+            for (int wait = 0; wait < 100 && Live()[kind] != 0; ++wait) {
+                ::Sleep(20); // a source's thread ends after its reading is taken
+            }
+            CHECK(Live()[kind] == 0);
         }
-        CHECK(Live()[kind] == 0);
     }
 }
 
 TEST_CASE("Eight threads take the same snapshot at once")
 {
-    const Json machine = TwinCards();
-    const Json expected = InventoryOf(machine, "graphics");
-    std::vector<std::string> wrong(8);
-    std::vector<std::thread> threads;
-    for (auto& text : wrong) {
-        threads.emplace_back([&expected, &text] {
-            for (int count = 0; count < 20; ++count) {
-                if (const Json inventory = TakeInventory("graphics"); inventory != expected) {
-                    text = inventory.dump();
+    for (const auto& use : Uses()) {
+        CAPTURE(use.name);
+        const Json expected = InventoryOf(use.machine, use.name);
+        std::vector<std::string> wrong(8);
+        std::vector<std::thread> threads;
+        for (auto& text : wrong) {
+            threads.emplace_back([&] {
+                for (int count = 0; count < 20; ++count) {
+                    if (const Json inventory = TakeInventory(use.name); inventory != expected) {
+                        text = inventory.dump();
+                    }
                 }
-            }
-        });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-    for (const auto& text : wrong) {
-        CHECK(text == "");
+            });
+        }
+        for (auto& thread : threads) {
+            thread.join();
+        }
+        for (const auto& text : wrong) {
+            CHECK(text == "");
+        }
+        CheckNoViolations();
     }
 }
 
@@ -154,18 +173,21 @@ TEST_CASE("A thread with a stack of 64 KiB takes a snapshot")
 TEST_CASE("Snapshots leave nothing behind")
 {
     const char* const wanted = std::getenv("ORVEL_INVENTORY_SNAPSHOTS"); // the test inventory-soak takes 10,000
-    const Json machine = TwinCards();
-    TakeMany(machine, 500);
-    const auto before = HeldNow();
-    const auto objectsBefore = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
-    TakeMany(machine, wanted ? std::atoi(wanted) : 500);
-    const auto after = HeldNow();
-    CHECK(after.Handles <= before.Handles + 2);
-    CHECK(after.Modules == before.Modules);
-    CHECK(after.TlsIndexes == before.TlsIndexes);
-    CHECK(::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS) == objectsBefore);
-    MESSAGE("heap bytes " << before.HeapBytes << " -> " << after.HeapBytes << ", private bytes " << before.PrivateBytes
-                          << " -> " << after.PrivateBytes);
-    CHECK(after.HeapBytes < before.HeapBytes + 4096);
-    CHECK(after.PrivateBytes < before.PrivateBytes + (4 << 20));
+    for (const auto& use : Uses()) {
+        CAPTURE(use.name);
+        const bool isWhole = use.depth == ORVEL_INVENTORY_DEPTH_DRIVERS;
+        TakeMany(use, 500);
+        const auto before = HeldNow();
+        const auto objectsBefore = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+        TakeMany(use, wanted && isWhole ? std::atoi(wanted) : 500);
+        const auto after = HeldNow();
+        CHECK(after.Handles <= before.Handles + 2);
+        CHECK(after.Modules == before.Modules);
+        CHECK(after.TlsIndexes == before.TlsIndexes);
+        CHECK(::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS) == objectsBefore);
+        MESSAGE("heap bytes " << before.HeapBytes << " -> " << after.HeapBytes << ", private bytes " << before.PrivateBytes
+                              << " -> " << after.PrivateBytes);
+        CHECK(after.HeapBytes < before.HeapBytes + 4096);
+        CHECK(after.PrivateBytes < before.PrivateBytes + (4 << 20));
+    }
 }
