@@ -164,6 +164,54 @@ Readings HealthyReadings()
     return readings;
 }
 
+DisplayPath PathTo(uint64_t luid, std::u16string gdiName)
+{
+    DisplayPath path;
+    path.luid = luid;
+    path.gdiName = std::move(gdiName);
+    path.monitor = u"DELL U2720Q";
+    path.mode = SourceMode{3840, 2160, 0, 0};
+    path.refreshNumerator = 60'000;
+    path.refreshDenominator = 1'001;
+    path.outputTechnology = 10;
+    return path;
+}
+
+Readings TwoEqualCards()
+{
+    auto readings = HealthyReadings();
+    readings.devices = {GeForce(1, 7), GeForce(2, 8)};
+    readings.driverKeys = {EmptyKey(), EmptyKey()};
+    At(readings.driverKeys[0], DriverKeyValue::BiosString) = RegistryOf(u"first");
+    At(readings.driverKeys[1], DriverKeyValue::BiosString) = RegistryOf(u"second");
+    DxgiAdapter software;
+    software.description = u"Microsoft Basic Render Driver";
+    software.vendorId = 0x1414;
+    software.deviceId = 0x8C;
+    software.luid = 9;
+    software.flags = 2;
+    readings.adapters = {GeForceAdapter(7, 12 * gibibyte), GeForceAdapter(8, 24 * gibibyte), software};
+    readings.paths = {PathTo(7, u"\\\\.\\DISPLAY1"), PathTo(8, u"\\\\.\\DISPLAY10"), PathTo(8, u"\\\\.\\DISPLAY2")};
+    readings.integrated = {{7, Known(false)}, {8, Known(true)}, {9, Known(false)}};
+    return readings;
+}
+
+Answer AnswerOf(const Card& card, Property property)
+{
+    return card.Of(property);
+}
+
+std::vector<std::string> GdiNamesOf(const Card& card)
+{
+    std::vector<std::string> names;
+    if (const auto* displays = std::get_if<Displays>(&card.Of(Property::Displays).data)) {
+        for (const auto& display : *displays) {
+            names.push_back(display.gdiName.value_or("?"));
+        }
+    }
+    return names;
+}
+
 const Card& CardOf(const std::vector<Card>& cards, const std::string& instanceId)
 {
     const auto found = std::find_if(cards.begin(), cards.end(),

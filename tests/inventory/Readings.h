@@ -45,6 +45,22 @@ DxgiAdapter GeForceAdapter(uint64_t luid, uint64_t dedicatedBytes);
 /// Readings in which every source has answered, except the vendors' libraries, which the depth excludes.
 Readings HealthyReadings();
 
+/// An active path from the adapter to a screen of 3840 x 2160 pixels at 59.94 Hz.
+DisplayPath PathTo(uint64_t luid, std::u16string gdiName);
+
+/// Two equal cards with different memory, displays and DXCore entries, and Microsoft's software adapter.
+Readings TwoEqualCards();
+
+// The instance ids of GeForce(1, ...) and GeForce(2, ...).
+inline const std::string firstId = "PCI\\VEN_10DE&DEV_2504&SUBSYS_40741458&REV_A1\\4&0&1";
+inline const std::string secondId = "PCI\\VEN_10DE&DEV_2504&SUBSYS_40741458&REV_A1\\4&0&2";
+
+/// A value without its source.
+Answer AnswerOf(const Card& card, Property property);
+
+/// The GDI names of a card's displays, "?" for one without; empty if the displays are not known.
+std::vector<std::string> GdiNamesOf(const Card& card);
+
 /// The card with this instance id; fails the test if there is none.
 const Card& CardOf(const std::vector<Card>& cards, const std::string& instanceId);
 

@@ -2,6 +2,7 @@
 set(inventory_pure_tests
     Readings.cpp
     json/JsonTest.cpp
+    matching/AdapterMatchingTest.cpp
     matching/CardsTest.cpp
     matching/DeviceFactsTest.cpp
     matching/DriverFactsTest.cpp

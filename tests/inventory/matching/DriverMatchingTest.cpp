@@ -13,9 +13,6 @@ namespace {
 
 using P = Property;
 
-const std::string firstId = "PCI\\VEN_10DE&DEV_2504&SUBSYS_40741458&REV_A1\\4&0&1";
-const std::string secondId = "PCI\\VEN_10DE&DEV_2504&SUBSYS_40741458&REV_A1\\4&0&2";
-
 /// GeForce as a driver lists it.
 DriverDevice ListedGeForce()
 {
@@ -80,11 +77,6 @@ Readings TwoGeForces(bool haveLuids)
 std::vector<DriverDevice>& DevicesOf(Readings& readings, Source source)
 {
     return readings.driverDevices.at(source);
-}
-
-Answer AnswerOf(const Card& card, Property property)
-{
-    return card.Of(property);
 }
 
 TEST_CASE("Two equal cards are the same in every order of all sources")
