@@ -1,7 +1,6 @@
 #include "FakePlatform.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <cwchar>
 #include <map>
@@ -14,33 +13,13 @@
 #include <dxgi.h>
 #include <setupapi.h>
 
-#include "../Readings.h"
-#include "interfaces/NvapiTypes.h"
-#include "interfaces/NvmlTypes.h"
+#include "FakeDrivers.h"
+#include "FakeState.h"
 
 namespace orvel::shared::inventory {
 
-namespace {
+FakeState* state = nullptr;
 
-constexpr HRESULT refusedByDxgi = static_cast<HRESULT>(0x887A0001);
-
-/// The only platform at a time. One thread uses each part, except the guarded parts.
-struct State {
-    Fault fault;
-    HANDLE goOn = nullptr;
-    std::array<int, sourceCount> calls{};
-    bool isMatchRefused = false;
-    std::atomic<int> openDrivers = 0;
-    std::mutex guard;
-    std::vector<std::wstring> loadedLibraries;
-    std::vector<HANDLE> threads;
-    std::vector<DeviceReading> devices;
-    std::vector<DriverKeyReading> keys;
-    std::vector<DxgiAdapter> adapters;
-};
-State* state = nullptr;
-
-/// Counts a call; true if it must go wrong.
 bool GoesWrong(Source source)
 {
     const int number = state->calls[static_cast<std::size_t>(source)]++;
@@ -53,6 +32,10 @@ bool GoesWrong(Source source)
     }
     return true;
 }
+
+namespace {
+
+constexpr HRESULT refusedByDxgi = static_cast<HRESULT>(0x887A0001);
 
 // --- SetupAPI ---
 
@@ -312,161 +295,6 @@ HRESULT WINAPI CreateFactory1(REFIID, void** created)
     return S_OK;
 }
 
-// --- NVML ---
-
-constexpr int lostGpu = 15; // NVML's number for it
-
-/// The number of a GPU, from 1, which is also its bus.
-uint32_t NumberOf(void* gpu)
-{
-    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(gpu));
-}
-
-template <typename Write>
-int NvmlAnswer(Write write)
-{
-    if (GoesWrong(Source::Nvml)) {
-        return lostGpu;
-    }
-    write();
-    return NVML_SUCCESS;
-}
-
-int NvmlInit()
-{
-    return NvmlAnswer([] { ++state->openDrivers; });
-}
-
-int NvmlShutdown()
-{
-    return NvmlAnswer([] { --state->openDrivers; });
-}
-
-int NvmlCount(unsigned int* count)
-{
-    return NvmlAnswer([&] { *count = 2; });
-}
-
-int NvmlHandle(unsigned int index, void** device)
-{
-    return NvmlAnswer([&] { *device = reinterpret_cast<void*>(uintptr_t{index} + 1); });
-}
-
-int NvmlPciInfo(void* device, nvmlPciInfo_t* place)
-{
-    return NvmlAnswer([&] {
-        place->bus = NumberOf(device);
-        place->device = 0;
-        place->pciDeviceId = 0x250410DE;
-        place->pciSubSystemId = 0x40741458;
-    });
-}
-
-int NvmlMemory(void* device, nvmlMemory_t* memory)
-{
-    return NvmlAnswer([&] { memory->total = NumberOf(device) * 12 * gibibyte; });
-}
-
-int NvmlUuid(void* device, char* text, unsigned int)
-{
-    return NvmlAnswer([&] { std::strcpy(text, NumberOf(device) == 1 ? "GPU-1" : "GPU-2"); });
-}
-
-int NvmlCores(void*, unsigned int* count)
-{
-    return NvmlAnswer([&] { *count = 3584; });
-}
-
-int NvmlBusWidth(void*, unsigned int* bits)
-{
-    return NvmlAnswer([&] { *bits = 192; });
-}
-
-int NvmlMaxClock(void*, int type, unsigned int* megahertz)
-{
-    return NvmlAnswer([&] { *megahertz = type == NVML_CLOCK_MEM ? 7501 : 2130; });
-}
-
-// --- NVAPI ---
-
-constexpr int32_t refusedByNvapi = -220; // the GPU has no power
-
-template <typename Write>
-int32_t NvapiAnswer(Write write, bool isForMatching = false)
-{
-    if (GoesWrong(Source::Nvapi)) {
-        state->isMatchRefused = isForMatching;
-        return refusedByNvapi;
-    }
-    write();
-    return enumeration::NVAPI_OK;
-}
-
-int32_t NvapiInitialize()
-{
-    return NvapiAnswer([] { ++state->openDrivers; });
-}
-
-int32_t NvapiUnload()
-{
-    return NvapiAnswer([] { --state->openDrivers; });
-}
-
-int32_t NvapiEnum(void** gpus, uint32_t* count)
-{
-    return NvapiAnswer([&] {
-        *count = 2;
-        gpus[0] = reinterpret_cast<void*>(uintptr_t{2}); // another order than NVML's
-        gpus[1] = reinterpret_cast<void*>(uintptr_t{1});
-    });
-}
-
-int32_t NvapiBusId(void* gpu, uint32_t* bus)
-{
-    return NvapiAnswer([&] { *bus = NumberOf(gpu); }, true);
-}
-
-int32_t NvapiSlotId(void*, uint32_t* slot)
-{
-    return NvapiAnswer([&] { *slot = 0; }, true);
-}
-
-int32_t NvapiType(void* gpu, uint32_t* type)
-{
-    return NvapiAnswer([&] { *type = NumberOf(gpu) == 1 ? 2 : 1; });
-}
-
-int32_t NvapiIdentifiers(void*, uint32_t* device, uint32_t* subsystem, uint32_t* revision, uint32_t*)
-{
-    return NvapiAnswer([&] {
-        *device = 0x250410DE;
-        *subsystem = 0x40741458;
-        *revision = 0xA1;
-    });
-}
-
-template <typename Function>
-void* Pointer(Function* function)
-{
-    return reinterpret_cast<void*>(function);
-}
-
-void* NvapiQuery(uint32_t id)
-{
-    using enum enumeration::NvapiId;
-    static const std::map<enumeration::NvapiId, void*> functions = {
-        {NvAPI_Initialize, Pointer(&NvapiInitialize)},
-        {NvAPI_Unload, Pointer(&NvapiUnload)},
-        {NvAPI_EnumPhysicalGPUs, Pointer(&NvapiEnum)},
-        {NvAPI_GPU_GetBusId, Pointer(&NvapiBusId)},
-        {NvAPI_GPU_GetBusSlotId, Pointer(&NvapiSlotId)},
-        {NvAPI_GPU_GetGPUType, Pointer(&NvapiType)},
-        {NvAPI_GPU_GetPCIIdentifiers, Pointer(&NvapiIdentifiers)},
-    };
-    const auto found = functions.find(static_cast<enumeration::NvapiId>(id));
-    return found == functions.end() ? nullptr : found->second;
-}
-
 // --- libraries ---
 
 /// A DLL that is not really one.
@@ -478,19 +306,8 @@ struct FakeLibrary {
 
 FakeLibrary libraries[] = {
     {L"dxgi.dll", false, {{"CreateDXGIFactory1", Pointer(&CreateFactory1)}}},
-    {L"nvml.dll",
-     true,
-     {{"nvmlInit_v2", Pointer(&NvmlInit)},
-      {"nvmlShutdown", Pointer(&NvmlShutdown)},
-      {"nvmlDeviceGetCount_v2", Pointer(&NvmlCount)},
-      {"nvmlDeviceGetHandleByIndex_v2", Pointer(&NvmlHandle)},
-      {"nvmlDeviceGetPciInfo_v3", Pointer(&NvmlPciInfo)},
-      {"nvmlDeviceGetMemoryInfo", Pointer(&NvmlMemory)},
-      {"nvmlDeviceGetUUID", Pointer(&NvmlUuid)},
-      {"nvmlDeviceGetNumGpuCores", Pointer(&NvmlCores)},
-      {"nvmlDeviceGetMemoryBusWidth", Pointer(&NvmlBusWidth)},
-      {"nvmlDeviceGetMaxClockInfo", Pointer(&NvmlMaxClock)}}},
-    {L"nvapi64.dll", true, {{"nvapi_QueryInterface", Pointer(&NvapiQuery)}}},
+    {L"nvml.dll", true, NvmlExports()},
+    {L"nvapi64.dll", true, NvapiExports()},
 };
 
 FakeLibrary* LibraryOf(HMODULE module)
@@ -565,7 +382,7 @@ DriverKeyReading KeyOf(std::u16string_view bios, uint64_t memoryBytes)
 
 FakePlatform::FakePlatform(const Fault& fault)
 {
-    state = new State;
+    state = new FakeState;
     state->fault = fault;
     state->goOn = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
     state->devices = {GeForce(1, 7), GeForce(2, 8)};
