@@ -47,7 +47,7 @@ import_libraries "$build/orvel-graphic-cards-enumeration.def" orvel-graphic-card
     sed -nE 's/^ORVEL_INVENTORY_API .*[ *](Orvel[A-Za-z]+)\(.*/    \1/p' "$source/include/OrvelInventory.h"
 } >"$build/package/inventory.def"
 import_libraries "$build/package/inventory.def" orvel-graphic-cards-inventory.dll lib
-printf 'EXPORTS\n    OrvelSimulateMachine\n    OrvelSimulateMachineText\n    OrvelSimulationReport\n    OrvelSimulationCalls\n    OrvelEndSimulation\n' \
+printf 'EXPORTS\n    OrvelSimulateMachine\n    OrvelSimulateMachineText\n    OrvelSimulationReport\n    OrvelSimulationCalls\n    OrvelStartRecording\n    OrvelEndRecording\n    OrvelEndSimulation\n' \
     >"$build/package/simulation.def"
 import_libraries "$build/package/simulation.def" orvel-simulation.dll simulation/lib
 

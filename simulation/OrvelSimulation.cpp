@@ -12,8 +12,10 @@
 #include "machine/MachineText.h"
 #include "machine/Text.h"
 #include "trace/Hangs.h"
+#include "trace/Recording.h"
 #include "trace/Trace.h"
 #include "trace/Violations.h"
+#include "windows/RecordedCalls.h"
 #include "windows/RedirectedCalls.h"
 #include "windows/Registry.h"
 #include "wmi/Wmi.h"
@@ -25,6 +27,7 @@ using namespace orvel::simulation;
 // Never destroyed: a caller may still read the texts while the process ends.
 std::string& lastProblem = *new std::string;
 std::string& lastReport = *new std::string;
+std::string& lastRecording = *new std::string;
 nlohmann::json& machineName = *new nlohmann::json; // the report stays readable without a machine
 
 int Finish(int result, const std::string& text, const char** problem)
@@ -34,6 +37,12 @@ int Finish(int result, const std::string& text, const char** problem)
         *problem = lastProblem.c_str();
     }
     return result;
+}
+
+const char* Dump(const nlohmann::json& content, std::string& text)
+{
+    text = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return text.c_str();
 }
 
 /// The order matters. Some machines query the computer's own WMI, which may load the computer's own dxgi.dll, so the
@@ -127,13 +136,24 @@ const char* OrvelSimulationReport(void)
                                     {"trace", TraceAsJson()},
                                     {"live", LiveAsJson()},
                                     {"violations", ViolationsAsJson()}};
-    lastReport = content.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    return lastReport.c_str();
+    return Dump(content, lastReport);
 }
 
 int OrvelSimulationCalls(const char* start)
 {
     return start ? CountCalls(start) : -1;
+}
+
+void OrvelStartRecording(void)
+{
+    PutRecordedCallsInPlace();
+    StartRecording();
+}
+
+const char* OrvelEndRecording(void)
+{
+    TakeRecordedCallsAway();
+    return Dump(EndRecording(), lastRecording);
 }
 
 void OrvelEndSimulation(void)

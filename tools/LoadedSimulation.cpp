@@ -42,6 +42,16 @@ std::string SimulationReport()
     return Find<decltype(OrvelSimulationReport)>("OrvelSimulationReport")();
 }
 
+void StartRecording()
+{
+    Find<decltype(OrvelStartRecording)>("OrvelStartRecording")();
+}
+
+std::string EndRecording()
+{
+    return Find<decltype(OrvelEndRecording)>("OrvelEndRecording")();
+}
+
 int SimulationCalls(const char* start)
 {
     return Find<decltype(OrvelSimulationCalls)>("OrvelSimulationCalls")(start);

@@ -20,6 +20,10 @@ int SimulateMachineText(const std::string& json, const char* sourceName, std::st
 /// What the simulation reports since the last machine was put in place, as JSON.
 std::string SimulationReport();
 
+/// Records the platform calls in detail, until EndRecording returns them as JSON (OrvelEndRecording).
+void StartRecording();
+std::string EndRecording();
+
 /// How many platform calls since then begin with `start`, in the words of the report's trace.
 int SimulationCalls(const char* start);
 

@@ -5,6 +5,8 @@
 #include <map>
 #include <mutex>
 
+#include "trace/Recording.h"
+
 namespace orvel::simulation {
 
 /// A value that no handle has had before. It is not a valid address, so dereferencing it fails.
@@ -28,6 +30,7 @@ public:
             handle = NewHandle();
             objects[handle] = &object;
         }
+        RecordOutput(handle);
         return handle;
     }
 

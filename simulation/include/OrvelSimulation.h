@@ -55,6 +55,24 @@ ORVEL_SIMULATION_API const char* OrvelSimulationReport(void);
  */
 ORVEL_SIMULATION_API int OrvelSimulationCalls(const char* start);
 
+/*
+ * Records the platform calls from now on in more detail than the trace, for a program that repeats them. Besides the trace's
+ * calls a recording has those of the loader and the registry that Windows answers, and NVAPI's look-ups of functions.
+ */
+ORVEL_SIMULATION_API void OrvelStartRecording(void);
+
+/*
+ * Ends the recording and returns it as JSON: [{"call": TEXT, …}, …], in order. A TEXT is that of the trace or, for the other
+ * calls, "loader FUNCTION …", "registry FUNCTION …" or "nvapi nvapi_QueryInterface NAME". What else a call has:
+ *   "returns": [N, …]  the handles and objects that it returns, numbered in the order in which they first appear
+ *   "on": N            the handle or object that it is on; missing where the recording does not have it
+ *   "number": N        a number that the text lacks: the caller's buffer in bytes or elements, flags, a version, an id
+ *   "input": [N, …]    the bytes of a structure that the caller has filled
+ * WMI's rows and enumerators, OpenCL's, NVAPI's, NVML's and ADL's handles, and registry keys have numbers. Without a
+ * recording the list is empty. The library owns the text, which is valid until the next call.
+ */
+ORVEL_SIMULATION_API const char* OrvelEndRecording(void);
+
 /* Ends the simulation: the process sees the computer's own WMI, registry and DLLs again, except simulated DLLs that other
  * code still holds. Does nothing without a machine in place. */
 ORVEL_SIMULATION_API void OrvelEndSimulation(void);

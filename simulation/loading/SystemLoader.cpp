@@ -25,6 +25,7 @@ HMODULE WINAPI Load(LPCWSTR name, HANDLE file, DWORD flags)
     const bool isDxCore = folded == L"dxcore.dll";
     const auto standing = isDxCore ? CurrentMachine()->dxcore.standing : StandingOf(folded);
     if (flags != LOAD_LIBRARY_SEARCH_SYSTEM32 || !standing || standing == Standing::System) {
+        RecordCall("loader LoadLibraryExW " + ToUtf8(folded), {nullptr, flags});
         return LoadLibraryExW(name, file, flags);
     }
     AddToTrace("load " + ToUtf8(folded));

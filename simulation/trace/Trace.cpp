@@ -39,7 +39,7 @@ const char* NameOf(Counted kind)
     return interfaceNames[static_cast<size_t>(kind)];
 }
 
-void AddToTrace(const std::string& call)
+void AddToTrace(const std::string& call, const CallDetails& details)
 {
     if (IsAbandoned()) {
         return;
@@ -52,6 +52,7 @@ void AddToTrace(const std::string& call)
         }
         record.calls.push_back(entry->second);
     }
+    RecordCall(call, details);
     HangIn(call);
 }
 

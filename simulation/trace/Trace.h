@@ -5,6 +5,8 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "trace/Recording.h"
+
 namespace orvel::simulation {
 
 /// The interfaces whose living objects are counted.
@@ -13,9 +15,9 @@ enum class Counted { Wmi, Dxgi, Nvapi, Nvml, Adl, Adlx, Registry, Pnp, DxCore };
 /// The interface's name in the trace, e.g. "nvapi".
 const char* NameOf(Counted kind);
 
-/// Adds one platform call to the trace, e.g. "nvml nvmlInit_v2", and waits where the machine lets it hang: the caller holds
-/// no lock.
-void AddToTrace(const std::string& call);
+/// Adds one platform call to the trace, e.g. "nvml nvmlInit_v2", and to a recording with its details, and waits where the
+/// machine lets it hang: the caller holds no lock.
+void AddToTrace(const std::string& call, const CallDetails& details = {});
 
 /// Changes the number of living objects or sessions of an interface.
 void CountLive(Counted kind, int difference);

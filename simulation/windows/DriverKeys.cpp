@@ -10,6 +10,7 @@
 #include "machine/CurrentMachine.h"
 #include "machine/Text.h"
 #include "trace/Trace.h"
+#include "windows/RecordedCalls.h"
 
 namespace orvel::simulation {
 
@@ -70,6 +71,8 @@ LSTATUS WINAPI QueryValue(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type
         if (const LSTATUS refusal = RefusalOf(*path, known)) {
             return refusal;
         }
+    } else {
+        RecordKeyCall(key, "RegQueryValueExW " + ToUtf8(name ? name : L""), data && size ? *size : 0);
     }
     return RegQueryValueExW(key, name, reserved, type, data, size);
 }
@@ -80,6 +83,7 @@ LSTATUS WINAPI CloseKey(HKEY key)
         const std::scoped_lock lock(watched.mutex);
         watched.keys.erase(key);
     }
+    RecordKeyCall(key, "RegCloseKey");
     return RegCloseKey(key);
 }
 

@@ -5,6 +5,7 @@
 
 #include <comutil.h>
 
+#include "drivers/HandleTable.h"
 #include "machine/Text.h"
 
 namespace orvel::simulation {
@@ -179,15 +180,17 @@ bool IsWanted(const WqlQuery& query, const WmiRow& row)
 }
 
 WmiRowObject::WmiRowObject(std::shared_ptr<const WqlQuery> itsQuery, std::shared_ptr<const WmiRow> itsRow)
-    : query(std::move(itsQuery)), row(std::move(itsRow))
-{}
+    : query(std::move(itsQuery)), row(std::move(itsRow)), handle(NewHandle())
+{
+    RecordOutput(handle);
+}
 
 HRESULT WmiRowObject::Get(LPCWSTR name, LONG, VARIANT* value, CIMTYPE* type, LONG* flavor)
 {
     if (!name) {
         return Result(WBEM_E_INVALID_PARAMETER);
     }
-    AddToTrace("wmi get " + ToUtf8(name));
+    AddToTrace("wmi get " + ToUtf8(name), {handle});
     return Shows(*query, name) ? row->Get(name, value, type, flavor) : Result(WBEM_E_NOT_FOUND);
 }
 

@@ -43,6 +43,7 @@ public:
 private:
     std::shared_ptr<const WqlQuery> query;
     std::shared_ptr<const WmiRow> row;
+    const void* handle; // in a recording
 };
 
 } // namespace orvel::simulation

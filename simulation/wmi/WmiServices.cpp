@@ -6,6 +6,7 @@
 
 #include <comutil.h>
 
+#include "drivers/HandleTable.h"
 #include "machine/Text.h"
 #include "windows/SystemScope.h"
 
@@ -40,7 +41,7 @@ void WaitUntil(Clock::time_point end)
 
 class WmiEnumerator final : public UnusedEnumerator<WmiEnumerator> {
 public:
-    explicit WmiEnumerator(WmiAnswer itsAnswer) : answer(std::move(itsAnswer)), rows(answer.rows) {}
+    explicit WmiEnumerator(WmiAnswer itsAnswer) : answer(std::move(itsAnswer)), rows(answer.rows) { RecordOutput(handle); }
 
     STDMETHODIMP Reset() override
     {
@@ -57,7 +58,7 @@ public:
 
     STDMETHODIMP Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
     {
-        AddToTrace(timeout == static_cast<LONG>(WBEM_INFINITE) ? "wmi next without a limit" : "wmi next");
+        AddToTrace(timeout == static_cast<LONG>(WBEM_INFINITE) ? "wmi next without a limit" : "wmi next", {handle});
         if (!objects || !returned) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
@@ -89,6 +90,7 @@ private:
     WmiAnswer answer;
     const WmiRows& rows;
     size_t position = 0;
+    const void* handle = NewHandle(); // in a recording
 };
 
 void TakeAll(IEnumWbemClassObject& source, const WqlQuery& query, WmiRows& rows)

@@ -66,7 +66,7 @@ int32_t GiveInContext(const char* name, void* context, int32_t adapter, Answer<V
                       std::initializer_list<Area> areas, Write&& write)
 {
     const std::string call = CallOf(name, adapter);
-    AddToTrace(call);
+    AddToTrace(call, {context});
     if (!IsLoadedFor(call, adlDll)) {
         return ADL_ERR_NOT_INIT;
     }
@@ -103,7 +103,7 @@ SIMULATED int32_t Sim_ADL2_Main_Control_Create(AdlAllocate allocate, int32_t, vo
 SIMULATED int32_t Sim_ADL2_Main_Control_Destroy(void* context)
 {
     const std::string call = "adl ADL2_Main_Control_Destroy";
-    AddToTrace(call);
+    AddToTrace(call, {context});
     if (!IsLoadedFor(call, adlDll)) {
         return ADL_ERR_NOT_INIT;
     }
@@ -154,6 +154,7 @@ SIMULATED int32_t Sim_ADL_Overdrive5_CurrentActivity_Get(int32_t adapter, int32_
     if (!IsZero(activity, activitySize - 4, 4)) {
         AddViolation(call, "reserved numbers are not 0");
     }
+    RecordInput(activity, activitySize);
     const Area area{activity + 1, activitySize - 4};
     return Give(adapter, &AdlAdapterModel::activity, ADL_ERR_NOT_INIT, {area}, [&](const AdlActivity& current) {
         FillWithRubbish({area});

@@ -29,6 +29,7 @@ void* NewAdlContext(AdlAllocate allocate)
     const std::scoped_lock lock(contexts.mutex);
     void* const handle = NewHandle();
     contexts.alive[handle] = std::unique_ptr<Context>(new Context{allocate}); // clang 14 cannot make_unique an aggregate
+    RecordOutput(handle);
     return handle;
 }
 

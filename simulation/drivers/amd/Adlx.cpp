@@ -91,7 +91,7 @@ SIMULATED int32_t Sim_ADLXInitializeWithCallerAdl(uint64_t version, AdlxObject**
                                                   AdlxFree memoryFree)
 {
     const std::string call = "adlx ADLXInitializeWithCallerAdl";
-    AddToTrace(call);
+    AddToTrace(call, {context, version});
     if (IsAbandoned()) {
         return ADLX_TERMINATED;
     }

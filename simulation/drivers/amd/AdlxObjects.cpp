@@ -497,8 +497,11 @@ AdlxObject* AdlxSession::HandOut(const AdlxInterface& contract, const AdlxGpuMod
 long AdlxSession::Release(AdlxObject* object)
 {
     const long left = --object->references;
-    if (left == 0) {
-        AddToTrace(std::string("adlx Release ") + object->contract->name);
+    const std::string call = std::string("adlx Release ") + object->contract->name;
+    if (left > 0) {
+        RecordCall(call); // the trace has the end of an object
+    } else {
+        AddToTrace(call);
         counted.erase(object);
         Bury(object);
     }

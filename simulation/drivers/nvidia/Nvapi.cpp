@@ -121,6 +121,7 @@ int32_t MultiGpuQuery(uint32_t* words)
     if (words[0] != 0 || words[1] != multiGpuVersion) {
         return RefuseVersion(call);
     }
+    RecordInput(words, multiGpuSize);
     const Area area{words, multiGpuSize};
     return CurrentMachine()->nvapi.model.multiGpu.Give(NVAPI_NOT_SUPPORTED, {area}, [&](const NvapiMultiGpuWords& given) {
         FillWithRubbish({area});
@@ -145,10 +146,11 @@ const NvapiFunction* FindFunction(uint32_t id)
 
 } // namespace
 
-/// Not in the trace: only the functions that it resolves are.
+/// Not in the trace, only in a recording: the trace has the functions that it resolves.
 SIMULATED void* Sim_nvapi_QueryInterface(uint32_t id)
 {
     const NvapiFunction* const function = FindFunction(id);
+    RecordCall(std::string("nvapi nvapi_QueryInterface ") + (function ? function->name : "unknown"), {nullptr, id});
     const auto machine = CurrentMachine();
     const auto& unresolved = machine->nvapi.model.unresolved;
     if (!function || machine->nvapi.standing != Standing::Simulated) {

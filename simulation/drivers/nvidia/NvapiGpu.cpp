@@ -68,7 +68,7 @@ bool IsForTcc(const std::string& call)
 template <typename Give>
 int32_t OnGpu(const std::string& call, const void* handle, Give&& give)
 {
-    AddToTrace(call);
+    AddToTrace(call, {handle});
     if (!IsInNvapiSession(call)) {
         return NVAPI_API_NOT_INITIALIZED;
     }
@@ -127,6 +127,7 @@ int32_t GiveStructure(const std::string& call, void* area, uint32_t version, con
         return RefuseVersion(call);
     }
     const size_t size = version & 0xFFFF;
+    RecordInput(area, size);
     return answer.Give(NVAPI_NOT_SUPPORTED, {{area, size}}, [&](const Value& value) {
         FillWithRubbish({{static_cast<char*>(area) + sizeof version, size - sizeof version}});
         write(value);
@@ -217,6 +218,7 @@ int32_t GetPciIdentifiers(void* handle, uint32_t* device, uint32_t* subsystem, u
 
 int32_t GiveMemoryInfo(const std::string& call, const NvapiGpuModel& gpu, void* area)
 {
+    RecordInput(area, memoryInfoSize);
     const std::scoped_lock lock(last.mutex);
     const bool isFirst = std::memcmp(area, MemoryImage{}.data(), memoryInfoSize) == 0;
     if (!isFirst && std::memcmp(area, last.image.data(), memoryInfoSize) != 0) {
@@ -310,7 +312,7 @@ int32_t GetEccErrorInfo(void* handle, void* area)
 int32_t GetLogicalGpuInfo(void* handle, void* area)
 {
     const std::string call = "nvapi NvAPI_GPU_GetLogicalGpuInfo";
-    AddToTrace(call);
+    AddToTrace(call, {handle});
     if (!IsInNvapiSession(call)) {
         return NVAPI_API_NOT_INITIALIZED;
     }

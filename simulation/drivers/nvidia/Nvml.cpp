@@ -36,9 +36,9 @@ const DriverState state([] {
 /// Traces the call and runs `give` on the model of the device of this handle. A null handle is not a violation: the caller
 /// may have failed to get a handle.
 template <typename Give>
-int32_t OnDevice(const std::string& call, const void* handle, Give&& give)
+int32_t OnDevice(const std::string& call, const void* handle, Give&& give, uint32_t length = 0)
 {
-    AddToTrace(call);
+    AddToTrace(call, {handle, length});
     const auto machine = CurrentMachine(); // keeps the model alive
     if (const NvmlDeviceModel* const device = deviceHandles.Find(handle)) {
         return give(*device);
@@ -112,8 +112,10 @@ int32_t GiveText(const char* name, const void* handle, char* target, uint32_t le
                  Answer<std::string> NvmlDeviceModel::*member, size_t longest)
 {
     const std::string call = std::string("nvml ") + name;
-    return OnDevice(call, handle,
-                    [&](const NvmlDeviceModel& device) { return GiveText(call, device.*member, target, length, longest); });
+    const auto give = [&](const NvmlDeviceModel& device) {
+        return GiveText(call, device.*member, target, length, longest);
+    };
+    return OnDevice(call, handle, give, length);
 }
 
 /// A function that writes two numbers.
@@ -292,7 +294,7 @@ SIMULATED int32_t Sim_nvmlDeviceGetHandleByIndex_v2(uint32_t index, void** handl
 SIMULATED int32_t Sim_nvmlSystemGetDriverVersion(char* text, uint32_t length)
 {
     const std::string call = "nvml nvmlSystemGetDriverVersion";
-    AddToTrace(call);
+    AddToTrace(call, {nullptr, length});
     if (initialisations == 0) {
         return NVML_ERROR_UNINITIALIZED;
     }

@@ -28,9 +28,9 @@ const DriverState state(
     },
     L"opencl.dll");
 
-bool IsCallable(const std::string& call)
+bool IsCallable(const std::string& call, const CallDetails& details)
 {
-    AddToTrace(call);
+    AddToTrace(call, details);
     return IsLoadedFor(call, L"opencl.dll");
 }
 
@@ -180,7 +180,7 @@ std::string CallOfDeviceInfo(cl_device_info parameter)
 SIMULATED cl_int WINAPI Sim_clGetPlatformIDs(cl_uint entries, cl_platform_id* handles, cl_uint* count)
 {
     const std::string call = "opencl clGetPlatformIDs";
-    if (!IsCallable(call)) {
+    if (!IsCallable(call, {nullptr, entries})) {
         return CL_OUT_OF_RESOURCES;
     }
     if ((!handles && !count) || (handles && entries == 0)) {
@@ -206,7 +206,7 @@ SIMULATED cl_int WINAPI Sim_clGetDeviceIDs(cl_platform_id handle, cl_device_type
                                            cl_device_id* handles, cl_uint* count)
 {
     const std::string call = "opencl clGetDeviceIDs";
-    if (!IsCallable(call)) {
+    if (!IsCallable(call, {handle, entries})) {
         return CL_OUT_OF_RESOURCES;
     }
     const auto machine = CurrentMachine(); // keeps the models alive
@@ -224,7 +224,7 @@ SIMULATED cl_int WINAPI Sim_clGetDeviceInfo(cl_device_id handle, cl_device_info 
                                             size_t* size)
 {
     const std::string call = CallOfDeviceInfo(parameter);
-    if (!IsCallable(call)) {
+    if (!IsCallable(call, {handle, capacity})) {
         return CL_OUT_OF_RESOURCES;
     }
     const auto machine = CurrentMachine(); // keeps the models alive
