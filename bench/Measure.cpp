@@ -9,30 +9,22 @@
 
 #include <psapi.h>
 
-#include "Floor.h"
 #include "GraphicCardEnumeration.h"
 #include "InventoryRun.h"
 #include "LateBinding.h"
 #include "LoadedSimulation.h"
+#include "Replay.h"
 
 namespace orvel::bench {
 
 namespace {
 
-using Trace = std::vector<std::string>;
-
 constexpr int warmUpRuns = 10;
 constexpr int modelledRuns = 3;
 
-Trace TraceSoFar()
+size_t CountCalls(const char* start)
 {
-    return nlohmann::json::parse(tools::SimulationReport())["trace"];
-}
-
-size_t CountOf(const Trace& trace, const std::string& prefix)
-{
-    return static_cast<size_t>(
-        std::count_if(trace.begin(), trace.end(), [&](const std::string& call) { return call.starts_with(prefix); }));
+    return static_cast<size_t>(tools::SimulationCalls(start));
 }
 
 /// Loads the library on the first call, which must follow Simulate: the library must bind to the simulated DLLs.
@@ -78,13 +70,13 @@ double MedianOf(int runs, const std::function<void()>& run)
 }
 
 /// Runs product and floor alternately, so that other load of the computer affects both.
-void MeasureByTurns(const Machine& machine, Figures& figures)
+void MeasureByTurns(const Machine& machine, Replay& replay, Figures& figures)
 {
     std::vector<double> product;
     std::vector<double> floor;
     for (int index = -warmUpRuns; index < machine.Runs; ++index) {
         const double productTime = Microseconds([] { RunProduct(); });
-        const double floorTime = Microseconds(RunFloor);
+        const double floorTime = Microseconds([&] { replay.Run(); });
         if (index >= 0) {
             product.push_back(productTime);
             floor.push_back(floorTime);
@@ -94,19 +86,43 @@ void MeasureByTurns(const Machine& machine, Figures& figures)
     figures.Floor = Median(floor);
 }
 
-Trace ProductTrace(const nlohmann::json& machine)
+/// The platform calls that `run` makes.
+nlohmann::json Record(const std::function<void()>& run)
 {
-    Simulate(machine);
-    RunProduct();
-    return TraceSoFar();
+    tools::StartRecording();
+    run();
+    return nlohmann::json::parse(tools::EndRecording());
 }
 
-Trace FloorTrace(const nlohmann::json& machine)
+/// One connection, and each distinct query once, in sequence.
+double IdealMicroseconds(const nlohmann::json& recording)
 {
-    Simulate(machine);
-    PrepareFloor();
-    RunFloor();
-    return TraceSoFar();
+    std::set<std::string> queries;
+    for (const nlohmann::json& call : recording) {
+        if (const std::string text = call["call"]; text.starts_with("wmi query")) {
+            queries.insert(text);
+        }
+    }
+    return connectionMicroseconds + static_cast<double>(queries.size()) * queryMicroseconds;
+}
+
+/// Whether the replay makes the recorded calls. If not, prints the first difference to stderr.
+bool RepeatsAll(const nlohmann::json& recording, Replay& replay)
+{
+    const nlohmann::json repeated = Record([&] { replay.Run(); });
+    const nlohmann::json violations = nlohmann::json::parse(tools::SimulationReport())["violations"]["texts"];
+    if (!violations.empty()) {
+        std::fprintf(stderr, "the replay broke a rule: %s\n", violations.front().dump().c_str());
+        return false;
+    }
+    if (repeated == recording) {
+        return true;
+    }
+    const auto [left, right] = std::mismatch(recording.begin(), recording.end(), repeated.begin(), repeated.end());
+    std::fprintf(stderr, "call %td: the product makes %s, the replay %s\n", left - recording.begin(),
+                 left == recording.end() ? "none" : left->dump().c_str(),
+                 right == repeated.end() ? "none" : right->dump().c_str());
+    return false;
 }
 
 } // namespace
@@ -127,38 +143,32 @@ Figures MeasureMachine(const Machine& machine)
 {
     Figures figures;
     figures.Machine = machine.Name;
-    figures.HasSameTrace = HasSameTrace(machine.Json);
-    const Trace trace = ProductTrace(machine.Json);
-    figures.Calls = trace.size();
-    figures.Connections = CountOf(trace, "wmi connect");
-    figures.Queries = CountOf(trace, "wmi query");
-
     Simulate(machine.Json);
-    PrepareFloor();
     figures.Cards = RunProduct();
-    MeasureByTurns(machine, figures);
+    figures.Calls = CountCalls("");
+    figures.Connections = CountCalls("wmi connect");
+    figures.Queries = CountCalls("wmi query");
+
+    const nlohmann::json recording = Record(RunProduct);
+    Replay replay(recording);
+    figures.HasSameTrace = RepeatsAll(recording, replay);
+    MeasureByTurns(machine, replay, figures);
 
     Simulate(WithLatency(machine.Json));
     figures.Modelled = MedianOf(modelledRuns, [] { RunProduct(); });
     RunInventory(); // loads the DLL
     figures.Inventory = MedianOf(machine.Runs, RunInventory);
-    const std::set<std::string> distinct(trace.begin(), trace.end());
-    const auto questions = CountOf({distinct.begin(), distinct.end()}, "wmi query");
-    figures.Ideal = connectionMicroseconds + static_cast<double>(questions) * queryMicroseconds;
+    figures.Ideal = IdealMicroseconds(recording);
     return figures;
 }
 
-bool HasSameTrace(const nlohmann::json& machine)
+bool IsRepeated(const nlohmann::json& machine)
 {
-    const Trace product = ProductTrace(machine);
-    const Trace floor = FloorTrace(machine);
-    if (product == floor) {
-        return true;
-    }
-    const auto [left, right] = std::mismatch(product.begin(), product.end(), floor.begin(), floor.end());
-    std::fprintf(stderr, "call %td: the product makes \"%s\", the floor \"%s\"\n", left - product.begin(),
-                 left == product.end() ? "" : left->c_str(), right == floor.end() ? "" : right->c_str());
-    return false;
+    Simulate(machine);
+    RunProduct(); // what happens only once, such as loading the product, is not recorded
+    const nlohmann::json recording = Record(RunProduct);
+    Replay replay(recording);
+    return RepeatsAll(recording, replay);
 }
 
 double MeasureLoading(const nlohmann::json& machine)

@@ -30,7 +30,7 @@ void Simulate(const nlohmann::json& machine);
 Figures MeasureMachine(const Machine& machine);
 
 /// Whether product and floor make the same platform calls on the machine. If not, prints the first difference to stderr.
-bool HasSameTrace(const nlohmann::json& machine);
+bool IsRepeated(const nlohmann::json& machine);
 
 /// The time for loading the product on the machine, in microseconds. The process must not have loaded it yet.
 double MeasureLoading(const nlohmann::json& machine);
