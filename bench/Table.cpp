@@ -69,27 +69,26 @@ std::vector<Target> Targets(const Results& results)
     const Figures& one = Find(results, "1 Intel adapter");
     const Figures& many = Find(results, "64 Intel adapters");
     return {
-        {"connections per enumeration", 1,
+        {"WMI connections per enumeration", 1,
          Largest(results, [](const Figures& f) { return static_cast<double>(f.Connections); })},
-        {"queries, Intel laptop", 5, static_cast<double>(laptop.Queries)},
-        {"queries, workstation", 7, static_cast<double>(workstation.Queries)},
-        {"queries, 64 Intel adapters", 5, static_cast<double>(many.Queries)},
-        {"modelled time, ratio to the ideal", 1.05, Largest(results, [](const Figures& f) { return f.Modelled / f.Ideal; })},
-        {"64 adapters, in times of one, modelled", 3, many.Modelled / one.Modelled},
-        {"a property of the laptop, modelled, to one of a single query for 6", 0.5,
+        {"WMI queries, Intel laptop", 5, static_cast<double>(laptop.Queries)},
+        {"WMI queries, workstation", 7, static_cast<double>(workstation.Queries)},
+        {"WMI queries, 64 Intel adapters", 5, static_cast<double>(many.Queries)},
+        {"modelled / ideal, largest", 1.05, Largest(results, [](const Figures& f) { return f.Modelled / f.Ideal; })},
+        {"modelled time, 64 adapters / 1 adapter", 3, many.Modelled / one.Modelled},
+        {"modelled time per property, laptop / one query for 6 properties", 0.5,
          laptop.Modelled / static_cast<double>(tools::propertyCount) / ((connectionMicroseconds + queryMicroseconds) / 6)},
-        {"own cost, ratio to the floor", 1.1, Largest(results, [](const Figures& f) { return f.Product / f.Floor; })},
-        {"both DLLs, MiB", 1.5, EnumerationMebibytes(results)},
-        {"inventory of the laptop, modelled, in enumerations", 0.1, laptop.Inventory / laptop.Modelled},
-        {"the inventory's DLL, MiB", 1.5, Mebibytes(results.DllBytes.at("orvel-graphic-cards-inventory.dll"))}};
+        {"time / floor, largest", 1.1, Largest(results, [](const Figures& f) { return f.Product / f.Floor; })},
+        {"size of the two DLLs, MiB", 1.5, EnumerationMebibytes(results)},
+        {"modelled time, inventory / enumeration, laptop", 0.1, laptop.Inventory / laptop.Modelled},
+        {"size of the inventory's DLL, MiB", 1.5, Mebibytes(results.DllBytes.at("orvel-graphic-cards-inventory.dll"))}};
 }
 
 std::string ToTable(const Results& results)
 {
-    std::string text =
-        "| machine | cards | calls | µs | floor, µs | ratio | connections | queries | modelled, ms | ideal, ms | ratio | "
-        "inventory, ms |\n"
-        "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|\n";
+    std::string text = "| machine | cards | calls | time, µs | floor, µs | time / floor | connections | queries "
+                       "| modelled, ms | ideal, ms | modelled / ideal | inventory, ms |\n"
+                       "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|\n";
     for (const Figures& figures : results.Machines) {
         text += Row(figures);
     }
