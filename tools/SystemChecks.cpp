@@ -9,6 +9,7 @@
 #include <objbase.h>
 
 #include "formulas/VideoControllerQuery.h"
+#include "formulas/WmiQueries.h"
 #include "platform/Dxgi.h"
 #include "platform/FileVersion.h"
 #include "platform/Registry.h"
@@ -33,13 +34,13 @@ std::string Hex(long status)
 }
 
 /// Runs a query and reads a property of each row; "" where a row has none.
-HRESULT ReadColumn(const std::string& wql, const wchar_t* property, std::vector<std::string>& column)
+HRESULT ReadColumn(const std::wstring& wql, const wchar_t* property, std::vector<std::string>& column)
 {
     ComPtr<IWbemServices> services;
     ComPtr<IEnumWbemClassObject> rows;
     HRESULT status = ConnectToWmi(wmiNamespace, services);
     if (status == WBEM_S_NO_ERROR) {
-        status = SendQuery(*services.Get(), ToUtf16(wql).c_str(), rows);
+        status = SendQuery(*services.Get(), wql.c_str(), rows);
     }
     while (status == WBEM_S_NO_ERROR) {
         ComPtr<IWbemClassObject> row;
@@ -72,7 +73,7 @@ Finding FindWmiNamespace()
 Finding FindWmiClass(const std::string& name)
 {
     std::vector<std::string> rows;
-    const HRESULT status = ReadColumn("SELECT * FROM " + name, L"Name", rows);
+    const HRESULT status = ReadColumn(L"SELECT * FROM " + ToUtf16(name), L"Name", rows);
     const std::string count = std::to_string(rows.size()) + (rows.size() == 1 ? " row" : " rows");
     return {SUCCEEDED(status), SUCCEEDED(status) ? count : Hex(status)};
 }
@@ -80,14 +81,14 @@ Finding FindWmiClass(const std::string& name)
 std::vector<std::string> NamesOfAdapters(const std::string& vendorId)
 {
     std::vector<std::string> names;
-    ReadColumn(AdapterQuery(vendorId), L"Name", names);
+    ReadColumn(ToUtf16(AdapterQuery(vendorId)), L"Name", names);
     return names;
 }
 
 uint32_t MemoryType()
 {
     std::vector<std::string> types;
-    ReadColumn("SELECT SMBIOSMemoryType FROM Win32_PhysicalMemory", L"SMBIOSMemoryType", types);
+    ReadColumn(memoryTypesQuery, L"SMBIOSMemoryType", types);
     const auto reported = std::find_if(types.begin(), types.end(), [](const std::string& type) { return type != "0"; });
     const unsigned long type = reported == types.end() ? 0 : std::strtoul(reported->c_str(), nullptr, 10);
     return type == 0 ? unknownMemoryType : static_cast<uint32_t>(type);
