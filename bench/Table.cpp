@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <string_view>
 
 #include "CardFields.h"
 
@@ -33,7 +34,7 @@ std::string Row(const Target& target)
                 target.Measured <= target.Limit ? "met" : "missed");
 }
 
-const Figures& Find(const Results& results, const std::string& machine)
+const Figures& Find(const Results& results, std::string_view machine)
 {
     return *std::find_if(results.Machines.begin(), results.Machines.end(),
                          [&](const Figures& figures) { return figures.Machine == machine; });

@@ -98,7 +98,8 @@ std::vector<Fault> SystemFaults()
 
     faults.push_back(
         Removing(Pointer("/registry"), Other(intel, {"BusId", "BiosVersion"}) + Other(amd, {"BusId", "BiosVersion"})));
-    for (const auto& [key, values] : HealthyWorkstation()["registry"].items()) {
+    const Json registry = HealthyWorkstation()["registry"];
+    for (const auto& [key, values] : registry.items()) {
         AddKeyFaults(faults, key, values);
     }
     return faults;

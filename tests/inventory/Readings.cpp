@@ -212,12 +212,12 @@ std::vector<std::string> GdiNamesOf(const Card& card)
     return names;
 }
 
-const Card& CardOf(const std::vector<Card>& cards, const std::string& instanceId)
+const Card& CardOf(const std::vector<Card>& cards, std::string_view instanceId)
 {
     const auto found = std::find_if(cards.begin(), cards.end(),
                                     [&](const Card& card) { return TextOf(card.Of(Property::InstanceId)) == instanceId; });
     if (found == cards.end()) {
-        throw std::runtime_error("no card " + instanceId);
+        throw std::runtime_error("no card " + std::string(instanceId));
     }
     return *found;
 }

@@ -62,7 +62,7 @@ Answer AnswerOf(const Card& card, Property property);
 std::vector<std::string> GdiNamesOf(const Card& card);
 
 /// The card with this instance id; fails the test if there is none.
-const Card& CardOf(const std::vector<Card>& cards, const std::string& instanceId);
+const Card& CardOf(const std::vector<Card>& cards, std::string_view instanceId);
 
 inline constexpr uint64_t gibibyte = 1 << 30;
 
