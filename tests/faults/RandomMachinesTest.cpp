@@ -1,6 +1,7 @@
 // On random machines the library does not crash, its records are complete, and it throws only statuses. ORVEL_SOAK_MACHINES
 // is the number of machines, which ./dev soak sets; ORVEL_SOAK_SEED is the first seed.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

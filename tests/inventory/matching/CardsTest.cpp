@@ -1,5 +1,7 @@
 #include "Print.h"
 
+#include <algorithm>
+
 #include "Readings.h"
 #include "matching/Cards.h"
 

@@ -1,5 +1,6 @@
 #include "../Print.h"
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <set>
