@@ -268,7 +268,7 @@ void* Find(const char* name)
     return driver.missing.contains(name) ? nullptr : exports.at(name);
 }
 
-int adl = 0; ///< stands for a context of AMD's Display Library
+int adl = 0; ///< serves as a context of AMD's Display Library
 
 /// Reads with the driver as it is, and checks that nothing is left of it.
 DriverReading Read(void* adlContext = &adl)
