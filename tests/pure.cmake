@@ -8,7 +8,6 @@ set(pure_tests
     formulas/RunFailureTest.cpp
     formulas/StatusNamesTest.cpp
     formulas/VideoControllerQueryTest.cpp
-    support/Main.cpp
     vendors/intel/IntelFillRateTest.cpp
     vendors/intel/IntelTextsTest.cpp
     vendors/nvidia/NvidiaFormulasTest.cpp)
