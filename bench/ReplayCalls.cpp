@@ -1,9 +1,11 @@
 // How each call is repeated. A function of NVML, NVAPI, ADL, ADLX or the desktop window manager needs no entry here, unless
 // it takes something else than its handle, the numbers in the recording, and areas that it writes to.
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <stdexcept>
 
 #include <CL/cl.h>
 
@@ -38,6 +40,15 @@ void Keep(const Call& call, const void* written, Session& session)
         std::memcpy(&session.Outputs[call.Returns[index]], static_cast<const std::byte*>(written) + index * sizeof(Word),
                     sizeof(Word));
     }
+}
+
+/// A buffer of the caller with this size. Throws std::runtime_error if there is none.
+std::byte* Buffer(size_t bytes, Session& session)
+{
+    if (bytes > Session::areaBytes) {
+        throw std::runtime_error("a recorded call has a buffer of " + std::to_string(bytes) + " bytes, which is too large");
+    }
+    return session.Areas[0];
 }
 
 // --- the loader and the registry ---
@@ -85,8 +96,8 @@ using QueryFunction = LSTATUS WINAPI(HKEY, const Character*, LPDWORD, LPDWORD, L
 template <typename Character, QueryFunction<Character> Query>
 void QueryValue(const Call& call, Session& session)
 {
-    auto* const data = reinterpret_cast<BYTE*>(session.Areas[0]);
     auto bytes = static_cast<DWORD>(call.Number);
+    auto* const data = reinterpret_cast<BYTE*>(Buffer(bytes, session));
     Query(KeyOf(call, session), TextOf<Character>(call), nullptr, nullptr, bytes == 0 ? nullptr : data, &bytes);
 }
 
@@ -170,7 +181,7 @@ void CallDriver(const Call& call, Session& session)
             arguments.Add(call.Number);
         }
     }
-    std::memcpy(session.Areas[0], call.Input.data(), call.Input.size());
+    std::memcpy(Buffer(std::max<size_t>(call.Number, call.Input.size()), session), call.Input.data(), call.Input.size());
     CallFunction(*call.Function, arguments);
     Keep(call, session.Areas[0], session);
 }
@@ -179,7 +190,7 @@ void CallDriver(const Call& call, Session& session)
 void CallOpenCl(const Call& call, Session& session, Arguments arguments)
 {
     arguments.Add(call.Number);
-    arguments.Add(call.Number == 0 ? 0 : AsWord(session.Areas[0]));
+    arguments.Add(call.Number == 0 ? 0 : AsWord(Buffer(call.Number * sizeof(Word), session)));
     arguments.Add(call.Number == 0 ? AsWord(session.Areas[1]) : 0);
     CallFunction(*call.Function, arguments);
     Keep(call, session.Areas[0], session);

@@ -62,7 +62,7 @@ json EndRecording()
 {
     const std::scoped_lock lock(recording.mutex);
     isRecording = false;
-    const json calls(std::vector<json>(recording.calls.begin(), recording.calls.end()));
+    json calls(std::vector<json>(recording.calls.begin(), recording.calls.end()));
     recording.calls.clear();
     ++recording.generation;
     return calls;
