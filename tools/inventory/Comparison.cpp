@@ -4,6 +4,7 @@
 #include "inventory/Comparison.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <iterator>
@@ -99,14 +100,8 @@ std::optional<uint64_t> NumberOf(const Inventory& inventory, const InventoryCard
 // --- which record belongs to which card
 // ---------------------------------------------------------------------------------------
 
-/// What cards and records are assigned by.
-struct Identity {
-    uint64_t Vendor = 0;
-    uint64_t Device = 0;
-    uint64_t Subsystem = 0;
-
-    auto operator<=>(const Identity&) const = default;
-};
+/// What cards and records are assigned by: vendor, device and subsystem.
+using Identity = std::array<uint64_t, 3>;
 
 std::optional<Identity> IdentityOf(const Inventory& inventory, const InventoryCard& card)
 {
