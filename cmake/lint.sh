@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# lint.sh PROJECT BUILD: runs the prose linter, clang-format on all sources, clang-tidy on the product's sources with the
+# lint.sh PROJECT BUILD: runs the prose linter, clang-format on all sources, clang-tidy on all but the tests with the
 # commands of the cross-build, and cppcheck on everything that is built. Any finding fails.
 set -euo pipefail
 
@@ -15,7 +15,7 @@ mkdir -p "$lint/cppcheck"
 # Translates GCC's commands for clang: adds the target and the C++ library's folders, and removes unknown options.
 library=$(x86_64-w64-mingw32-g++-posix -xc++ -E -v - </dev/null 2>&1 | sed -n 's/^ \(.*include\/c++.*\)$/-isystem \1/p' | tr '\n' ' ')
 jq --arg library "$library" --arg project "$project/" '[.[]
-    | select(.file | ltrimstr($project) | test("^(cmake|inventory|src|simulation|wmi-client/src|(tests/)?fallback)/[^.]*[.]cpp$"))
+    | select(.file | ltrimstr($project) | test("^(bench|cmake|inventory|src|simulation|tools|wmi-client/src|(tests/)?fallback)/[^.]*[.]cpp$"))
     | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-Wshadow=local|-Werror|-Winvalid-pch|-include [^ ]*cmake_pch[^ ]*"; ""))]' \
     "$2/compile_commands.json" >"$lint/compile_commands.json"
 jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
