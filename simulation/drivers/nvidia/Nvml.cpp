@@ -112,9 +112,7 @@ int32_t GiveText(const char* name, const void* handle, char* target, uint32_t le
                  Answer<std::string> NvmlDeviceModel::*member, size_t longest)
 {
     const std::string call = std::string("nvml ") + name;
-    const auto give = [&](const NvmlDeviceModel& device) {
-        return GiveText(call, device.*member, target, length, longest);
-    };
+    const auto give = [&](const NvmlDeviceModel& device) { return GiveText(call, device.*member, target, length, longest); };
     return OnDevice(call, handle, give, length);
 }
 
