@@ -109,8 +109,10 @@ int RunRecord(const Options& options)
     if (auto problem = CheckTarget(*options.Recording, existing)) {
         return Fail(ExitWrongInput, *problem + " (--force replaces it)");
     }
-    LoadNvml();
-    const recorder::Json recording = recorder::RecordComputer(options.RecordIdentifiers);
+    recorder::RecordOptions how;
+    how.KeepIdentifiers = options.RecordIdentifiers;
+    how.BeforeEnumeration = [] { LoadNvml(); };
+    const recorder::Json recording = recorder::RecordComputer(how);
     if (const auto problem = WriteFileWhole(*options.Recording, recording.dump(2) + "\n", existing)) {
         return Fail(ExitWrongInput, *problem);
     }

@@ -1,5 +1,6 @@
 #include "loading/SystemLoader.h"
 
+#include <algorithm>
 #include <string>
 
 #include "loading/ModuleSetup.h"
@@ -19,6 +20,14 @@ HMODULE LoadDxCore()
     return self;
 }
 
+/// Whether the machine has the DLL in another folder than Windows' own.
+bool IsOutside(const std::wstring& name)
+{
+    const auto machine = CurrentMachine();
+    const auto& outside = machine->outsideSystemFolder;
+    return std::ranges::find(outside, ToUtf8(name)) != outside.end();
+}
+
 HMODULE WINAPI Load(LPCWSTR name, HANDLE file, DWORD flags)
 {
     const std::wstring folded = name ? FoldCase(name) : L"";
@@ -29,7 +38,7 @@ HMODULE WINAPI Load(LPCWSTR name, HANDLE file, DWORD flags)
         return LoadLibraryExW(name, file, flags);
     }
     AddToTrace("load " + ToUtf8(folded));
-    if (standing == Standing::Missing) {
+    if (standing == Standing::Missing || IsOutside(folded)) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
     }

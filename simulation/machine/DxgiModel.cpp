@@ -1,6 +1,16 @@
 #include "machine/DxgiModel.h"
 
+#include <algorithm>
+
 namespace orvel::simulation {
+
+static void ReadListedBy(const Node& node, DxgiAdapterModel& target)
+{
+    std::vector<std::string> functions;
+    NamesInto(functions, {"EnumAdapters", "EnumAdapters1"})(node);
+    target.isListedFirst = std::ranges::find(functions, "EnumAdapters") != functions.end();
+    target.isListedSecond = std::ranges::find(functions, "EnumAdapters1") != functions.end();
+}
 
 void ReadInto(const Node& node, DxgiAdapterModel& target)
 {
@@ -17,6 +27,7 @@ void ReadInto(const Node& node, DxgiAdapterModel& target)
         {"Description", Into(target.description)},
         {"EnumAdapters1", Into(target.enumAdapters1)},
         {"GetDesc1", Into(target.getDesc1)},
+        {"listed_by", [&target](const Node& functions) { ReadListedBy(functions, target); }},
     });
 }
 

@@ -21,6 +21,8 @@ struct DxgiAdapterModel {
     WideText description;
     Status enumAdapters1;
     Status getDesc1;
+    bool isListedFirst = true;  // by EnumAdapters
+    bool isListedSecond = true; // by EnumAdapters1
 };
 
 struct DxgiModel {

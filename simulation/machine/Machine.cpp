@@ -4,6 +4,9 @@ namespace orvel::simulation {
 
 namespace {
 
+/// The DLLs that a program can load from Windows' own folder alone.
+const std::vector<std::string> systemDlls = {"dxgi.dll", "nvml.dll", "nvapi64.dll", "atiadlxx.dll", "amdadlx64.dll"};
+
 template <typename Model>
 ReadField AsInterface(Interface<Model>& target)
 {
@@ -78,6 +81,7 @@ void ReadInto(const Node& node, Machine& target)
         {"nvml", AsInterface(target.nvml)},
         {"adl", AsInterface(target.adl)},
         {"adlx", AsInterface(target.adlx)},
+        {"outside_system_folder", NamesInto(target.outsideSystemFolder, systemDlls)},
         {"hang", Into(target.hangs)},
     });
 }

@@ -50,6 +50,7 @@ struct Machine {
     Interface<NvmlModel> nvml;
     Interface<AdlModel> adl;
     Interface<AdlxModel> adlx;
+    std::vector<std::string> outsideSystemFolder; // DLLs, by their names
     std::vector<Hang> hangs;
 };
 

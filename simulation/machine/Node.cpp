@@ -278,7 +278,7 @@ ReadField NamesInto(std::vector<std::string>& target, const std::vector<std::str
         for (const Node& element : node.Elements()) {
             target.push_back(element.Text());
             if (std::ranges::find(known, target.back()) == known.end()) {
-                element.Refuse("unknown function \"" + target.back() + "\"");
+                element.Refuse("unknown name \"" + target.back() + "\"");
             }
         }
     };

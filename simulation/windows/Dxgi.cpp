@@ -94,10 +94,11 @@ public:
             return DXGI_ERROR_INVALID_CALL;
         }
         *adapter = nullptr;
-        if (index >= model.adapters.size()) {
+        const DxgiAdapterModel* const found = Find(index, &DxgiAdapterModel::isListedFirst);
+        if (!found) {
             return DXGI_ERROR_NOT_FOUND;
         }
-        *adapter = new Adapter(model.adapters[index], index);
+        *adapter = new Adapter(*found, index);
         return S_OK;
     }
 
@@ -108,13 +109,14 @@ public:
             return DXGI_ERROR_INVALID_CALL;
         }
         *adapter = nullptr;
-        if (index >= model.adapters.size()) {
+        const DxgiAdapterModel* const found = Find(index, &DxgiAdapterModel::isListedSecond);
+        if (!found) {
             return model.enumAdapters1.given ? model.enumAdapters1.code : DXGI_ERROR_NOT_FOUND;
         }
-        if (const int32_t status = model.adapters[index].enumAdapters1.code; status != 0) {
+        if (const int32_t status = found->enumAdapters1.code; status != 0) {
             return status;
         }
-        *adapter = new Adapter(model.adapters[index], index);
+        *adapter = new Adapter(*found, index);
         return S_OK;
     }
 
@@ -129,6 +131,15 @@ public:
     STDMETHODIMP CreateSoftwareAdapter(HMODULE, IDXGIAdapter**) override { return DXGI_ERROR_UNSUPPORTED; }
 
 private:
+    /// The adapter that a function lists at an index; null behind the last.
+    const DxgiAdapterModel* Find(UINT index, bool DxgiAdapterModel::*isListed) const
+    {
+        UINT next = 0;
+        const auto found = std::ranges::find_if(
+            model.adapters, [&](const DxgiAdapterModel& adapter) { return adapter.*isListed && next++ == index; });
+        return found == model.adapters.end() ? nullptr : &*found;
+    }
+
     DxgiModel model;
 };
 

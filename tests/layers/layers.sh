@@ -18,11 +18,12 @@ inventory_layers=(inventory/model inventory/sources inventory/matching inventory
 declare -A around=(
     [simulation]="src/formulas src/platform simulation/include"
     [fallback]=""
-    [tools]="${layers[*]} simulation/include"
+    [tools]="${layers[*]} simulation/include tools/recorder"
+    [tools/recorder]="${layers[*]} inventory/model inventory/sources inventory/snapshot"
     [tools/nvml]="src/interfaces ${inventory_layers[*]}"
     [bindings]="src/formulas src/platform include tools"
     [bench]="${layers[*]} simulation/include tools"
-    [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools"
+    [tests]="${layers[*]} ${inventory_layers[*]} simulation simulation/include tools tools/recorder"
     [fuzz]="src/formulas src/interfaces inventory/matching src/vendors/intel src/vendors/nvidia src/vendors/amd"
 )
 

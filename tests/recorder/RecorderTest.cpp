@@ -24,7 +24,9 @@ uint32_t Setting(const char* name, uint32_t otherwise)
 Json Record(const Json& machine)
 {
     Simulate(machine);
-    const auto recording = orvel::recorder::RecordComputer(true);
+    orvel::recorder::RecordOptions options;
+    options.KeepIdentifiers = true;
+    const auto recording = orvel::recorder::RecordComputer(options);
     CheckNoViolations();
     return Json::parse(recording.dump());
 }

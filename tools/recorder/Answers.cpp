@@ -16,6 +16,13 @@ bool IsUtf8(std::string_view bytes)
     return bytes.empty() || ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), length, nullptr, 0) != 0;
 }
 
+bool IsUnicode(const wchar_t* text, size_t characters)
+{
+    const auto length = static_cast<int>(characters);
+    return characters == 0 ||
+           ::WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, text, length, nullptr, 0, nullptr, nullptr) != 0;
+}
+
 } // namespace
 
 std::string Hex(const unsigned char* data, size_t bytes)
@@ -40,6 +47,23 @@ Json Text(std::string_view bytes)
 Json Text(std::wstring_view text)
 {
     return shared::enumeration::ToUtf8(text);
+}
+
+Json WideText(std::wstring_view text)
+{
+    if (IsUnicode(text.data(), text.size())) {
+        return Text(text);
+    }
+    return {{"hex", Hex(reinterpret_cast<const unsigned char*>(text.data()), text.size() * sizeof(wchar_t))}};
+}
+
+std::optional<std::string> PlainText(const std::vector<unsigned char>& data)
+{
+    std::wstring text(data.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
+    const bool isPlain = data.size() % sizeof(wchar_t) == 0 && !text.empty() && text.find(L'\0') == text.size() - 1 &&
+                         IsUnicode(text.data(), text.size());
+    return isPlain ? std::optional(shared::enumeration::ToUtf8(text.substr(0, text.size() - 1))) : std::nullopt;
 }
 
 Json Answer(int32_t status, const Json& value, bool isWritten)

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -17,6 +19,12 @@ Json Text(std::string_view bytes);
 
 /// UTF-16 text. Halves of surrogate pairs become replacement characters.
 Json Text(std::wstring_view text);
+
+/// UTF-16 text: as it is, or {"hex": bytes} where it has halves of surrogate pairs.
+Json WideText(std::wstring_view text);
+
+/// The text of data that is UTF-16 with one NUL, at its end; nothing where that would not say all about the data.
+std::optional<std::string> PlainText(const std::vector<unsigned char>& data);
 
 /// Pairs of hexadecimal digits.
 std::string Hex(const unsigned char* data, size_t bytes);

@@ -5,19 +5,32 @@
 #include <vector>
 
 #include "Answers.h"
+#include "WatchedThread.h"
 
-// One function for each interface: it makes the calls of an enumeration, and returns what they answered as the interface's
-// section of a machine file; nothing where the computer does not have the interface.
+// One function for each interface: it makes the calls of an enumeration and of an inventory, and returns what they answered
+// as the interface's section of a machine file; nothing where the computer does not have the interface. Those that an
+// inventory calls run on a thread that is given up when it makes no progress for so many milliseconds.
 
 namespace orvel::recorder {
 
 std::optional<Json> RecordDwm();
-std::optional<Json> RecordDxgi();
 std::optional<Json> RecordOpenCl();
 std::optional<Json> RecordNvml();
 
 /// The keys and values of HKEY_LOCAL_MACHINE that an enumeration reads.
-std::optional<Json> RecordRegistry();
+Json RecordRegistry();
+
+struct PnpRecording {
+    Json Section = Json::object();
+    Json DriverKeys = Json::object(); ///< for the section of the registry
+};
+
+/// The display devices of SetupAPI and their drivers' registry keys.
+Recorded<PnpRecording> RecordPnp(uint32_t patienceMilliseconds);
+
+Recorded<std::optional<Json>> RecordDisplays(uint32_t patienceMilliseconds);
+Recorded<std::optional<Json>> RecordDxgi(uint32_t patienceMilliseconds);
+Recorded<std::optional<Json>> RecordDxCore(uint32_t patienceMilliseconds);
 
 struct NvapiRecording {
     std::optional<Json> Section;

@@ -26,7 +26,7 @@ std::string WindowsVersion()
 
 } // namespace
 
-Json RecordOrigin()
+Json RecordOrigin(const std::set<std::string>& hangingDlls)
 {
     Json origin = {{"program", ORVEL_VERSION}, {"windows", WindowsVersion()}};
     using WineVersion = const char* (*)();
@@ -34,14 +34,13 @@ Json RecordOrigin()
         origin["wine"] = wine();
     }
     origin["dlls"] = Json::array();
-    for (const wchar_t* name :
-         {L"opencl.dll", L"nvapi64.dll", L"nvml.dll", L"atiadlxx.dll", L"amdadlx64.dll", L"dxgi.dll"}) {
-        const ModuleHandle module(::LoadLibraryW(name));
+    for (const char* name : {"opencl.dll", "nvapi64.dll", "nvml.dll", "atiadlxx.dll", "amdadlx64.dll", "dxgi.dll"}) {
+        const ModuleHandle module(hangingDlls.contains(name) ? nullptr : ::LoadLibraryW(ToUtf16(name).c_str()));
         if (!module) {
             continue;
         }
         const std::wstring path = PathOf(module.get());
-        origin["dlls"].push_back({{"dll", ToUtf8(name)}, {"path", ToUtf8(path)}, {"version", FileVersion(path)}});
+        origin["dlls"].push_back({{"dll", name}, {"path", ToUtf8(path)}, {"version", FileVersion(path)}});
     }
     return origin;
 }

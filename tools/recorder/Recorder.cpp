@@ -1,12 +1,11 @@
 #include "Recorder.h"
 
-#include <set>
-
 #include <windows.h>
 
 #include "Identifiers.h"
 #include "Interfaces.h"
 #include "Origin.h"
+#include "SystemDlls.h"
 
 namespace orvel::recorder {
 
@@ -57,25 +56,104 @@ std::string UserName()
     return Text(std::wstring_view(name)).get<std::string>();
 }
 
-} // namespace
+/// Puts the sections of the interfaces together.
+class Recorder {
+public:
+    explicit Recorder(const RecordOptions& recordOptions) : options(recordOptions) {}
 
-Json RecordComputer(bool keepIdentifiers)
+    Json Record();
+
+private:
+    /// What a thread has recorded; a call that hangs is noted.
+    template <typename Content>
+    Content Take(const Recorded<Content>& recorded)
+    {
+        if (!recorded.hangingCall.empty()) {
+            AddHang(recorded.hangingCall);
+        }
+        return recorded.content;
+    }
+
+    /// Records what needs a DLL, unless that cannot be loaded without an end.
+    template <typename Content>
+    Content TakeWith(const char* dll, Recorded<Content> (*record)(uint32_t))
+    {
+        return systemDlls.Hanging.contains(dll) ? Content{} : Take(record(options.PatienceMilliseconds));
+    }
+
+    void AddHang(const std::string& call)
+    {
+        constexpr uint32_t day = 24 * 60 * 60 * 1000; // the longest that a machine file can say
+        hangs.push_back({{"call", call}, {"milliseconds", day}});
+    }
+
+    void AddOutsideDlls(Json& recording) const;
+
+    const RecordOptions& options;
+    SystemDlls systemDlls;
+    Json hangs = Json::array();
+};
+
+/// The DLLs that an enumeration finds and an inventory does not.
+void Recorder::AddOutsideDlls(Json& recording) const
 {
+    Json names = Json::array();
+    for (const auto& [dll, section] :
+         {std::pair("dxgi.dll", "dxgi"), std::pair("nvml.dll", "nvml"), std::pair("nvapi64.dll", "nvapi"),
+          std::pair("atiadlxx.dll", "adl"), std::pair("amdadlx64.dll", "adlx")}) {
+        if (recording.contains(section) && !systemDlls.Has(dll)) {
+            names.push_back(dll);
+        }
+    }
+    if (!names.empty()) {
+        recording["outside_system_folder"] = names;
+    }
+}
+
+/// The devices come first: they say which cards sleep, and the vendors' drivers may wake them.
+Json Recorder::Record()
+{
+    systemDlls = FindSystemDlls(options.PatienceMilliseconds);
+    for (const std::string& name : systemDlls.Hanging) {
+        AddHang("load " + name);
+    }
+    const PnpRecording pnp = Take(RecordPnp(options.PatienceMilliseconds));
+    const auto displays = Take(RecordDisplays(options.PatienceMilliseconds));
+    const auto dxcore = TakeWith("dxcore.dll", &RecordDxCore);
+    const auto dxgi = TakeWith("dxgi.dll", &RecordDxgi);
+
+    options.BeforeEnumeration();
     const NvapiRecording nvapi = RecordNvapi();
     const AmdRecording amd = RecordAmd();
     const std::optional<Json> opencl = RecordOpenCl();
     const Json wmi = RecordWmi({OpenClNames(opencl), nvapi.DeviceId, amd.Names});
-    Json recording = {{"name", Title(wmi)}, {"recorded", RecordOrigin()}};
+    Json recording = {{"name", Title(wmi)}, {"recorded", RecordOrigin(systemDlls.Hanging)}};
     Add(recording, "dwm", RecordDwm());
     recording["wmi"] = wmi;
-    Add(recording, "registry", RecordRegistry());
-    Add(recording, "dxgi", RecordDxgi());
+    Json registry = RecordRegistry();
+    registry.update(pnp.DriverKeys);
+    Add(recording, "registry", registry.empty() ? std::nullopt : std::optional(registry));
+    recording["pnp"] = pnp.Section;
+    Add(recording, "displays", displays);
+    Add(recording, "dxgi", dxgi);
+    Add(recording, "dxcore", dxcore);
     Add(recording, "opencl", opencl);
     Add(recording, "nvapi", nvapi.Section);
     Add(recording, "nvml", RecordNvml());
     Add(recording, "adl", amd.Adl);
     Add(recording, "adlx", amd.Adlx);
-    if (!keepIdentifiers) {
+    AddOutsideDlls(recording);
+    Add(recording, "hang", hangs.empty() ? std::nullopt : std::optional(hangs));
+    return recording;
+}
+
+} // namespace
+
+Json RecordComputer(const RecordOptions& options)
+{
+    Recorder recorder(options);
+    Json recording = recorder.Record();
+    if (!options.KeepIdentifiers) {
         ReplaceIdentifiers(recording, UserName());
     }
     return recording;

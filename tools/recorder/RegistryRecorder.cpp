@@ -1,6 +1,6 @@
 #include "Interfaces.h"
 
-#include <cstring>
+#include "RegistryValue.h"
 
 #include "platform/Handles.h"
 
@@ -35,33 +35,6 @@ std::optional<std::wstring> SubkeyName(HKEY key, DWORD index)
     return std::wstring(name, characters);
 }
 
-/// A REG_SZ as text where that says all about it: UTF-16 with one NUL, at its end.
-std::optional<Json> PlainText(DWORD type, const std::vector<BYTE>& data)
-{
-    std::wstring text(data.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
-    const bool isPlain =
-        type == REG_SZ && data.size() % sizeof(wchar_t) == 0 && !text.empty() && text.find(L'\0') == text.size() - 1 &&
-        ::WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, text.c_str(), -1, nullptr, 0, nullptr, nullptr) != 0;
-    return isPlain ? std::optional(Text(std::wstring_view(text).substr(0, text.size() - 1))) : std::nullopt;
-}
-
-Json ValueOf(DWORD type, const std::vector<BYTE>& data)
-{
-    if (auto text = PlainText(type, data)) {
-        return *text;
-    }
-    if (uint32_t number = 0; type == REG_DWORD && data.size() == sizeof number) {
-        std::memcpy(&number, data.data(), sizeof number);
-        return number;
-    }
-    Json value = {{"hex", Hex(data.data(), data.size())}};
-    if (type != REG_BINARY) {
-        value["type"] = type;
-    }
-    return value;
-}
-
 void RecordValue(HKEY key, const wchar_t* name, Json& values)
 {
     DWORD type = REG_NONE;
@@ -72,7 +45,7 @@ void RecordValue(HKEY key, const wchar_t* name, Json& values)
     std::vector<BYTE> data(bytes);
     if (::RegQueryValueExW(key, name, nullptr, &type, data.data(), &bytes) == ERROR_SUCCESS) {
         data.resize(bytes);
-        values[Text(std::wstring_view(name)).get<std::string>()] = ValueOf(type, data);
+        values[Text(std::wstring_view(name)).get<std::string>()] = RegistryValue(type, data);
     }
 }
 
@@ -148,12 +121,12 @@ private:
 
 } // namespace
 
-std::optional<Json> RecordRegistry()
+Json RecordRegistry()
 {
     Json section = Json::object();
     RecordPciDevices(section);
     DisplayKeys(section).Record();
-    return section.empty() ? std::nullopt : std::optional(section);
+    return section;
 }
 
 } // namespace orvel::recorder

@@ -148,11 +148,11 @@ TEST_CASE("An array of the wrong length is rejected")
     CHECK(Problem({1, "x"}, read) == "/1: expected a whole number, found \"x\"");
 }
 
-TEST_CASE("An unknown function name is rejected")
+TEST_CASE("An unknown name is rejected")
 {
     std::vector<std::string> names;
     const std::vector<std::string> known = {"a", "b"};
     CHECK(Problem({"b"}, NamesInto(names, known)) == "");
     CHECK(names == std::vector<std::string>{"b"});
-    CHECK(Problem({"a", "c"}, NamesInto(names, known)) == "/1: unknown function \"c\"");
+    CHECK(Problem({"a", "c"}, NamesInto(names, known)) == "/1: unknown name \"c\"");
 }

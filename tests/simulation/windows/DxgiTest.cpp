@@ -100,3 +100,32 @@ TEST_CASE("DXGI truncates a description to 127 characters")
     CHECK(adapter->GetDesc(&description) == S_OK);
     CHECK(std::wstring(description.Description) == std::wstring(127, L'x'));
 }
+
+TEST_CASE("Each version of DXGI lists the adapters that the file says it lists")
+{
+    Json machine = OneAdapter("Both");
+    Json& adapters = machine["dxgi"]["adapters"];
+    adapters.insert(adapters.begin(), {{"VendorId", 1}, {"Description", "Newer"}, {"listed_by", {"EnumAdapters1"}}});
+    adapters.push_back({{"VendorId", 2}, {"Description", "Older"}, {"listed_by", {"EnumAdapters"}}});
+    Simulate(machine);
+    const Driver dxgi(L"dxgi.dll");
+    ComPtr<IDXGIFactory1> factory;
+    REQUIRE(dxgi.Call("CreateDXGIFactory1", &IID_IDXGIFactory1, factory.GetAddressOf()) == S_OK);
+    const auto nameOf = [](IDXGIAdapter& adapter) {
+        DXGI_ADAPTER_DESC description{};
+        CHECK(adapter.GetDesc(&description) == S_OK);
+        return std::wstring(description.Description);
+    };
+    for (const auto& [index, name] : {std::pair(0U, L"Both"), std::pair(1U, L"Older")}) {
+        ComPtr<IDXGIAdapter> adapter;
+        REQUIRE(factory->EnumAdapters(index, adapter.GetAddressOf()) == S_OK);
+        CHECK(nameOf(*adapter.Get()) == name);
+    }
+    for (const auto& [index, name] : {std::pair(0U, L"Newer"), std::pair(1U, L"Both")}) {
+        ComPtr<IDXGIAdapter1> adapter;
+        REQUIRE(factory->EnumAdapters1(index, adapter.GetAddressOf()) == S_OK);
+        CHECK(nameOf(*adapter.Get()) == name);
+    }
+    ComPtr<IDXGIAdapter1> none;
+    CHECK(factory->EnumAdapters1(2, none.GetAddressOf()) == DXGI_ERROR_NOT_FOUND);
+}

@@ -111,3 +111,12 @@ TEST_CASE("DXCore returns the statuses of the file, and reports callers that bre
     CHECK(TakeViolations() == Violations{"dxcore CreateAdapterList: no attribute"});
     Release(factory);
 }
+
+TEST_CASE("A DLL outside Windows' own folder is there for a program that looks elsewhere too")
+{
+    Simulate({{"nvml", Json::object()}, {"outside_system_folder", {"nvml.dll"}}});
+    CHECK_FALSE(LoadFromSystem(L"nvml.dll"));
+    CHECK(::GetLastError() == ERROR_MOD_NOT_FOUND);
+    CHECK(ModuleHandle(::LoadLibraryW(L"nvml.dll")));
+    CHECK_THROWS_WITH(Simulate({{"outside_system_folder", {"opencl.dll"}}}), doctest::Contains("unknown name"));
+}
