@@ -13,11 +13,10 @@ namespace orvel::shared::inventory {
 
 namespace {
 
+using enumeration::ADLX_DECLARED_VERSION;
 using enumeration::ADLX_RESULT;
 using enumeration::AdlxPtr;
 using P = Property;
-
-constexpr uint64_t newestVersion = 0x000100040000006E; // 1.4.0, build 110
 
 /// No computer has more; a larger list is not one.
 constexpr uint32_t mostGpus = 256;
@@ -172,7 +171,7 @@ uint64_t CallersVersion(const FunctionLookup& find)
     const auto query = Find<QueryFullVersion>(find, "ADLXQueryFullVersion");
     uint64_t drivers = 0;
     const bool isKnown = query && enumeration::Succeeded(query(&drivers)) && drivers != 0;
-    return isKnown ? std::min(drivers, newestVersion) : newestVersion;
+    return isKnown ? std::min(drivers, ADLX_DECLARED_VERSION) : ADLX_DECLARED_VERSION;
 }
 
 /// The result of the initialisation; empty where the driver has no function for it.

@@ -49,7 +49,8 @@ void ReadInto(const Node& node, AdlxModel& target)
 {
     node.ReadFields({
         {"missing", NamesInto(target.missing, functions)},
-        {"ADLXQueryFullVersion", Into(target.fullVersion)},
+        {"ADLXQueryFullVersion",
+         [&target](const Node& version) { ReadInto(version, target.fullVersion = Answer<uint64_t>()); }},
         {"mapping", Into(target.mapping)},
         {"ADLXInitializeWithCallerAdl", Into(target.initializeWithCallerAdl)},
         {"ADLXInitialize", Into(target.initialize)},

@@ -11,11 +11,15 @@ namespace orvel::shared::enumeration {
 
 using ADLX_RESULT = int32_t;
 
+/// The version whose interfaces are declared here: 1.4.0, build 110. A driver refuses callers of newer versions than its own.
+constexpr uint64_t ADLX_DECLARED_VERSION = 0x000100040000006E;
+
 constexpr ADLX_RESULT ADLX_OK = 0;
 constexpr ADLX_RESULT ADLX_ALREADY_ENABLED = 1;
 constexpr ADLX_RESULT ADLX_ALREADY_INITIALIZED = 2;
 constexpr ADLX_RESULT ADLX_FAIL = 3;
 constexpr ADLX_RESULT ADLX_INVALID_ARGS = 4;
+constexpr ADLX_RESULT ADLX_BAD_VER = 5;
 constexpr ADLX_RESULT ADLX_NOT_SUPPORTED = 12;
 
 /// Whether a result is a success; "already enabled" and "already initialised" are too.

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <unknwn.h>
+#include <objbase.h>
 
 namespace orvel::shared::enumeration {
 

@@ -34,7 +34,7 @@ void CheckRecordedInventory(const Json& machine)
 {
     const Json recording = Record(machine);
     INFO(recording.dump());
-    for (const char* depth : {"system", "graphics"}) {
+    for (const char* depth : {"system", "graphics", "drivers"}) {
         CAPTURE(depth);
         CHECK(Json::diff(Inventory(machine, depth), Inventory(recording, depth)).dump() == "[]");
     }

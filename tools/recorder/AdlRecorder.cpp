@@ -37,7 +37,7 @@ bool IsAnyWritten(std::initializer_list<int> numbers)
 } // namespace
 
 template <typename Function>
-Function AdlRecorder::Find(const char* name)
+Function AdlRecorder::Find(const char* name) const
 {
     return FindFunction<Function>(module.get(), name);
 }
@@ -70,8 +70,16 @@ AdlRecorder::~AdlRecorder()
     }
 }
 
+bool AdlRecorder::IsForInventory() const
+{
+    return context && (*section)[create] == 0 && Find<FARPROC>(destroy);
+}
+
 void AdlRecorder::RecordAdapter(int index)
 {
+    if (!context) {
+        return;
+    }
     Json& adapter = (*section)["adapters"][std::to_string(index)];
     adapter = Json::object();
     if (const auto function = Find<ADL2_Adapter_Graphic_Core_Info_Get_t>(graphicCore)) {

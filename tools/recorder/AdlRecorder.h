@@ -20,7 +20,10 @@ public:
     /// Null where ADL gives none.
     shared::enumeration::ADL_CONTEXT_HANDLE Context() const { return context; }
 
-    /// Adds what ADL answers for an adapter of this index.
+    /// Whether an inventory uses the context: it needs a success, and the function that destroys it.
+    bool IsForInventory() const;
+
+    /// Adds what ADL answers for an adapter of this index, if there is a context.
     void RecordAdapter(int index);
 
     /// Nothing without the DLL.
@@ -28,7 +31,7 @@ public:
 
 private:
     template <typename Function>
-    Function Find(const char* name);
+    Function Find(const char* name) const;
 
     shared::enumeration::ModuleHandle module;
     shared::enumeration::ADL_CONTEXT_HANDLE context = nullptr;

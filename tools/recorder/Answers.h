@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,6 +52,21 @@ Json RecordTextOf(Call call)
     std::memset(marked, '?', Capacity);
     const bool isWritten = call(&marked[0]) != 0 || marked[0] != '?';
     return isWritten ? Json("") : Json{{"status", 0}, {"writes", "nothing"}};
+}
+
+/// Calls for a number. A call that succeeds and seems to write nothing is made again, to see whether it does.
+template <typename Number, typename Call>
+Json RecordNumberOf(Call call)
+{
+    constexpr Number mark = std::numeric_limits<Number>::max();
+    Number number = mark;
+    const int32_t status = call(&number);
+    if (status == 0 && number == mark) {
+        number = 0;
+        call(&number);
+        return number == 0 ? Json{{"status", 0}, {"writes", "nothing"}} : Json(number);
+    }
+    return Answer(status, number);
 }
 
 /// What a call answered that returns an object.

@@ -57,7 +57,7 @@ Json RecordName(DISPLAYCONFIG_DEVICE_INFO_TYPE type, const LUID& adapter, UINT32
     return WideText(std::wstring_view(text, ::wcsnlen(text, Size)));
 }
 
-/// The path's mode; one without pixels is none.
+/// The path's mode, unless it has no pixels.
 std::optional<Json> RecordMode(const DISPLAYCONFIG_PATH_SOURCE_INFO& source, const Configuration& configuration)
 {
     const UINT32 index = source.modeInfoIdx;

@@ -15,7 +15,6 @@ namespace orvel::recorder {
 
 std::optional<Json> RecordDwm();
 std::optional<Json> RecordOpenCl();
-std::optional<Json> RecordNvml();
 
 /// The keys and values of HKEY_LOCAL_MACHINE that an enumeration reads.
 Json RecordRegistry();
@@ -38,7 +37,9 @@ struct NvapiRecording {
     std::optional<std::string> DeviceId;
 };
 
-NvapiRecording RecordNvapi();
+Recorded<NvapiRecording> RecordNvapi(uint32_t patienceMilliseconds);
+
+Recorded<std::optional<Json>> RecordNvml(uint32_t patienceMilliseconds);
 
 struct AmdRecording {
     std::optional<Json> Adl;
@@ -46,8 +47,9 @@ struct AmdRecording {
     std::vector<std::string> Names; ///< of ADLX's GPUs, which WMI is asked for
 };
 
-/// ADLX works in ADL's context, and gives the numbers of ADL's adapters.
-AmdRecording RecordAmd();
+/// ADLX works in ADL's context, and gives the numbers of ADL's adapters. An inventory uses ADL only from Windows' own
+/// folder.
+Recorded<AmdRecording> RecordAmd(uint32_t patienceMilliseconds, bool isAdlInSystemFolder);
 
 /// What the other interfaces have said of the GPUs: an enumeration's queries depend on it.
 struct KnownGpus {

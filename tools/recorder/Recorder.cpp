@@ -81,6 +81,13 @@ private:
         return systemDlls.Hanging.contains(dll) ? Content{} : Take(record(options.PatienceMilliseconds));
     }
 
+    AmdRecording TakeAmd()
+    {
+        const bool isLoadable =
+            !systemDlls.Hanging.contains("atiadlxx.dll") && !systemDlls.Hanging.contains("amdadlx64.dll");
+        return isLoadable ? Take(RecordAmd(options.PatienceMilliseconds, systemDlls.Has("atiadlxx.dll"))) : AmdRecording();
+    }
+
     void AddHang(const std::string& call)
     {
         constexpr uint32_t day = 24 * 60 * 60 * 1000; // the longest that a machine file can say
@@ -123,8 +130,9 @@ Json Recorder::Record()
     const auto dxgi = TakeWith("dxgi.dll", &RecordDxgi);
 
     options.BeforeEnumeration();
-    const NvapiRecording nvapi = RecordNvapi();
-    const AmdRecording amd = RecordAmd();
+    const NvapiRecording nvapi = TakeWith("nvapi64.dll", &RecordNvapi);
+    const AmdRecording amd = TakeAmd();
+    const auto nvml = TakeWith("nvml.dll", &RecordNvml);
     const std::optional<Json> opencl = RecordOpenCl();
     const Json wmi = RecordWmi({OpenClNames(opencl), nvapi.DeviceId, amd.Names});
     Json recording = {{"name", Title(wmi)}, {"recorded", RecordOrigin(systemDlls.Hanging)}};
@@ -139,7 +147,7 @@ Json Recorder::Record()
     Add(recording, "dxcore", dxcore);
     Add(recording, "opencl", opencl);
     Add(recording, "nvapi", nvapi.Section);
-    Add(recording, "nvml", RecordNvml());
+    Add(recording, "nvml", nvml);
     Add(recording, "adl", amd.Adl);
     Add(recording, "adlx", amd.Adlx);
     AddOutsideDlls(recording);

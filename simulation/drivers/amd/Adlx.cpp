@@ -30,10 +30,10 @@ bool UseCallersMemory(const std::string& call, void* context, AdlxFree free)
     return true;
 }
 
-/// Whether the driver serves a caller of this version, which must not be newer than the driver.
+/// Whether the driver serves a caller of this version, which must not be newer than the driver's, if it has one.
 bool IsServed(uint64_t version)
 {
-    return version != 0 && version <= CurrentMachine()->adlx.model.fullVersion;
+    return version != 0 && version <= CurrentMachine()->adlx.model.fullVersion.value.value_or(UINT64_MAX);
 }
 
 /// Starts the session unless the status is a failure, and returns the uncounted objects.
@@ -73,8 +73,7 @@ SIMULATED int32_t Sim_ADLXQueryFullVersion(uint64_t* version)
     if (!version) {
         return ADLX_INVALID_ARGS;
     }
-    *version = CurrentMachine()->adlx.model.fullVersion;
-    return ADLX_OK;
+    return CurrentMachine()->adlx.model.fullVersion.GiveTo(version, ADLX_NOT_SUPPORTED);
 }
 
 SIMULATED int32_t Sim_ADLXQueryVersion(const char** version)
