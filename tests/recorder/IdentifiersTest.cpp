@@ -114,6 +114,39 @@ TEST_CASE("User names are replaced in paths, and nowhere else")
     CHECK(recording["name"] == "Grace");
 }
 
+TEST_CASE("The names of monitors are replaced, and the serial number of a USB display")
+{
+    Json recording;
+    recording["displays"]["paths"][0] = {{"viewGdiDeviceName", "\\\\.\\DISPLAY1"},
+                                         {"monitorFriendlyDeviceName", "Grace's U27"}};
+    recording["pnp"]["devices"][0]["instance_id"] = "USB\\VID_17E9&PID_6006\\D2345678";
+    recording = Replaced(recording);
+    const Json& path = recording["displays"]["paths"][0];
+    CHECK(path["viewGdiDeviceName"] == "\\\\.\\DISPLAY1");
+    CHECK(path["monitorFriendlyDeviceName"] != "Grace's U27");
+    CHECK(HasSameForm(path["monitorFriendlyDeviceName"], "Grace's U27"));
+    const auto id = recording["pnp"]["devices"][0]["instance_id"].get<std::string>();
+    CHECK(id.starts_with("USB\\VID_17E9&PID_6006\\"));
+    CHECK(id.find("D2345678") == std::string::npos);
+}
+
+TEST_CASE("The UUID of a graphics card is replaced")
+{
+    Json recording = {{"nvml", {{"devices", Json::array()}}}};
+    recording["nvml"]["devices"].push_back({{"nvmlDeviceGetUUID", "GPU-8f2a3b4c-1111-2222-3333-444444444444"}});
+    recording = Replaced(recording);
+    CHECK(recording["nvml"]["devices"][0]["nvmlDeviceGetUUID"] == "GPU-00000001-0000-4000-8000-000000000000");
+}
+
+TEST_CASE("An identifier that is no text becomes one that says nothing")
+{
+    Json recording = {{"nvml", {{"devices", Json::array()}}}};
+    recording["nvml"]["devices"].push_back({{"nvmlDeviceGetSerial", {{"hex", "31323334ff"}}}});
+    recording = Replaced(recording);
+    CHECK(recording["nvml"]["devices"][0]["nvmlDeviceGetSerial"] == "X");
+    CHECK(recording["recorded"]["replaced"] == Json::array({"/nvml/devices/0/nvmlDeviceGetSerial"}));
+}
+
 TEST_CASE("Without identifiers nothing is replaced")
 {
     const Json recording = Replaced({{"name", "A computer"}, {"nvml", {{"nvmlInit_v2", 9}}}});

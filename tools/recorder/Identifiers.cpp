@@ -13,8 +13,8 @@ namespace orvel::recorder {
 
 namespace {
 
-/// Whose values are serial numbers.
-const std::set<std::string> serialKeys = {"SerialNumber", "nvmlDeviceGetSerial"};
+/// Whose values are serial numbers, or names of monitors, which can be their owner's.
+const std::set<std::string> serialKeys = {"SerialNumber", "nvmlDeviceGetSerial", "monitorFriendlyDeviceName"};
 
 constexpr size_t distinctiveLength = 6; // of a serial number that no other text is equal to by chance
 
@@ -23,9 +23,10 @@ const std::set<std::string> publicUuids = {"4d36e968-e325-11ce-bfc1-08002be10318
 
 const std::regex uuidPattern("[0-9A-Fa-f]{8}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{12}");
 
-// The instance of a PCI device. With an ampersand Windows has made it from the place in the computer; without, it is the
-// device's serial number, which may hold the address of a network card.
-const std::regex pciSerialPattern("(PCI\\\\VEN_[^\\\\]*\\\\)([0-9A-Za-z-]{8,})(?=$|\\\\)", std::regex::icase);
+// The instance of a PCI or USB device. With an ampersand Windows has made it from the place in the computer; without, it is
+// the device's serial number, which may hold the address of a network card.
+const std::regex pciSerialPattern("((?:PCI\\\\VEN_|USB\\\\VID_)[^\\\\]*\\\\)([0-9A-Za-z-]{8,})(?=$|\\\\)",
+                                  std::regex::icase);
 
 std::string LowerCase(std::string text)
 {
@@ -235,7 +236,10 @@ std::string Escaped(const std::string& key)
 
 void Replacer::Replace(Json& value, const std::string& path, bool isSerial)
 {
-    if (value.is_string()) {
+    if (isSerial && value.is_object() && value.contains("hex")) { // no text, so one that says nothing takes its place
+        places.push_back(path);
+        value = "X";
+    } else if (value.is_string()) {
         const std::string text = Replaced(value.get_ref<const std::string&>(), isSerial);
         if (text != value.get_ref<const std::string&>()) {
             places.push_back(path);
