@@ -1,9 +1,13 @@
 // A machine is simulated, recorded, and simulated from the recording: the inventory is the same at every depth.
+// ORVEL_SOAK_MACHINES and ORVEL_SOAK_SEED choose how many random machines and which.
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
 #include <doctest/doctest.h>
 
+#include "RandomInventories.h"
 #include "Snapshots.h"
 #include "recorder/Recorder.h"
 
@@ -48,7 +52,14 @@ std::vector<std::string> TrapNames()
             names.push_back(entry.path().stem().string());
         }
     }
+    std::sort(names.begin(), names.end()); // random machines are the same everywhere
     return names;
+}
+
+uint32_t Setting(const char* name, uint32_t otherwise)
+{
+    const char* text = std::getenv(name);
+    return text ? static_cast<uint32_t>(std::stoul(text)) : otherwise;
 }
 
 } // namespace
@@ -70,3 +81,20 @@ TEST_CASE("A recording of each trap has the trap's inventory")
         CheckRecordedInventory(TrapMachine(name));
     }
 }
+
+TEST_SUITE_BEGIN("soak");
+
+TEST_CASE("A recording of a machine with random failures has the machine's inventory")
+{
+    const auto names = TrapNames();
+    const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
+    const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 60);
+    for (uint32_t seed = first; seed < first + machines; ++seed) {
+        INFO("ORVEL_SOAK_SEED=" << seed << " ORVEL_SOAK_MACHINES=1");
+        Json machine = TrapMachine(names[seed % names.size()]);
+        machine.erase("hang"); // whose limits take their time
+        CheckRecordedInventory(WithRandomFailures(machine, seed));
+    }
+}
+
+TEST_SUITE_END();

@@ -204,7 +204,7 @@ private:
         Add(device, "nvmlDeviceGetTotalEccErrors", [&](const char* name) { return RecordEccErrors(name, handle); });
     }
 
-    /// The inventory's structure before the call: a place that nobody writes is none on PCI.
+    /// As an inventory does: a place that is not written is not one on PCI.
     Json RecordPlace(const char* name, nvmlDevice_t handle)
     {
         nvmlPciInfo_t place{};
