@@ -332,9 +332,13 @@ void AdlxRecorder::InitializeAlone()
     }
 }
 
-/// What an enumeration asks comes first. The first call that only an inventory makes is blamed for what hangs after that.
+/// What an enumeration asks comes first. The first call that only an inventory makes is blamed for what hangs after that. A
+/// driver without a function for its version has one that is new enough for the caller.
 void AdlxRecorder::RecordSession(const Roots& roots)
 {
+    if (!Section().contains("ADLXQueryFullVersion")) {
+        Section()["ADLXQueryFullVersion"] = version;
+    }
     if (isRecorded) {
         return;
     }
