@@ -105,8 +105,9 @@ TEST_CASE("Each version of DXGI lists the adapters that the file says it lists")
 {
     Json machine = OneAdapter("Both");
     Json& adapters = machine["dxgi"]["adapters"];
-    adapters.insert(adapters.begin(), {{"VendorId", 1}, {"Description", "Newer"}, {"listed_by", {"EnumAdapters1"}}});
-    adapters.push_back({{"VendorId", 2}, {"Description", "Older"}, {"listed_by", {"EnumAdapters"}}});
+    const Json newer = {{"VendorId", 1}, {"Description", "Newer"}, {"listed_by", {"EnumAdapters1"}}};
+    const Json older = {{"VendorId", 2}, {"Description", "Older"}, {"listed_by", {"EnumAdapters"}}};
+    adapters = Json::array({newer, adapters[0], older});
     Simulate(machine);
     const Driver dxgi(L"dxgi.dll");
     ComPtr<IDXGIFactory1> factory;
