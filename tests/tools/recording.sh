@@ -22,6 +22,7 @@ has_nothing_but() { [ "$(ls "$1")" = "$2" ] || { ls "$1"; return 1; }; }
 # What an enumeration makes of a computer.
 result() { jq -S '{cards, log, thrown}' "$1"; }
 is_same() { diff <(result "$1") <(result "$2"); }
+is_same_inventory() { diff <(jq -S . "$1") <(jq -S . "$2"); }
 
 # --- the file -----------------------------------------------------------------------------------------------------------------
 
@@ -89,10 +90,16 @@ for adapter in 8086:1912 10de:1b80 1002:73bf; do
     export ORVEL_DISPLAY=1 ORVEL_WINE_ADAPTER=$adapter
     "$source/dev" host --record "Z:$recording" >"$work/out" 2>"$work/errors"
     "$source/dev" host --json >"$work/platform.json" 2>>"$work/errors"
+    "$source/dev" host --record "Z:$work/identified.json" --force --record-identifiers >"$work/out" 2>>"$work/errors"
+    "$source/dev" host inventory --json >"$work/inventory.json" 2>>"$work/errors"
     unset ORVEL_DISPLAY ORVEL_WINE_ADAPTER
     "$source/dev" host --machine "Z:$recording" --json >"$work/replayed.json" 2>>"$work/errors"
+    "$source/dev" host inventory --machine "Z:$work/identified.json" --json >"$work/replayed-inventory.json" 2>>"$work/errors"
     check "$adapter: the adapter is recorded" json_is "$recording" '.dxgi.adapters[0].VendorId' "$((0x${adapter%:*}))"
     check "$adapter: replayed, it gives what the platform gives" is_same "$work/platform.json" "$work/replayed.json"
+    check "$adapter: the inventory lists its device" json_is "$work/inventory.json" '.cards[0].instance_id.status' '"known"'
+    check "$adapter: replayed, it has the platform's inventory" \
+        is_same_inventory "$work/inventory.json" "$work/replayed-inventory.json"
 done
 
 [ $failures -eq 0 ] || cat "$work/errors"

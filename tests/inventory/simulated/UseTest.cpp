@@ -90,7 +90,7 @@ TEST_CASE("On each machine of the gallery, every device is a card with the memor
         CAPTURE(name);
         const Json machine = Machine(name);
         if (!machine.contains("pnp")) { // recorded before --record asked what an inventory asks
-            CHECK((name == "recorded-wine" || name == "recorded-wine-8"));
+            CHECK(name == "recorded-wine");
             continue;
         }
         const Json inventory = InventoryOf(machine, "graphics");
@@ -99,7 +99,9 @@ TEST_CASE("On each machine of the gallery, every device is a card with the memor
         for (const auto& device : machine["pnp"]["devices"]) {
             const Json* const card = CardOf(inventory, device["instance_id"]);
             REQUIRE(card);
-            CHECK((*card)["name"]["value"] == device["DeviceDesc"]);
+            if (device.contains("DeviceDesc")) { // which Wine does not give
+                CHECK((*card)["name"]["value"] == device["DeviceDesc"]);
+            }
             CHECK((*card)["kind"]["status"] == "known");
             for (const auto& adapter : machine["dxgi"]["adapters"]) {
                 if (adapter["Luid"] == device["Luid"]) {
