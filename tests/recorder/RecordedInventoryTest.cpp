@@ -18,7 +18,7 @@ using namespace orvel::tests;
 namespace {
 
 /// Milliseconds. A call that hangs does so for longer.
-constexpr uint32_t snapshotLimit = 700, patience = 1500;
+constexpr uint32_t snapshotLimit = 600, patience = 1000;
 
 Json Record(const Json& machine)
 {
@@ -107,7 +107,7 @@ TEST_CASE("A recording of a machine with random failures has the machine's inven
 {
     const auto names = TrapNames();
     const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
-    const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 60);
+    const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 25);
     for (uint32_t seed = first; seed < first + machines; ++seed) {
         INFO("ORVEL_SOAK_SEED=" << seed << " ORVEL_SOAK_MACHINES=1");
         Json machine = TrapMachine(names[seed % names.size()]);

@@ -110,7 +110,7 @@ TEST_SUITE_BEGIN("soak");
 TEST_CASE("Random machines are recorded as they are")
 {
     const uint32_t first = Setting("ORVEL_SOAK_SEED", 1);
-    const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 100);
+    const uint32_t machines = Setting("ORVEL_SOAK_MACHINES", 40);
     for (uint32_t seed = first; seed < first + machines; ++seed) {
         INFO("ORVEL_SOAK_SEED=" << seed << " ORVEL_SOAK_MACHINES=1");
         CheckRecording(RandomMachine(seed));
@@ -121,7 +121,7 @@ TEST_CASE("A machine with a fault is recorded with it")
 {
     const std::vector<Fault> faults = AllFaults();
     const bool isSample = std::getenv("ORVEL_SOAK_MACHINES") == nullptr;
-    for (size_t index = 0; index < faults.size(); index += isSample ? 7 : 1) {
+    for (size_t index = 0; index < faults.size(); index += isSample ? 17 : 1) {
         INFO(faults[index].Name);
         Json machine = HealthyWorkstation();
         Apply(faults[index], machine);
