@@ -34,7 +34,7 @@ struct AdlxGpuModel {
 struct AdlxModel {
     std::vector<std::string> missing;
     Answer<uint64_t> fullVersion{true, 0, 0x0001000200000048}; // 1.2.0, build 72
-    bool mapping = true;                       // whether an initialisation with ADL returns the mapping
+    bool mapping = true;                                       // whether an initialisation with ADL returns the mapping
     OutputStatus initializeWithCallerAdl;
     OutputStatus initialize;
     OutputStatus getGpus;

@@ -11,7 +11,8 @@ namespace orvel::shared::enumeration {
 
 using ADLX_RESULT = int32_t;
 
-/// The version whose interfaces are declared here: 1.4.0, build 110. A driver refuses callers of newer versions than its own.
+/// The version whose interfaces are declared here: 1.4.0, build 110. A driver refuses callers of newer versions than its
+/// own.
 constexpr uint64_t ADLX_DECLARED_VERSION = 0x000100040000006E;
 
 constexpr ADLX_RESULT ADLX_OK = 0;
