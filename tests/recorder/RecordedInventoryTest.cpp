@@ -7,8 +7,6 @@
 
 #include <doctest/doctest.h>
 
-#include <windows.h>
-
 #include "RandomInventories.h"
 #include "Snapshots.h"
 #include "recorder/Recorder.h"
@@ -31,26 +29,9 @@ Json Record(const Json& machine)
     return recording;
 }
 
-/// A source's thread may end after its reading is taken, which it must do on its own machine. One that hangs never does.
-void AwaitThreads()
-{
-    const auto isLeft = [] {
-        const auto live = Live();
-        return std::any_of(live.begin(), live.end(), [](const auto& kind) { return kind.second != 0; });
-    };
-    for (int wait = 0; wait < 100 && isLeft(); ++wait) {
-        ::Sleep(10);
-    }
-}
-
 Json Inventory(const Json& machine, const std::string& depth)
 {
-    if (machine.contains("hang")) {
-        return InventoryOf(machine, depth, snapshotLimit);
-    }
-    const Json inventory = InventoryOf(machine, depth);
-    AwaitThreads();
-    return inventory;
+    return machine.contains("hang") ? InventoryOf(machine, depth, snapshotLimit) : InventoryOf(machine, depth);
 }
 
 void CheckRecordedInventory(const Json& machine)

@@ -37,16 +37,17 @@ AdlxSession& Session()
     return *TheAdlx().session;
 }
 
+/// On an abandoned thread, the object may be gone since the call began.
 long __stdcall Acquire(AdlxObject* self)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
-    return ++self->references;
+    return IsAbandoned() ? 0 : ++self->references;
 }
 
 long __stdcall Release(AdlxObject* self)
 {
     const std::scoped_lock lock(TheAdlx().mutex);
-    return Session().Release(self);
+    return IsAbandoned() ? 0 : Session().Release(self);
 }
 
 int32_t __stdcall Unused()
