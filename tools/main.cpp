@@ -59,7 +59,7 @@ void PrintLine(const LogLine& line)
 
 bool IsTerminal()
 {
-    const HANDLE output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    HANDLE output = ::GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     return ::GetConsoleMode(output, &mode) && ::SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }

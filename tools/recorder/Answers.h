@@ -43,7 +43,7 @@ Json TextAnswer(int32_t status, const char* buffer, size_t capacity);
 template <size_t Capacity, typename Call>
 Json RecordTextOf(Call call)
 {
-    char buffer[Capacity] = "";
+    char buffer[Capacity] = {};
     const int32_t status = call(&buffer[0]);
     if (status != 0 || buffer[0] != '\0') {
         return TextAnswer(status, buffer, Capacity);

@@ -218,7 +218,7 @@ std::vector<Gpu> RecordForEnumeration(const Nvapi& nvapi, NvapiRecording& record
 {
     Json& section = *recording.Section;
     NvAPI_Status status = NVAPI_OK;
-    const auto gpus = ListGpus(nvapi, NvapiId::NvAPI_EnumPhysicalGPUs, status);
+    auto gpus = ListGpus(nvapi, NvapiId::NvAPI_EnumPhysicalGPUs, status);
     section["NvAPI_EnumPhysicalGPUs"] = status;
     section["0xD2D25687"] = RecordMultiGpu(nvapi);
     section["gpus"] = Json::array();

@@ -267,6 +267,12 @@ std::string MadeUpDriver(size_t index)
     return displayClassName + std::string(number);
 }
 
+bool HasDriver(const Json& device)
+{
+    const auto driver = device.find("Driver");
+    return driver != device.end() && driver->is_string() && !driver->get_ref<const std::string&>().empty();
+}
+
 void AddDriverKey(const DriverKeyReading& key, const RawValue& name, size_t index, PnpRecording& recording)
 {
     Json& device = recording.Section["devices"][index];
@@ -280,7 +286,7 @@ void AddDriverKey(const DriverKeyReading& key, const RawValue& name, size_t inde
         }
         return;
     }
-    if (!device.contains("Driver") || !device["Driver"].is_string() || device["Driver"] == "") {
+    if (!HasDriver(device)) {
         device["Driver"] = MadeUpDriver(index);
     }
     recording.DriverKeys[classKeys + device["Driver"].get<std::string>()] = ValuesOf(key);
