@@ -1,5 +1,5 @@
 #include "drivers/amd/AdlContexts.h"
-#include "drivers/amd/AdlxObjects.h"
+#include "drivers/amd/AdlxSession.h"
 #include "loading/Export.h"
 #include "loading/ModuleSetup.h"
 #include "trace/Hangs.h"

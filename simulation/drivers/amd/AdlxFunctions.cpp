@@ -1,25 +1,21 @@
-#include "drivers/amd/AdlxObjects.h"
+#include "drivers/amd/AdlxFunctions.h"
 
-#include <algorithm>
 #include <array>
 #include <cwchar>
 #include <initializer_list>
 
 #include "drivers/amd/AdlContexts.h"
-#include "loading/DriverState.h"
+#include "trace/Graveyard.h"
 #include "trace/Hangs.h"
 #include "trace/Violations.h"
 
-// The tables at the end of the first unnamed namespace give each interface its functions by the published slot numbers.
-// Slots that the product never calls return "not supported". A function is only reached through a valid object, so a session
-// exists.
+// The tables at the end give each interface its functions by the published slot numbers. Slots that the product never calls
+// return "not supported". A function is only reached through a valid object, so a session exists.
 
 namespace orvel::simulation {
 
 namespace {
 
-extern const AdlxInterface systemInterface;
-extern const AdlxInterface mappingInterface;
 extern const AdlxInterface listInterface;
 extern const AdlxInterface gpuInterface;
 extern const AdlxInterface secondGpuInterface;
@@ -420,8 +416,6 @@ const auto performanceTable = Table<23>({
 const auto supportTable = Table<25>({At(0, &Acquire), At(1, &Release), At(4, &IsSupportedGpuClockSpeed)});
 const auto metricsTable = Table<15>({At(0, &Acquire), At(1, &Release), At(5, &GpuClockSpeed)});
 
-const AdlxInterface systemInterface{"IADLXSystem", systemTable.data()};
-const AdlxInterface mappingInterface{"IADLMapping", mappingTable.data()};
 const AdlxInterface listInterface{"IADLXGPUList", listTable.data()};
 const AdlxInterface gpuInterface{"IADLXGPU", gpuTable.data()};
 const AdlxInterface secondGpuInterface{"IADLXGPU2", secondGpuTable.data()};
@@ -429,105 +423,9 @@ const AdlxInterface performanceInterface{"IADLXPerformanceMonitoringServices", p
 const AdlxInterface supportInterface{"IADLXGPUMetricsSupport", supportTable.data()};
 const AdlxInterface metricsInterface{"IADLXGPUMetrics", metricsTable.data()};
 
-void Bury(AdlxObject* object)
-{
-    const std::string name = std::string("adlx ") + object->contract->name;
-    object->~AdlxObject();
-    BuryObject(object, sizeof *object, name, ADLX_TERMINATED);
-}
-
-const DriverState forgottenWithMachine([] {
-    AdlxState& state = TheAdlx();
-    const std::scoped_lock lock(state.mutex);
-    state.session.reset();
-    state.machine = CurrentMachine();
-    state.itemCalls = 0;
-});
-
 } // namespace
 
-bool AdlxSucceeded(int32_t status)
-{
-    return status <= ADLX_ALREADY_INITIALIZED; // 0, 1 and 2 are successes in ADLX
-}
-
-AdlxObject::AdlxObject(const AdlxInterface& itsInterface, const AdlxGpuModel* itsGpu)
-    : table(itsInterface.table), contract(&itsInterface), gpu(itsGpu)
-{}
-
-AdlxObject::~AdlxObject()
-{
-    for (const auto& [text, lent] : lentTexts) {
-        BuryText(lent, text->size());
-    }
-}
-
-const char* AdlxObject::Lend(const std::string& text)
-{
-    char*& lent = lentTexts[&text];
-    if (!lent) {
-        lent = new char[text.size() + 1];
-        std::copy_n(text.c_str(), text.size() + 1, lent);
-    }
-    return lent;
-}
-
-AdlxSession::AdlxSession()
-    : system(new AdlxObject(systemInterface, nullptr)), mapping(new AdlxObject(mappingInterface, nullptr))
-{}
-
-AdlxSession::~AdlxSession()
-{
-    for (const auto& [object, count] : counted) {
-        Bury(object);
-    }
-    Bury(mapping);
-    Bury(system);
-}
-
-AdlxObject* AdlxSession::HandOut(const AdlxInterface& contract, const AdlxGpuModel* gpu)
-{
-    const auto isIt = [&](const auto& entry) { return entry.first->contract == &contract && entry.first->gpu == gpu; };
-    const auto found = std::ranges::find_if(counted, isIt);
-    AdlxObject* const object = found != counted.end() ? found->first : new AdlxObject(contract, gpu);
-    counted.try_emplace(object, Counted::Adlx);
-    ++object->references;
-    return object;
-}
-
-long AdlxSession::Release(AdlxObject* object)
-{
-    const long left = --object->references;
-    const std::string call = std::string("adlx Release ") + object->contract->name;
-    if (left > 0) {
-        RecordCall(call); // the trace has the end of an object
-    } else {
-        AddToTrace(call);
-        counted.erase(object);
-        Bury(object);
-    }
-    return left;
-}
-
-bool AdlxSession::Has(const AdlxObject* object, const AdlxInterface& contract) const
-{
-    const auto found = counted.find(const_cast<AdlxObject*>(object));
-    return found != counted.end() && found->first->contract == &contract;
-}
-
-std::string AdlxSession::HeldObjects() const
-{
-    std::string names;
-    for (const auto& [object, count] : counted) {
-        names += std::string(names.empty() ? "" : ", ") + object->contract->name;
-    }
-    return names;
-}
-
-AdlxState& TheAdlx()
-{
-    static auto* const state = new AdlxState;
-    return *state;
-}
+const AdlxInterface adlxSystemInterface{"IADLXSystem", systemTable.data()};
+const AdlxInterface adlxMappingInterface{"IADLMapping", mappingTable.data()};
 
 } // namespace orvel::simulation
