@@ -7,7 +7,7 @@
 #include "matching/Cards.h"
 #include "matching/DeviceFacts.h"
 #include "snapshot/Slot.h"
-#include "snapshot/Thread.h"
+#include "snapshot/Threads.h"
 #include "sources/DisplayConfig.h"
 #include "sources/DriverLibraries.h"
 #include "sources/DxCore.h"
@@ -40,26 +40,31 @@ constexpr DriverSource driverSources[] = {
     {Source::Adlx, &ReadAdlx},
 };
 
-/// Runs `read` on a thread. `close` gets the error for what has not come when it ends, or cannot begin.
-template <typename Read, typename Close>
-void Start(const std::shared_ptr<Slots>& slots, Read read, Close close)
-{
-    const auto error = StartThread([slots, read, close] {
-        try {
-            read(*slots);
-        } catch (...) {
-            close(*slots, ERROR_NOT_ENOUGH_MEMORY);
-        }
-    });
-    if (error != 0) {
-        close(*slots, error);
-    }
-}
+/// The sources that have been asked.
+struct Asked {
+    std::shared_ptr<Slots> slots = std::make_shared<Slots>();
+    Threads threads;
 
-void StartSystem(const std::shared_ptr<Slots>& slots)
+    /// Runs `read` on a thread. `close` gets the error for what has not come when it ends, or cannot begin.
+    template <typename Read, typename Close>
+    void Start(Read read, Close close)
+    {
+        const auto error = threads.Start([slots = slots, read, close] {
+            try {
+                read(*slots);
+            } catch (...) {
+                close(*slots, ERROR_NOT_ENOUGH_MEMORY);
+            }
+        });
+        if (error != 0) {
+            close(*slots, error);
+        }
+    }
+};
+
+void StartSystem(Asked& asked)
 {
-    Start(
-        slots,
+    asked.Start(
         [](Slots& all) {
             ReadDevices([&](SetupApiReading reading) { all.devices.Put(std::move(reading)); },
                         [&](DriverKeysReading reading) { all.driverKeys.Put(std::move(reading)); });
@@ -68,22 +73,19 @@ void StartSystem(const std::shared_ptr<Slots>& slots)
             all.devices.Close(error);
             all.driverKeys.Close(error);
         });
-    Start(
-        slots, [](Slots& all) { all.displays.Put(ReadDisplayConfig()); },
-        [](Slots& all, uint32_t error) { all.displays.Close(error); });
+    asked.Start([](Slots& all) { all.displays.Put(ReadDisplayConfig()); },
+                [](Slots& all, uint32_t error) { all.displays.Close(error); });
 }
 
-void StartGraphics(const std::shared_ptr<Slots>& slots)
+void StartGraphics(Asked& asked)
 {
-    Start(
-        slots, [](Slots& all) { all.dxgi.Put(ReadDxgi()); }, [](Slots& all, uint32_t error) { all.dxgi.Close(error); });
-    Start(
-        slots, [](Slots& all) { all.dxCore.Put(ReadDxCore()); },
-        [](Slots& all, uint32_t error) { all.dxCore.Close(error); });
+    asked.Start([](Slots& all) { all.dxgi.Put(ReadDxgi()); }, [](Slots& all, uint32_t error) { all.dxgi.Close(error); });
+    asked.Start([](Slots& all) { all.dxCore.Put(ReadDxCore()); },
+                [](Slots& all, uint32_t error) { all.dxCore.Close(error); });
 }
 
 /// Starts the drivers that may be asked; the others get the reason. Only SetupAPI's devices say whether a card is asleep.
-void StartDrivers(const std::shared_ptr<Slots>& slots, const Options& options, Readings& readings)
+void StartDrivers(Asked& asked, const Options& options, Readings& readings)
 {
     for (std::size_t index = 0; index < std::size(driverSources); ++index) {
         const auto& driver = driverSources[index];
@@ -94,9 +96,8 @@ void StartDrivers(const std::shared_ptr<Slots>& slots, const Options& options, R
         } else if (!options.isWakingAllowed && !IsKnown(readings.End(Source::SetupApi))) {
             end = NotAsked(Reason::PowerUnknown);
         } else {
-            Start(
-                slots, [index](Slots& all) { all.drivers[index].Put(driverSources[index].read()); },
-                [index](Slots& all, uint32_t error) { all.drivers[index].Close(error); });
+            asked.Start([index](Slots& all) { all.drivers[index].Put(driverSources[index].read()); },
+                        [index](Slots& all, uint32_t error) { all.drivers[index].Close(error); });
         }
     }
 }
@@ -181,31 +182,34 @@ void TakeDrivers(Slots& slots, const Deadline& deadline, Readings& readings)
 Findings TakeSnapshot(const Options& options)
 {
     const Deadline deadline(options.timeoutMilliseconds);
-    const auto slots = std::make_shared<Slots>();
-    StartSystem(slots);
+    Asked asked;
+    auto& slots = *asked.slots;
+    StartSystem(asked);
     if (options.depth >= Depth::Graphics) {
-        AwaitSystem(*slots, Deadline(options.timeoutMilliseconds / 2));
-        StartGraphics(slots);
+        AwaitSystem(slots, Deadline(options.timeoutMilliseconds / 2));
+        StartGraphics(asked);
     }
 
     Readings readings;
     readings.ends.fill(NotAsked(Reason::Depth));
     const bool isWithDrivers = options.depth >= Depth::Drivers;
     if (isWithDrivers && options.isWakingAllowed) {
-        StartDrivers(slots, options, readings);
+        StartDrivers(asked, options, readings);
     }
-    TakeDevices(*slots, deadline, readings);
+    TakeDevices(slots, deadline, readings);
     if (isWithDrivers && !options.isWakingAllowed) {
-        StartDrivers(slots, options, readings);
+        StartDrivers(asked, options, readings);
     }
-    TakeSystem(*slots, deadline, readings);
+    TakeSystem(slots, deadline, readings);
     if (options.depth >= Depth::Graphics) {
-        TakeGraphics(*slots, deadline, readings);
+        TakeGraphics(slots, deadline, readings);
     }
     if (isWithDrivers) {
-        TakeDrivers(*slots, deadline, readings);
+        TakeDrivers(slots, deadline, readings);
     }
-    return {options.depth, ReportsOf(readings), CardsOf(readings)};
+    Findings findings{options.depth, ReportsOf(readings), CardsOf(readings)};
+    asked.threads.Await(deadline.Remaining());
+    return findings;
 }
 
 } // namespace orvel::shared::inventory

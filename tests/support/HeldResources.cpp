@@ -116,4 +116,16 @@ HeldResources HeldNow()
     return held;
 }
 
+long long HeapGrowth(long long limit, const std::function<void()>& work)
+{
+    constexpr int mostTimes = 10;
+    long long growth = limit + 1;
+    for (int times = 0; times < mostTimes && growth > limit; ++times) {
+        const size_t before = CountHeapBytes();
+        work();
+        growth = static_cast<long long>(CountHeapBytes()) - static_cast<long long>(before);
+    }
+    return growth;
+}
+
 } // namespace orvel::tests

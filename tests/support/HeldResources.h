@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace orvel::tests {
 
@@ -15,5 +16,9 @@ struct HeldResources {
 
 /// Counted from the system's own tables: GetProcessHandleCount and GetProcessMemoryInfo do not work under Wine.
 HeldResources HeldNow();
+
+/// How many bytes the heaps hold more after some work than before. While it is more than `limit`, the work is repeated, up
+/// to 10 times: a leak grows each time, but what a heap sets aside for sizes that are often allocated does not.
+long long HeapGrowth(long long limit, const std::function<void()>& work);
 
 } // namespace orvel::tests

@@ -15,7 +15,7 @@
 #include <windows.h>
 
 #include "platform/Handles.h"
-#include "snapshot/Thread.h"
+#include "snapshot/Threads.h"
 
 namespace orvel::recorder {
 
@@ -88,7 +88,8 @@ template <typename Content, typename Record>
 Recorded<Content> RecordOnThread(std::string firstCall, Content beginning, uint32_t patienceMilliseconds, Record record)
 {
     const auto thread = std::make_shared<WatchedThread<Content>>(std::move(firstCall), std::move(beginning));
-    const uint32_t error = shared::inventory::StartThread([thread, record] {
+    shared::inventory::Threads threads;
+    const uint32_t error = threads.Start([thread, record] {
         std::exception_ptr thrown;
         try {
             record(*thread);
@@ -100,7 +101,11 @@ Recorded<Content> RecordOnThread(std::string firstCall, Content beginning, uint3
     if (error != 0) {
         throw std::runtime_error("no thread can be started, error " + std::to_string(error));
     }
-    return thread->Await(patienceMilliseconds);
+    auto recorded = thread->Await(patienceMilliseconds);
+    if (recorded.hangingCall.empty()) {
+        threads.Await(patienceMilliseconds); // it only has to end
+    }
+    return recorded;
 }
 
 } // namespace orvel::recorder

@@ -8,8 +8,6 @@
 
 #include <doctest/doctest.h>
 
-#include <windows.h>
-
 #include "OrvelInventory.h"
 
 namespace orvel::tests {
@@ -21,18 +19,6 @@ uint32_t DepthOf(const std::string& name)
     return name == "system"     ? ORVEL_INVENTORY_DEPTH_SYSTEM
            : name == "graphics" ? ORVEL_INVENTORY_DEPTH_GRAPHICS
                                 : ORVEL_INVENTORY_DEPTH_DRIVERS;
-}
-
-/// A source's thread may end after its reading is taken, which it must do on its own machine.
-void AwaitThreads()
-{
-    const auto isLeft = [] {
-        const auto live = Live();
-        return std::any_of(live.begin(), live.end(), [](const auto& kind) { return kind.second != 0; });
-    };
-    for (int wait = 0; wait < 200 && isLeft(); ++wait) {
-        ::Sleep(10);
-    }
 }
 
 } // namespace
@@ -59,11 +45,7 @@ Json TakeInventory(const std::string& depth, uint32_t timeoutMilliseconds)
 Json InventoryOf(const Json& machine, const std::string& depth, uint32_t timeoutMilliseconds)
 {
     Simulate(machine);
-    const Json inventory = TakeInventory(depth, timeoutMilliseconds);
-    if (!machine.contains("hang")) {
-        AwaitThreads();
-    }
-    return inventory;
+    return TakeInventory(depth, timeoutMilliseconds);
 }
 
 Json TrapMachine(const std::string& name)

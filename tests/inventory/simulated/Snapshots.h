@@ -11,7 +11,7 @@ namespace orvel::tests {
 /// What the inventory's DLL finds, as its JSON document in the full form.
 Json TakeInventory(const std::string& depth, uint32_t timeoutMilliseconds = 20'000);
 
-/// The same on a machine, which is put in place before. The sources' threads have ended, unless a call hangs there.
+/// The same on a machine, which is put in place before.
 Json InventoryOf(const Json& machine, const std::string& depth, uint32_t timeoutMilliseconds = 20'000);
 
 /// A machine of tests/inventory/machines, by its name.

@@ -2,6 +2,7 @@
 
 #include "../Print.h"
 
+#include <atomic>
 #include <chrono>
 
 #include <windows.h>
@@ -10,7 +11,7 @@
 
 #include "snapshot/Slot.h"
 #include "snapshot/Snapshot.h"
-#include "snapshot/Thread.h"
+#include "snapshot/Threads.h"
 #include "support/ReplacedImport.h"
 #include "json/Json.h"
 
@@ -208,10 +209,30 @@ TEST_CASE("A slot returns its content once it is filled")
 TEST_CASE("An exception in a thread's work is dropped, and the process continues")
 {
     const auto done = std::make_shared<Slot<int>>();
-    CHECK(StartThread([] { throw 1; }) == 0);
-    CHECK(StartThread([done] { done->Put(1); }) == 0);
+    Threads threads;
+    CHECK(threads.Start([] { throw 1; }) == 0);
+    CHECK(threads.Start([done] { done->Put(1); }) == 0);
     Answer end;
     CHECK(done->Take(5000, end) == 1);
+}
+
+TEST_CASE("Threads are awaited until their work is done, or the time is over")
+{
+    const auto mayEnd = std::make_shared<Slot<int>>();
+    std::atomic<int> done = 0;
+    Threads threads;
+    threads.Await(5000); // there is none yet
+    for (int count = 0; count < 3; ++count) {
+        threads.Start([mayEnd, &done] {
+            mayEnd->IsClosed(60'000);
+            ++done;
+        });
+    }
+    threads.Await(50);
+    CHECK(done == 0);
+    mayEnd->Put(1);
+    threads.Await(60'000);
+    CHECK(done == 3);
 }
 
 } // namespace

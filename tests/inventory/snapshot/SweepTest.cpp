@@ -235,9 +235,6 @@ TEST_CASE("After all sources have answered, no driver is open and no thread is l
     const FakePlatform platform({});
     TakeSnapshot({Depth::Drivers, 10'000, false});
     CHECK(platform.OpenDrivers() == 0);
-    for (int tries = 0; tries < 100 && platform.RunningThreads() > 0; ++tries) {
-        ::Sleep(10); // what has answered still has to return
-    }
     CHECK(platform.RunningThreads() == 0);
 }
 

@@ -1,8 +1,7 @@
-#include "snapshot/Thread.h"
+#include "snapshot/Threads.h"
 
-#include <memory>
-
-#include "platform/Handles.h"
+#include <algorithm>
+#include <iterator>
 
 namespace orvel::shared::inventory {
 
@@ -34,21 +33,30 @@ DWORD WINAPI RunThread(void* parameter)
     ::FreeLibraryAndExitThread(library, 0);
 }
 
-using Thread = std::unique_ptr<std::remove_pointer_t<HANDLE>, enumeration::CloseWith<&::CloseHandle>>;
-
 } // namespace
 
-uint32_t StartThread(std::function<void()> work)
+uint32_t Threads::Start(std::function<void()> work)
 {
+    threads.reserve(threads.size() + 1); // nothing is thrown after the thread has begun
     auto task =
         std::make_unique<Task>(Task{std::move(work), enumeration::ModuleOf(reinterpret_cast<const void*>(&RunThread))});
-    const Thread thread(
-        ::CreateThread(nullptr, stackBytes, &RunThread, task.get(), STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
+    Thread thread(::CreateThread(nullptr, stackBytes, &RunThread, task.get(), STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
     if (!thread) {
         return ::GetLastError();
     }
     static_cast<void>(task.release()); // the thread's
+    threads.push_back(std::move(thread));
     return 0;
+}
+
+void Threads::Await(uint32_t milliseconds) const
+{
+    std::vector<HANDLE> handles;
+    std::transform(threads.begin(), threads.end(), std::back_inserter(handles),
+                   [](const Thread& each) { return each.get(); });
+    if (!handles.empty()) {
+        ::WaitForMultipleObjects(static_cast<DWORD>(handles.size()), handles.data(), TRUE, milliseconds);
+    }
 }
 
 } // namespace orvel::shared::inventory
