@@ -18,8 +18,10 @@ jq --arg library "$library" --arg project "$project/" '[.[]
     | select(.file | ltrimstr($project) | test("^(bench|cmake|inventory|src|simulation|tools|wmi-client/src|(tests/)?fallback)/[^.]*[.]cpp$"))
     | .command |= (sub("^[^ ]+"; "clang++ --target=x86_64-w64-mingw32 " + $library) | gsub("-fno-canonical-system-headers|-Wshadow=local|-Werror|-Winvalid-pch|-include [^ ]*cmake_pch[^ ]*"; ""))]' \
     "$2/compile_commands.json" >"$lint/compile_commands.json"
+# With its own limit of 225,000 states of a function, the analyzer takes half of the time and finds no more.
+analyzer=(--extra-arg=-Xclang --extra-arg=-analyzer-config --extra-arg=-Xclang --extra-arg=max-nodes=50000)
 jq -r '[.[].file] | unique[]' "$lint/compile_commands.json" |
-    xargs -P "$(nproc)" -n 4 clang-tidy -p "$lint" --quiet --config-file="$project/.clang-tidy" \
+    xargs -P "$(nproc)" -n 4 clang-tidy -p "$lint" --quiet --config-file="$project/.clang-tidy" "${analyzer[@]}" \
         2> >(sed '/^[0-9]* warnings\? generated[.]$/d' >&2)
 
 cd "$project"
