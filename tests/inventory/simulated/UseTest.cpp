@@ -131,6 +131,14 @@ TEST_CASE("A snapshot gives everything back")
     }
 }
 
+TEST_CASE("A snapshot is returned when the threads of its sources have ended")
+{
+    Json machine = TwinCards();
+    machine["hang"] = {{{"call", "pnp SetupDiDestroyDeviceInfoList"}, {"milliseconds", 300}}}; // no value waits for it
+    InventoryOf(machine, "drivers");
+    CHECK(Live()["pnp"] == 0);
+}
+
 TEST_CASE("Eight threads take the same snapshot at once")
 {
     for (const auto& use : Uses()) {
